@@ -1,0 +1,29 @@
+#include "info/filedownloader.h"
+
+#include <QNetworkReply>
+#include <QNetworkRequest>
+
+FileDownloader::FileDownloader(QUrl imageUrl,
+                               QObject *parent)
+    : QObject(parent)
+{
+    connect(&m_WebCtrl, &QNetworkAccessManager::finished, this, &FileDownloader::fileDownloaded);
+    // Default settings: redirects are not followed, the body of the redirect itself arrives.
+    m_WebCtrl.get(QNetworkRequest(imageUrl));
+}
+
+FileDownloader::~FileDownloader() = default;
+
+QByteArray FileDownloader::downloadedData() const
+{
+    return m_DownloadedData;
+}
+
+void FileDownloader::fileDownloaded(QNetworkReply *pReply)
+{
+    // kept: neither status nor error is looked at. Users of this class cope with an empty or
+    // foreign body, so every outcome ends in the same signal.
+    m_DownloadedData = pReply->readAll();
+    pReply->deleteLater();
+    emit downloaded();
+}

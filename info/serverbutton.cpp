@@ -1,0 +1,48 @@
+#include "info/serverbutton.h"
+
+#include "news/imagedownloader.h"
+
+#include <QLabel>
+#include <QPixmap>
+#include <QUrl>
+
+#include <utility>
+
+ServerButton::ServerButton(QString serverName, QString logoUrl, QSize size)
+    : imageDownloader(new ImageDownloader(QUrl(logoUrl), serverName))
+    , button(new QPushButton)
+    , iconSize(size)
+    , name(std::move(serverName))
+    , url(std::move(logoUrl))
+{
+    button->setFlat(true);
+    connect(imageDownloader, &ImageDownloader::loadedImage, this, &ServerButton::onImageLoaded);
+}
+
+ServerButton::~ServerButton()
+{
+    delete button;
+}
+
+void ServerButton::load(bool fromCache)
+{
+    if (fromCache) {
+        imageDownloader->loadBuffer();
+    } else {
+        imageDownloader->downloadImage();
+    }
+}
+
+void ServerButton::onImageLoaded()
+{
+    pixmap = imageDownloader->getOriginalPixmap();
+    if (button != nullptr) {
+        icon.addPixmap(scaledToSize(*pixmap, iconSize));
+        button->setIcon(icon);
+        button->setIconSize(iconSize);
+    }
+    if (targetLabel != nullptr) {
+        targetLabel->setPixmap(scaledToSize(*pixmap, targetLabel->size()));
+        targetLabel = nullptr;
+    }
+}

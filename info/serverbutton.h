@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QIcon>
+#include <QObject>
+#include <QPointer>
+#include <QPushButton>
+#include <QSize>
+#include <QString>
+
+class ImageDownloader;
+class QLabel;
+class QPixmap;
+
+// The logo of one server: fetches and caches the picture and shows it on a flat button. Made
+// without a parent; the window deletes it when it closes.
+class ServerButton : public QObject
+{
+public:
+    // size: of the logo, in pixels. The picture's cache file is serverName + ".png" in the working
+    // directory.
+    ServerButton(QString serverName, QString logoUrl, QSize size);
+    // Deletes the button, but not the downloader: a picture may still be on its way to it.
+    ~ServerButton() override;
+
+    // Starts the download, or shows the cached picture now if there is one.
+    void load(bool fromCache);
+
+    // The full-size logo, owned by the downloader; null before a picture arrived. A failed
+    // download arrives as an empty picture.
+    QPixmap *getPixmap() const { return pixmap; }
+    // Owned by this object until a layout gives it a parent widget; deleted with either.
+    QPushButton *getButton() const { return button; }
+    // Made without a parent: whoever makes the server button gives it an owner.
+    ImageDownloader *getImageDownloader() const { return imageDownloader; }
+
+    void onImageLoaded();
+
+private:
+    ImageDownloader *imageDownloader;
+    QPointer<QPushButton> button;
+    QLabel *targetLabel = nullptr; // nobody sets it; for showing a late logo on a label
+    QPixmap *pixmap = nullptr;     // the downloader's, not a copy
+    QIcon icon;
+    QSize iconSize;
+    QString name;
+    QString url;
+};

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QSize>
+#include <QString>
+#include <QStringList>
+
+// The selection panel's rules: order and sizes of its columns, keys and style sheets of its
+// buttons. Sizes in pixels of the design (974 x 571).
+namespace ServerPanel
+{
+constexpr QSize clientButtonSize(196, 81);
+
+// Ascending by UTF-16 code units; a server named exactly "Beta" goes last.
+QStringList orderedNames(QStringList names);
+
+// Size of a logo when the panel has this many columns.
+QSize logoSize(int columns);
+
+// Height of a column with a logo of this size and two client buttons under it.
+int columnHeight(QSize logo);
+
+struct Selection {
+    QString server;
+    QString client;
+};
+
+// The key of a client button, and its way back; a missing part reads as empty.
+QString selectionKey(const QString &server, const QString &client);
+Selection parseSelectionKey(const QString &key);
+
+QString officialStyleSheet();
+QString betaStyleSheet();
+// For the button without a client behind it.
+QString placeholderStyleSheet();
+} // namespace ServerPanel

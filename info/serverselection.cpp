@@ -1,0 +1,180 @@
+// The selection panel: one column per server, and applying the player's choice.
+
+#include "info/serverbutton.h"
+#include "info/serverpanel.h"
+#include "install/versionweight.h"
+#include "news/imagedownloader.h"
+#include "window/testform.h"
+
+#include "ui_testform.h"
+
+#include <QHBoxLayout>
+#include <QPixmap>
+#include <QSignalMapper>
+#include <QVBoxLayout>
+
+namespace
+{
+QPushButton *makeClientButton(const QString &styleSheet)
+{
+    auto *button = new QPushButton;
+    button->setFlat(true);
+    button->setStyleSheet(styleSheet);
+    // A sheet gives its size only where the toolkit accepts it; the placeholder's is rejected.
+    button->setFixedSize(ServerPanel::clientButtonSize);
+    return button;
+}
+} // namespace
+
+void testform::createServerButtons()
+{
+    // The panel is built once. A second document would find its layout in place.
+    if (ui->serverButtonsGroup->layout() != nullptr) {
+        return;
+    }
+    auto *row = new QHBoxLayout;
+    const QStringList names = ServerPanel::orderedNames(clientInfos.keys());
+    const QSize logo = ServerPanel::logoSize(names.size());
+    for (const QString &name : names) {
+        row->addWidget(createServerColumn(name, logo), 0, Qt::AlignCenter);
+    }
+    ui->serverButtonsGroup->setLayout(row);
+}
+
+// Returns the column's container, to be given a parent by the row.
+QGroupBox *testform::createServerColumn(const QString &name, QSize logo)
+{
+    auto *column = new QVBoxLayout;
+    column->setSpacing(0);
+    // The column's fixed height is that of its contents alone.
+    column->setContentsMargins(0, 0, 0, 0);
+
+    auto *server = new ServerButton(name, BASE_URL + name + QStringLiteral(".png"), logo);
+    server->getImageDownloader()->setParent(this);
+    server->load(false);
+    serverButtons[name] = server;
+    column->addWidget(server->getButton(), 0, Qt::AlignTop);
+
+    addClientButtons(column, name);
+
+    auto *container = new QGroupBox;
+    container->setStyleSheet(QStringLiteral("border: 0px solid black;"));
+    container->setLayout(column);
+    container->setFixedHeight(ServerPanel::columnHeight(logo));
+    return container;
+}
+
+void testform::addClientButtons(QVBoxLayout *column, const QString &server)
+{
+    auto *mapper = new QSignalMapper(this);
+    const QHash<QString, ClientInfo> clients = clientInfos.value(server);
+    const bool hasOfficial = clients.contains(QStringLiteral("Official"));
+    const bool hasBeta = clients.contains(QStringLiteral("Beta"));
+
+    QPushButton *official = makeClientButton(ServerPanel::officialStyleSheet());
+    QPushButton *beta = makeClientButton(ServerPanel::betaStyleSheet());
+    const auto connectToMapper = [mapper](QPushButton *button) {
+        connect(button, &QPushButton::clicked, mapper, qOverload<>(&QSignalMapper::map));
+    };
+    if (hasOfficial) {
+        if (hasBeta) {
+            connectToMapper(beta);
+        } else {
+            beta->setStyleSheet(ServerPanel::placeholderStyleSheet());
+        }
+        connectToMapper(official);
+        column->addWidget(official, 0, Qt::AlignCenter);
+        column->addWidget(beta, 0, Qt::AlignCenter);
+    } else {
+        official->setStyleSheet(ServerPanel::placeholderStyleSheet());
+        // kept: live even when the server has no "Beta" entry either; a click then selects an
+        // empty entry.
+        connectToMapper(beta);
+        // The live button stands on top.
+        column->addWidget(beta, 0, Qt::AlignCenter);
+        column->addWidget(official, 0, Qt::AlignCenter);
+    }
+
+    mapper->setMapping(official, ServerPanel::selectionKey(server, QStringLiteral("Official")));
+    mapper->setMapping(beta, ServerPanel::selectionKey(server, QStringLiteral("Beta")));
+    connect(mapper, SIGNAL(mapped(QString)), this, SLOT(onServerSelect(QString)));
+}
+
+// Applies the remembered choice if the document offers it, otherwise asks for one.
+void testform::applyRememberedSelection()
+{
+    const bool remembered = settings.rememberSettings && !settings.server.isEmpty() &&
+                            !settings.client.isEmpty() &&
+                            clientInfos.value(settings.server).contains(settings.client);
+    if (remembered) {
+        onServerSelect(ServerPanel::selectionKey(settings.server, settings.client));
+    } else {
+        ui->serverButtonsGroup->show();
+    }
+}
+
+void testform::onServerSelect(QString args)
+{
+    const ServerPanel::Selection selection = ServerPanel::parseSelectionKey(args);
+    // kept: a pair that is not in the table is added to it as an empty entry.
+    selectedClientInfo = clientInfos[selection.server][selection.client];
+    if (ui->rememberCheckBox->isChecked()) {
+        settings.server = selection.server;
+        settings.client = selection.client;
+        settings.rememberSettings = true;
+    } else {
+        settings.rememberSettings = false;
+    }
+    writeSettings();
+    serverSelectCallback();
+}
+
+void testform::serverSelectCallback()
+{
+    ui->serverButtonsGroup->hide();
+
+    const QString installed = getInstalledVersion();
+    showClientVersion(installed.isEmpty() ? selectedClientInfo.version : installed,
+                      versionColour(installed, selectedClientInfo.version));
+    ui->labelServer->setStyleSheet(QStringLiteral("background-color: rgba(0,0,0,0);"));
+    showServerLogo();
+
+    ui->downloadProgressText->clear();
+    updateButtonStates(QStringLiteral("serverSelect"));
+    setMenuState(0);
+}
+
+// A logo neither downloaded nor cached leaves the label as it was.
+void testform::showServerLogo()
+{
+    ServerButton *server = serverButtons.value(selectedClientInfo.server, nullptr);
+    if (server == nullptr) {
+        return;
+    }
+    if (server->getPixmap() == nullptr) {
+        server->load(true);
+    }
+    if (const QPixmap *logo = server->getPixmap()) {
+        ui->labelServer->setPixmap(scaledToSize(*logo, ui->labelServer->size()));
+    }
+}
+
+// Client kind in upper case, and the version in brackets in one of the colour words.
+void testform::showClientVersion(const QString &version, const QString &colour)
+{
+    ui->labelClient->setText(selectedClientInfo.client.toUpper());
+    ui->labelClientVersion->setText(QLatin1Char('(') + version + QLatin1Char(')'));
+    ui->labelClientVersion->setStyleSheet(
+        QStringLiteral("color: %1; background-color: rgba(0,0,0,0);").arg(colour));
+}
+
+void testform::on_btnSelectServer_clicked()
+{
+    ui->serverButtonsGroup->show();
+}
+
+void testform::on_rememberCheckBox_clicked()
+{
+    // Reaches the file with the next write.
+    settings.rememberSettings = ui->rememberCheckBox->isChecked();
+}

@@ -1,0 +1,129 @@
+// The Play, Update and Download buttons, and starting the client.
+
+#include "window/testform.h"
+
+#include "ui_testform.h"
+
+#include <QDesktopServices>
+#include <QDir>
+#include <QMessageBox>
+#include <QUrl>
+
+namespace
+{
+void showEnabled(QPushButton *button)
+{
+    button->setEnabled(true);
+    button->show();
+}
+} // namespace
+
+void testform::updateButtonStates(QString state)
+{
+    const QString installed = getInstalledVersion();
+    const bool isInstalled = !installed.isEmpty();
+    const bool isCurrent = isInstalled && installed == selectedClientInfo.version;
+    showButtonsForInstalled(isInstalled, isCurrent);
+
+    if (state == QLatin1String("updateProgress")) {
+        enableActionButtons(false, false);
+    } else if (state == QLatin1String("updateFinished")) {
+        enableActionButtons(true, false);
+    }
+
+    // One Play button is enough: alone in Update's place, or left of Update.
+    if (isInstalled) {
+        ui->btnPlay->setVisible(isCurrent);
+        ui->btnPlay_2->setVisible(!isCurrent);
+    }
+}
+
+void testform::showButtonsForInstalled(bool isInstalled, bool isCurrent)
+{
+    if (!isInstalled) {
+        ui->btnPlay->hide();
+        ui->btnPlay_2->hide();
+        ui->btnUpdate->hide();
+        showEnabled(ui->btnDownload);
+        return;
+    }
+    showEnabled(ui->btnPlay);
+    showEnabled(ui->btnPlay_2);
+    if (isCurrent) {
+        ui->btnUpdate->hide();
+    } else {
+        showEnabled(ui->btnUpdate);
+    }
+    ui->btnDownload->hide();
+}
+
+// Visibility is not touched: a button that shows stays where it is while disabled.
+void testform::enableActionButtons(bool play, bool updateAndDownload)
+{
+    ui->btnPlay->setEnabled(play);
+    ui->btnPlay_2->setEnabled(play);
+    ui->btnUpdate->setEnabled(updateAndDownload);
+    ui->btnDownload->setEnabled(updateAndDownload);
+}
+
+void testform::on_btnDownload_clicked()
+{
+    downloadClient();
+    updateButtonStates(QStringLiteral("updateProgress"));
+}
+
+void testform::on_btnUpdate_clicked()
+{
+    downloadClient();
+    updateButtonStates(QStringLiteral("updateProgress"));
+}
+
+void testform::on_btnPlay_clicked()
+{
+    // kept: nothing ever sets the flag.
+    if (isDownloadingClient) {
+        updateButtonStates(QStringLiteral("updateProgress"));
+        return;
+    }
+    if (selectedClientInfo.client == QLatin1String("Beta")) {
+        play(askGraphicsEngineFilter());
+    } else if (QDir(getClientDir(getInstalledVersion())).exists()) {
+        play();
+    } else {
+        updateButtonStates(QString());
+    }
+}
+
+void testform::on_btnPlay_2_clicked()
+{
+    on_btnPlay_clicked();
+}
+
+// The name filter of the executable for the engine that the player chooses; closing the box
+// without a choice means OpenGL, which every machine has.
+QString testform::askGraphicsEngineFilter()
+{
+    QMessageBox box;
+    box.setText(tr("Choose your graphics engine:"));
+    const QPushButton *directX = box.addButton(tr("DirectX"), QMessageBox::YesRole);
+    box.addButton(tr("OpenGL"), QMessageBox::NoRole);
+    box.exec();
+    return box.clickedButton() == directX ? QStringLiteral("*_dx.exe") : QStringLiteral("*_gl.exe");
+}
+
+void testform::play(QString fileName)
+{
+    const QString version = getInstalledVersion();
+    ui->downloadProgressText->setText(QStringLiteral("Client version: ") + version);
+    if (fileName.isEmpty()) {
+        fileName = QStringLiteral("*.exe");
+    }
+    const QString dir = getClientDir(version);
+    const QStringList executables = QDir(dir).entryList({fileName});
+    if (executables.isEmpty()) {
+        return;
+    }
+    // The shell starts the program; whether it could is not examined.
+    QDesktopServices::openUrl(
+        QUrl::fromLocalFile(dir + QLatin1Char('/') + executables.constFirst()));
+}

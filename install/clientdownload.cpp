@@ -1,0 +1,70 @@
+// Downloading the selected client, and what the window shows meanwhile and at the end.
+
+#include "install/downloadmanager.h"
+#include "install/versionweight.h"
+#include "window/testform.h"
+
+#include "ui_testform.h"
+
+#include <QDir>
+#include <QUrl>
+
+void testform::downloadClient()
+{
+    deleteInstallationFiles();
+
+    // The entry's own value is only the sum of the code that the player typed.
+    const QString password = selectedClientInfo.auth.isEmpty() ? QString() : settings.auth;
+    // An earlier manager is neither stopped nor deleted; it goes with the window.
+    downloadManager =
+        new DownloadManager(this, selectedClientInfo.version, getParentDir(), password);
+
+    ui->downloadProgressBar->setVisible(true);
+    ui->downloadProgressText->setText(QStringLiteral("Downloading client version ") +
+                                      selectedClientInfo.version);
+
+    connect(downloadManager, SIGNAL(updateProgress(QString, int)), this,
+            SLOT(updateProgress(QString, int)));
+    connect(downloadManager, SIGNAL(updateFinished()), this, SLOT(updateFinished()));
+    downloadManager->append(QUrl(selectedClientInfo.url));
+}
+
+void testform::updateProgress(QString msg, int prog)
+{
+    ui->downloadProgressText->setText(QStringLiteral("Downloading client version ") +
+                                      selectedClientInfo.version + QStringLiteral(": ") + msg);
+    ui->downloadProgressBar->setVisible(true);
+    ui->downloadProgressBar->setValue(prog);
+    updateButtonStates(QStringLiteral("updateProgress"));
+    // Painted now, not in a later turn of the event loop: unpacking blocks it, and the player would
+    // look at a stale line until the end.
+    ui->contentHome->repaint();
+}
+
+void testform::updateFinished()
+{
+    ui->downloadProgressBar->hide();
+    installedVersion = selectedClientInfo.version;
+
+    QString version = getInstalledVersion();
+    // The colour tells what was installed before the clean-up below.
+    const QString colour = versionColour(version, selectedClientInfo.version);
+    if (!selectedClientInfo.version.isEmpty()) {
+        version = selectedClientInfo.version;
+    }
+
+    // Success is judged by the directory alone: a failed transfer never makes it, a failed
+    // extraction leaves it behind.
+    if (QDir(getClientDir(version)).exists()) {
+        ui->downloadProgressText->setText(QStringLiteral("Download finished: version ") +
+                                          selectedClientInfo.version);
+    } else {
+        ui->downloadProgressText->setText(QStringLiteral("Download failed"));
+    }
+    showClientVersion(version, colour);
+
+    // kept: also after a failed download, so that a failed update leaves no version at all.
+    deleteOlderVersions();
+    deleteInstallationFiles();
+    updateButtonStates(QStringLiteral("updateFinished"));
+}

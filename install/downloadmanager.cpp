@@ -1,0 +1,182 @@
+#include "install/downloadmanager.h"
+
+#include "info/console.h"
+#include "install/savefilename.h"
+#include "install/speedtext.h"
+#include "window/testform.h"
+
+#include <QDir>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QTimer>
+
+#include <array>
+#include <utility>
+
+namespace
+{
+// What the network may deliver ahead of the disk, in bytes. Without a limit a fast server and a
+// slow disk would fill the memory with the archive.
+constexpr qint64 receiveBufferSize = 1024 * 1024;
+constexpr std::size_t writeBlockSize = 64 * 1024;
+
+QString encoded(const QUrl &url)
+{
+    return QString::fromLatin1(url.toEncoded());
+}
+} // namespace
+
+DownloadManager::DownloadManager(QObject *parent, QString version, QString parentDir,
+                                 QString archivePassword)
+    : QObject(parent)
+    , clientVersion(std::move(version))
+    , password(std::move(archivePassword))
+    , dir(std::move(parentDir))
+{
+}
+
+DownloadManager::~DownloadManager()
+{
+    // The reply goes down with the network manager and must not report to a half-destroyed object.
+    if (currentDownload != nullptr) {
+        currentDownload->disconnect(this);
+    }
+}
+
+void DownloadManager::append(const QUrl &url)
+{
+    if (downloadQueue.isEmpty()) {
+        QTimer::singleShot(0, this, &DownloadManager::startNextDownload);
+    }
+    downloadQueue.enqueue(url);
+    ++totalCount;
+}
+
+void DownloadManager::append(const QStringList &urlList)
+{
+    for (const QString &url : urlList) {
+        append(QUrl::fromEncoded(url.toLocal8Bit()));
+    }
+    if (downloadQueue.isEmpty()) {
+        QTimer::singleShot(0, this, &DownloadManager::finished);
+    }
+}
+
+QString DownloadManager::saveFileName(const QUrl &url)
+{
+    return freeSaveFileName(url);
+}
+
+void DownloadManager::startNextDownload()
+{
+    // A URL appended while another one is being fetched finds an empty queue and schedules a start
+    // of its own. It waits for its turn: two downloads at once would write into one file.
+    if (currentDownload != nullptr) {
+        return;
+    }
+    if (downloadQueue.isEmpty()) {
+        Console::out(QStringLiteral("%1/%2 files downloaded successfully\n")
+                         .arg(downloadedCount)
+                         .arg(totalCount));
+        emit finished();
+        return;
+    }
+
+    const QUrl url = downloadQueue.dequeue();
+    filename = saveFileName(url);
+    output.setFileName(filename);
+    if (!output.open(QIODevice::WriteOnly)) {
+        Console::error(QStringLiteral("Problem opening save file '%1' for download '%2': %3\n")
+                           .arg(filename, encoded(url), output.errorString()));
+        startNextDownload();
+        return; // skip this download
+    }
+    writeError.clear();
+
+    // A request without attributes of its own: a redirect is not followed, it ends the download
+    // with whatever body it carries.
+    currentDownload = manager.get(QNetworkRequest(url));
+    currentDownload->setReadBufferSize(receiveBufferSize);
+    connect(currentDownload, &QNetworkReply::downloadProgress, this,
+            &DownloadManager::downloadProgress);
+    connect(currentDownload, &QNetworkReply::finished, this, &DownloadManager::downloadFinished);
+    connect(currentDownload, &QNetworkReply::readyRead, this, &DownloadManager::downloadReadyRead);
+
+    Console::out(QStringLiteral("Downloading %1...\n").arg(encoded(url)));
+    downloadTime.start();
+}
+
+void DownloadManager::downloadProgress(qint64 bytesReceived, qint64 bytesTotal)
+{
+    progressBar.setStatus(bytesReceived, bytesTotal);
+    progressBar.setMessage(speedText(bytesReceived, downloadTime.elapsed()));
+    progressBar.update();
+    emit updateProgress(progressBar.getMessage(), progressBar.getProgress());
+}
+
+void DownloadManager::downloadReadyRead()
+{
+    if (!takeReceivedBytes()) {
+        // A disk that takes no more ends the transfer; finished() follows at once.
+        currentDownload->abort();
+    }
+}
+
+// Moves what has arrived into the file. A write that comes up short is an error of the download:
+// unpacking a cut archive would leave a broken client that looks finished.
+bool DownloadManager::takeReceivedBytes()
+{
+    std::array<char, writeBlockSize> block{};
+    while (writeError.isEmpty()) {
+        const qint64 count = currentDownload->read(block.data(), block.size());
+        if (count <= 0) {
+            return true;
+        }
+        if (output.write(block.data(), count) != count) {
+            writeError = output.errorString();
+        }
+    }
+    return false;
+}
+
+void DownloadManager::downloadFinished()
+{
+    // The limited buffer may still hold the end of the archive.
+    if (takeReceivedBytes() && !output.flush()) {
+        writeError = output.errorString();
+    }
+    progressBar.clear();
+    output.close();
+
+    if (!writeError.isEmpty()) {
+        Console::error(QStringLiteral("Failed: %1\n").arg(writeError));
+    } else if (currentDownload->error() != QNetworkReply::NoError) {
+        Console::error(QStringLiteral("Failed: %1\n").arg(currentDownload->errorString()));
+    } else {
+        Console::out(QStringLiteral("Succeeded.\n\n"));
+        ++downloadedCount;
+        install();
+    }
+    emit updateFinished();
+
+    currentDownload->deleteLater();
+    currentDownload = nullptr;
+    startNextDownload();
+}
+
+// Unpacks the archive into the version directory and removes it. Blocks until the extractor ends.
+void DownloadManager::install()
+{
+    const QString folder = (dir.isEmpty() ? QString() : dir + QLatin1Char('/')) + clientVersion;
+    const QDir workingDirectory = QDir::current();
+    // The extractor's success is not known; whether a client is there is judged by its directory.
+    (void)workingDirectory.mkpath(folder);
+
+    const QString zipFile =
+        QDir::toNativeSeparators(workingDirectory.absoluteFilePath(filename));
+    const QString folderPath = QDir::toNativeSeparators(workingDirectory.absoluteFilePath(folder));
+    testform::unzip2Folder(zipFile, folderPath, this, password);
+    if (QFile::exists(zipFile)) {
+        QFile::remove(zipFile);
+    }
+}

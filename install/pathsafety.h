@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QString>
+
+// Guards against removing or overwriting what is not the launcher's: ".." and links are resolved,
+// and a directory that does not exist lies nowhere.
+
+// Whether the directory lies inside the working directory and is not that directory itself.
+bool liesInsideWorkingDirectory(const QString &directory);
+
+// Whether the file, existing or not, would lie in the working directory or below it.
+bool isFileOfWorkingDirectory(const QString &fileName);

@@ -1,0 +1,24 @@
+#include "install/savefilename.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QUrl>
+
+QString freeSaveFileName(const QUrl &url)
+{
+    QString name = QFileInfo(url.path(QUrl::FullyDecoded)).fileName();
+    if (name.isEmpty()) {
+        name = QStringLiteral("download");
+    }
+    if (!QFile::exists(name)) {
+        return name;
+    }
+    // kept: the extension is doubled ("client.zip.0.zip"), and ends in ".zip" whatever the name,
+    // so that the archive clean-up finds the file.
+    for (int number = 0;; ++number) {
+        const QString candidate = QStringLiteral("%1.%2.zip").arg(name, QString::number(number));
+        if (!QFile::exists(candidate)) {
+            return candidate;
+        }
+    }
+}

@@ -1,0 +1,65 @@
+#include "install/textprogressbar.h"
+
+#include "info/console.h"
+
+#include <algorithm>
+
+void TextProgressBar::clear()
+{
+    Console::out(QStringLiteral("\n"));
+    iteration = 0;
+    value = 0;
+    maximum = -1;
+}
+
+void TextProgressBar::update()
+{
+    ++iteration;
+    if (maximum <= 0) {
+        Console::out(movingBar());
+        return;
+    }
+    const int percent = getProgress();
+    QString bar(percent / 2, QLatin1Char('#'));
+    if (percent % 2 != 0) {
+        bar += QLatin1Char('>');
+    }
+    Console::out(QStringLiteral("\r[%1] %2% %3     ")
+                     .arg(bar.leftJustified(50), QString::number(percent).rightJustified(3),
+                          message));
+}
+
+void TextProgressBar::setMessage(const QString &newMessage)
+{
+    message = newMessage;
+}
+
+QString TextProgressBar::getMessage() const
+{
+    if (maximum <= 0) {
+        return movingBar();
+    }
+    return QStringLiteral("%1% %2     ")
+        .arg(QString::number(getProgress()).rightJustified(3), message);
+}
+
+void TextProgressBar::setStatus(qint64 newValue, qint64 newMaximum)
+{
+    value = newValue;
+    maximum = newMaximum;
+}
+
+int TextProgressBar::getProgress() const
+{
+    return maximum > 0 ? static_cast<int>(value * 100 / maximum) : 0;
+}
+
+// kept: the bracketed field widens and narrows with the bar instead of keeping its width, and the
+// carriage return stands in the window's text too.
+QString TextProgressBar::movingBar() const
+{
+    const int center = iteration % 48 + 1;
+    const QString before(std::max(center - 2, 0), QLatin1Char(' '));
+    const QString after(center + 2, QLatin1Char(' '));
+    return QStringLiteral("\r[%1###%2]      %3      ").arg(before, after, message);
+}

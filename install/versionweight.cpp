@@ -1,0 +1,55 @@
+#include "install/versionweight.h"
+
+#include <QVector>
+
+#include <cstring>
+
+namespace
+{
+constexpr qint32 firstPartWeight = 100000000;
+
+// The signed value with these 32 bits, in a way that no compiler may read differently.
+qint32 fromBits(quint32 bits)
+{
+    qint32 value = 0;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+} // namespace
+
+// kept: 32-bit arithmetic that wraps around, so that 21.99 weighs less than nothing and 43.0 less
+// than 1.0. A wider type would make such a version count as installed where it does not today.
+// Unsigned arithmetic wraps by definition and gives the same bits.
+qint32 versionWeight(const QString &version)
+{
+    quint32 weight = 0;
+    quint32 partWeight = firstPartWeight;
+    const QVector<QStringRef> parts = version.splitRef(QLatin1Char('.'));
+    for (const QStringRef &part : parts) {
+        weight += partWeight * static_cast<quint32>(part.toInt());
+        partWeight /= 100;
+    }
+    return fromBits(weight);
+}
+
+QString greatestVersion(const QStringList &names)
+{
+    QString greatest;
+    qint32 greatestWeight = 0;
+    for (const QString &name : names) {
+        const qint32 weight = versionWeight(name);
+        if (weight > greatestWeight) {
+            greatestWeight = weight;
+            greatest = name;
+        }
+    }
+    return greatest;
+}
+
+QString versionColour(const QString &installed, const QString &offered)
+{
+    if (installed.isEmpty()) {
+        return QStringLiteral("red");
+    }
+    return installed == offered ? QStringLiteral("green") : QStringLiteral("orange");
+}

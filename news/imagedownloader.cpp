@@ -1,0 +1,159 @@
+#include "news/imagedownloader.h"
+
+#include "info/filedownloader.h"
+#include "install/pathsafety.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QImage>
+#include <QLabel>
+#include <QPixmap>
+#include <QtConcurrent>
+
+#include <stdexcept>
+#include <utility>
+
+namespace
+{
+QString nameOf(const QLabel *label)
+{
+    if (label == nullptr) {
+        throw std::invalid_argument("a picture needs a label to be shown on");
+    }
+    return label->objectName();
+}
+} // namespace
+
+QPixmap scaledToSize(const QPixmap &picture, QSize size)
+{
+    // The toolkit would complain on the console about scaling nothing.
+    return picture.isNull()
+               ? QPixmap()
+               : picture.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+}
+
+ImageDownloader::ImageDownloader(QUrl pictureUrl, QLabel *pictureLabel)
+    : label(pictureLabel)
+    , objectName(nameOf(pictureLabel))
+    , px(new QPixmap)
+    , url(std::move(pictureUrl))
+    , createdPixmap(true)
+{
+}
+
+ImageDownloader::ImageDownloader(QUrl pictureUrl, QString name)
+    : objectName(std::move(name))
+    , url(std::move(pictureUrl))
+    , createdPixmap(false)
+{
+}
+
+// kept: px is not freed here. A downloader lives as long as the window, and so does its picture.
+ImageDownloader::~ImageDownloader()
+{
+    delete px_orig;
+}
+
+void ImageDownloader::downloadImage()
+{
+    if (!isDownloaded) {
+        fetch();
+    } else if (label != nullptr && px != nullptr) {
+        showOnLabel(*px);
+    }
+}
+
+void ImageDownloader::fetch()
+{
+    fd = new FileDownloader(url, this);
+    connect(fd, &FileDownloader::downloaded, this, &ImageDownloader::loadData);
+}
+
+void ImageDownloader::downloadNewImage(QUrl newUrl, QLabel *newLabel)
+{
+    if (isDownloaded) {
+        disconnect(fd, &FileDownloader::downloaded, this, &ImageDownloader::loadData);
+        // Deleted in a later turn of the event loop: the caller may be answering loadedImage(),
+        // which the fetch is still emitting.
+        fd->deleteLater();
+        fd = nullptr;
+        isDownloaded = false;
+    }
+    url = std::move(newUrl);
+    label = newLabel;
+    if (px == nullptr) {
+        px = new QPixmap;
+    }
+    downloadImage();
+}
+
+void ImageDownloader::loadData()
+{
+    isDownloaded = true;
+    const QByteArray bytes = fd->downloadedData();
+    if (px_orig == nullptr) {
+        px_orig = new QPixmap;
+    }
+    if (!px_orig->loadFromData(bytes)) {
+        *px_orig = QPixmap();
+    }
+    if (label != nullptr && px != nullptr) {
+        if (!px->loadFromData(bytes)) {
+            *px = QPixmap();
+        }
+        showOnLabel(*px);
+    }
+    // Fire and forget, with a name and a picture of its own: the pool's thread touches nothing
+    // that this thread replaces or deletes meanwhile.
+    QtConcurrent::run(&ImageDownloader::writeCacheFile, cacheFileName(), px_orig->toImage());
+    emit loadedImage();
+}
+
+void ImageDownloader::saveBuffer() const
+{
+    writeCacheFile(cacheFileName(), px_orig != nullptr ? px_orig->toImage() : QImage());
+}
+
+// The file is written in place and without a lock: two fetches of one picture in quick succession
+// may write it at the same time, and the next start fetches it anew anyway.
+void ImageDownloader::writeCacheFile(const QString &fileName, const QImage &picture)
+{
+    // The name may come from the document (a server's name): it must not reach a picture of the
+    // player's somewhere else on the disk.
+    if (!isFileOfWorkingDirectory(fileName)) {
+        return;
+    }
+    QFile file(fileName);
+    if (file.open(QIODevice::WriteOnly)) {
+        // An empty picture leaves an empty file.
+        (void)picture.save(&file, "PNG");
+    }
+}
+
+void ImageDownloader::loadBuffer()
+{
+    if (!enableLoadBuffer || !fileExists(cacheFileName())) {
+        return;
+    }
+    // kept: a previous original is dropped without being freed; a logo button may still show it.
+    px_orig = new QPixmap(cacheFileName());
+    if (label != nullptr) {
+        showOnLabel(*px_orig);
+    }
+    emit loadedImage();
+}
+
+bool ImageDownloader::fileExists(QString path) const
+{
+    return QFileInfo(path).isFile();
+}
+
+QString ImageDownloader::cacheFileName() const
+{
+    return objectName + QStringLiteral(".png");
+}
+
+void ImageDownloader::showOnLabel(const QPixmap &picture)
+{
+    label->setPixmap(scaledToSize(picture, label->size()));
+}

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QSize>
+#include <QString>
+#include <QUrl>
+
+class FileDownloader;
+class QImage;
+class QLabel;
+class QPixmap;
+
+// The picture scaled to exactly this size in pixels, aspect ratio ignored, not smoothed. An empty
+// picture stays empty.
+QPixmap scaledToSize(const QPixmap &picture, QSize size);
+
+// Fetches one picture, shows it on a label, keeps the unscaled original and caches it as
+// <objectName>.png in the working directory. Failures are silent: bytes that are no picture give
+// an empty one.
+class ImageDownloader : public QObject
+{
+    Q_OBJECT
+
+public:
+    // For a label, which is not owned and names the cache file. Throws std::invalid_argument when
+    // there is no label. Made without a parent: the caller gives it an owner.
+    ImageDownloader(QUrl pictureUrl, QLabel *pictureLabel);
+    // For a picture that is shown elsewhere; name is that of the cache file.
+    ImageDownloader(QUrl pictureUrl, QString name);
+    ~ImageDownloader() override;
+
+    // Starts the fetch; once the picture has arrived it only rescales it to the label's size.
+    void downloadImage();
+    // Another picture for another label (or the same).
+    void downloadNewImage(QUrl newUrl, QLabel *newLabel);
+    // Shows the cached picture now and announces it; does nothing when there is no cache file.
+    void loadBuffer();
+    // Writes the original to the cache file.
+    void saveBuffer() const;
+
+    // The unscaled original, owned by this object; null until a picture was loaded.
+    QPixmap *getOriginalPixmap() const { return px_orig; }
+
+    // Whether loadBuffer() may read the cache file.
+    void setEnableLoadBuffer(bool enable) { enableLoadBuffer = enable; }
+    bool getEnableLoadBuffer() const { return enableLoadBuffer; }
+
+    bool isDownloaded = false; // a fetch has ended
+
+signals:
+    void loadedImage();
+
+private slots:
+    void loadData();
+
+private:
+    bool fileExists(QString path) const;
+    QString cacheFileName() const;
+    void fetch();
+    void showOnLabel(const QPixmap &picture);
+    static void writeCacheFile(const QString &fileName, const QImage &picture);
+
+    QPointer<QLabel> label; // where the picture is shown; null for none, or when it is gone
+    QString objectName;
+    QPixmap *px = nullptr;      // display copy, from which the label is rescaled
+    QPixmap *px_orig = nullptr; // unscaled original
+    QUrl url;
+    FileDownloader *fd = nullptr; // a child; the newest fetch
+    bool enableLoadBuffer = true;
+    bool createdPixmap; // made for a label
+};

@@ -1,0 +1,70 @@
+#include "news/news.h"
+
+#include "info/console.h"
+#include "news/imagedownloader.h"
+
+#include <QLabel>
+#include <QStringList>
+
+#include <utility>
+
+News::News(QString t, QString d, QString i)
+    : title(std::move(t))
+    , description(std::move(d))
+    , imageUrl(std::move(i))
+{
+}
+
+News::News(QString t, QString d, QString i, QString nu, QLabel *il, QLabel *it, QLabel *ist)
+    : title(std::move(t))
+    , description(std::move(d))
+    , imageUrl(std::move(i))
+    , newsUrl(std::move(nu))
+    , imageLabel(il)
+    , labelTitle(it)
+    , labelSubtitle(ist)
+{
+    createDownloader();
+}
+
+void News::createDownloader()
+{
+    imageDownloader = new ImageDownloader(QUrl(imageUrl), imageLabel);
+    // The item is copied freely and frees nothing; the label it was made for outlives its use.
+    imageDownloader->setParent(imageLabel);
+    fullyInitialized = true;
+}
+
+void News::loadNews(bool isBuffer)
+{
+    if (!fullyInitialized) {
+        try {
+            createDownloader();
+        } catch (...) {
+            Console::error(QStringLiteral("ERROR: News: variables aren't complete\n"));
+            return;
+        }
+    }
+    if (isBuffer) {
+        imageDownloader->loadBuffer();
+    } else {
+        imageDownloader->downloadImage();
+    }
+    labelTitle->setText(title);
+    labelSubtitle->setText(description);
+}
+
+QPixmap *News::getOriginalPixmap() const
+{
+    return imageDownloader != nullptr ? imageDownloader->getOriginalPixmap() : nullptr;
+}
+
+QString News::toString() const
+{
+    return QStringList{title, description, imageUrl, newsUrl}.join(QStringLiteral(", "));
+}
+
+void News::setEnableLoadBuffer(bool b)
+{
+    enableLoadBuffer = b;
+}

@@ -1,0 +1,101 @@
+#include "window/testform.h"
+
+#include "info/console.h"
+#include "info/serverbutton.h"
+#include "window/buildsettings.h"
+
+#include "ui_testform.h"
+
+#include <QApplication>
+
+#include <algorithm>
+
+QString testform::DIR_OFFLINE;
+QString testform::DIR_SETTINGS;
+QString testform::BASE_URL;
+QString testform::WEBSITE_URL;
+int testform::LAUNCHER_VERSION;
+QString testform::DIR_FOLDER;
+
+testform::testform(QWidget *parent)
+    : QMainWindow(parent)
+    , ui(new Ui::testform)
+{
+    ui->setupUi(this);
+    assignConstants();
+    fillWidgetArrays();
+    resetDownloadDisplay();
+    loadSettings();
+    initNewsGui();
+    setMenuState(0);
+    setSlideState(0);
+    downloadInfo();
+    setWindowFlags(Qt::FramelessWindowHint);
+}
+
+testform::~testform()
+{
+    // Made without a parent; their buttons go with them, ahead of the panel that shows them.
+    qDeleteAll(serverButtons);
+    delete ui;
+}
+
+void testform::assignConstants()
+{
+    DIR_OFFLINE = QStringLiteral("offline.txt");
+    DIR_SETTINGS = QStringLiteral("settings.txt");
+    BASE_URL = BuildSettings::baseUrl();
+    LAUNCHER_VERSION = 1;
+    WEBSITE_URL = BuildSettings::websiteUrl();
+
+    isDownloadingClient = false;
+    infoUrl = BASE_URL + QStringLiteral("launcher.xml");
+    urlDiscord = BuildSettings::discordUrl();
+    urlFacebook = BuildSettings::facebookUrl();
+}
+
+void testform::fillWidgetArrays()
+{
+    activeButtons[0] = ui->btnHomeGroupActive;
+    activeButtons[1] = ui->btnNewsGroupActive;
+    passiveButtons[0] = ui->btnHomeGroup;
+    passiveButtons[1] = ui->btnNewsGroup;
+    contents[0] = ui->contentHome;
+    contents[1] = ui->contentNews;
+    activeSlides[0] = ui->slide1;
+    activeSlides[1] = ui->slide2;
+    activeSlides[2] = ui->slide3;
+    passiveSlides[0] = ui->slidePassive1;
+    passiveSlides[1] = ui->slidePassive2;
+    passiveSlides[2] = ui->slidePassive3;
+}
+
+void testform::resetDownloadDisplay()
+{
+    ui->downloadProgressBar->setValue(0);
+    ui->downloadProgressText->setText(QString());
+    ui->downloadProgressBar->hide();
+}
+
+void testform::print(QString s)
+{
+    Console::out(s + QLatin1Char('\n'));
+}
+
+void testform::on_btnClose_clicked()
+{
+    quitWithSettings();
+}
+
+void testform::on_btnCloseIntro_clicked()
+{
+    quitWithSettings();
+}
+
+// Only the two close buttons write the settings on the way out; any other end leaves the file as
+// the last change wrote it.
+void testform::quitWithSettings()
+{
+    writeSettings();
+    QApplication::exit(0);
+}
