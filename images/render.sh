@@ -1,0 +1,52 @@
+#!/usr/bin/env bash
+# Renders every picture of the launcher and of the demo world from images/sources/.
+#
+#   images/render.sh              render the committed SVG files
+#   images/render.sh --generate   write the SVG files anew first (needs the Lato font)
+#
+# Needs rsvg-convert and a Python 3 with PIL (PYTHON=... selects another one).
+# The same sources give the same bytes every time.
+set -euo pipefail
+
+cd "$(dirname "${BASH_SOURCE[0]}")"
+python="${PYTHON:-/usr/bin/python3}"
+
+if [[ "${1:-}" == "--generate" ]]; then
+    "$python" -B sources/launcher.py
+    "$python" -B sources/world.py
+fi
+
+tmp="$(mktemp -d)"
+trap 'rm -rf "$tmp"' EXIT
+
+rendered=()
+render() {  # source, output, zoom
+    mkdir -p "$(dirname "$2")"
+    rsvg-convert --zoom "$3" --format png --output "$2" "$1"
+    rendered+=("$2")
+}
+
+# The launcher: at twice the design size.
+for svg in sources/*.svg sources/new_buttons/*.svg; do
+    name="${svg#sources/}"
+    name="${name%.svg}"
+    [[ "$name" == clienticon* ]] || render "$svg" "$name.png" 2
+done
+
+# The demo world: the sources have the final size.
+for svg in sources/demo/*.svg sources/demo/news/*.svg; do
+    name="${svg#sources/demo/}"
+    render "$svg" "../demo/world/${name%.svg}.png" 1
+done
+
+"$python" -B sources/finish.py shrink "${rendered[@]}"
+
+# The program icon; the two smallest sizes have a simpler drawing.
+frames=()
+for size in 16 24 32 48 64 128 256; do
+    svg=sources/clienticon.svg
+    (( size > 24 )) || svg=sources/clienticon_small.svg
+    rsvg-convert --width "$size" --height "$size" --format png --output "$tmp/$size.png" "$svg"
+    frames+=("$tmp/$size.png")
+done
+"$python" -B sources/finish.py icon clienticon.ico "${frames[@]}"

@@ -1,0 +1,41 @@
+"""finish.py shrink FILE...      drop unused alpha, recompress, no metadata
+finish.py icon OUT FRAME...   put square PNG frames into one .ico file"""
+import io
+import struct
+import sys
+
+from PIL import Image
+
+
+def shrink(path):
+    im = Image.open(path)
+    im.load()
+    if im.mode == "RGBA" and im.getchannel("A").getextrema()[0] == 255:
+        im = im.convert("RGB")
+    clean = Image.new(im.mode, im.size)
+    clean.paste(im)
+    clean.save(path, "PNG", optimize=True)
+
+
+def icon(out, frames):
+    blobs = []
+    for f in frames:
+        im = Image.open(f).convert("RGBA")
+        b = io.BytesIO()
+        im.save(b, "PNG", optimize=True)
+        blobs.append((im.size[0], b.getvalue()))
+    offset = 6 + 16 * len(blobs)
+    head = struct.pack("<HHH", 0, 1, len(blobs))
+    for size, data in blobs:
+        head += struct.pack("<BBBBHHLL", size % 256, size % 256, 0, 0, 1, 32, len(data), offset)
+        offset += len(data)
+    with open(out, "wb") as f:
+        f.write(head + b"".join(d for _, d in blobs))
+
+
+if __name__ == "__main__":
+    if sys.argv[1] == "icon":
+        icon(sys.argv[2], sys.argv[3:])
+    else:
+        for p in sys.argv[2:]:
+            shrink(p)

@@ -1,0 +1,242 @@
+#include "support/httpserver.h"
+
+#include <httplib.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <cstdlib>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace
+{
+enum class Kind { Plain, WithoutLength, Cut, Held, Large };
+
+struct Answer {
+    Kind kind = Kind::Plain;
+    int status = 200;
+    std::string body;
+    std::string location;
+    std::size_t bytes = 0;
+};
+
+std::string key(const QString &path)
+{
+    return '/' + path.toStdString();
+}
+} // namespace
+
+struct HttpServer::Private {
+    httplib::Server server;
+    std::thread thread;
+    int port = 0;
+
+    std::mutex mutex;
+    std::condition_variable released;
+    std::map<std::string, Answer> answers;
+    std::map<std::string, bool> open;
+    std::vector<std::string> log;
+    bool stopping = false;
+
+    void set(const QString &path, Answer answer)
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        answers[key(path)] = std::move(answer);
+        open[key(path)] = false;
+    }
+
+    void waitForRelease(const std::string &path)
+    {
+        std::unique_lock<std::mutex> lock(mutex);
+        released.wait(lock, [this, &path] { return stopping || open[path]; });
+    }
+
+    void answer(const httplib::Request &request, httplib::Response &response)
+    {
+        Answer found;
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            log.push_back(request.path);
+            const auto place = answers.find(request.path);
+            if (place == answers.end()) {
+                response.status = 404;
+                return;
+            }
+            found = place->second;
+        }
+        response.status = found.status;
+        if (!found.location.empty()) {
+            response.set_header("Location", found.location);
+        }
+        send(request.path, found, response);
+    }
+
+    void send(const std::string &path, const Answer &found, httplib::Response &response)
+    {
+        const char type[] = "application/octet-stream";
+        const std::string body = found.body;
+        const std::size_t limit = found.bytes;
+        switch (found.kind) {
+        case Kind::Plain:
+            response.set_content(body, type);
+            return;
+        case Kind::WithoutLength:
+            response.set_content_provider(
+                type, [body](std::size_t offset, httplib::DataSink &sink) {
+                    const std::size_t step = std::min<std::size_t>(body.size() - offset, 16384);
+                    if (step > 0) {
+                        sink.write(body.data() + offset, step);
+                    } else {
+                        sink.done();
+                    }
+                    return true;
+                });
+            return;
+        case Kind::Cut:
+            response.set_content_provider(
+                body.size(), type,
+                [body, limit](std::size_t offset, std::size_t, httplib::DataSink &sink) {
+                    if (offset >= limit) {
+                        return false;
+                    }
+                    sink.write(body.data() + offset, limit - offset);
+                    return true;
+                });
+            return;
+        case Kind::Held:
+            response.set_content_provider(
+                body.size(), type,
+                [this, path, body, limit](std::size_t offset, std::size_t, httplib::DataSink &sink) {
+                    if (offset < limit) {
+                        sink.write(body.data() + offset, limit - offset);
+                        return true;
+                    }
+                    waitForRelease(path);
+                    sink.write(body.data() + offset, body.size() - offset);
+                    return true;
+                });
+            return;
+        case Kind::Large:
+            response.set_content_provider(
+                limit, type, [](std::size_t, std::size_t length, httplib::DataSink &sink) {
+                    static const std::string block(1024 * 1024, 'e');
+                    sink.write(block.data(), std::min(length, block.size()));
+                    return true;
+                });
+            return;
+        }
+    }
+};
+
+HttpServer::HttpServer()
+    : d(std::make_unique<Private>())
+{
+    d->server.set_pre_routing_handler(
+        [this](const httplib::Request &request, httplib::Response &response) {
+            d->answer(request, response);
+            return httplib::Server::HandlerResponse::Handled;
+        });
+    d->port = d->server.bind_to_any_port("127.0.0.1");
+    if (d->port <= 0) {
+        std::abort();
+    }
+    d->thread = std::thread([this] { d->server.listen_after_bind(); });
+    while (!d->server.is_running()) {
+        std::this_thread::yield();
+    }
+}
+
+HttpServer::~HttpServer()
+{
+    {
+        const std::lock_guard<std::mutex> lock(d->mutex);
+        d->stopping = true;
+    }
+    d->released.notify_all();
+    d->server.stop();
+    d->thread.join();
+}
+
+QString HttpServer::url(const QString &path) const
+{
+    return QStringLiteral("http://127.0.0.1:%1/%2").arg(d->port).arg(path);
+}
+
+void HttpServer::serve(const QString &path, const QByteArray &body, int status)
+{
+    Answer answer;
+    answer.status = status;
+    answer.body = body.toStdString();
+    d->set(path, answer);
+}
+
+void HttpServer::redirect(const QString &path, const QString &target, const QByteArray &body)
+{
+    Answer answer;
+    answer.status = 302;
+    answer.body = body.toStdString();
+    answer.location = target.toStdString();
+    d->set(path, answer);
+}
+
+void HttpServer::serveWithoutLength(const QString &path, const QByteArray &body)
+{
+    Answer answer;
+    answer.kind = Kind::WithoutLength;
+    answer.body = body.toStdString();
+    d->set(path, answer);
+}
+
+void HttpServer::serveCut(const QString &path, const QByteArray &body, int bytes)
+{
+    Answer answer;
+    answer.kind = Kind::Cut;
+    answer.body = body.toStdString();
+    answer.bytes = static_cast<std::size_t>(bytes);
+    d->set(path, answer);
+}
+
+void HttpServer::serveHeld(const QString &path, const QByteArray &body, int bytes)
+{
+    Answer answer;
+    answer.kind = Kind::Held;
+    answer.body = body.toStdString();
+    answer.bytes = static_cast<std::size_t>(bytes);
+    d->set(path, answer);
+}
+
+void HttpServer::serveLarge(const QString &path, qint64 bytes)
+{
+    Answer answer;
+    answer.kind = Kind::Large;
+    answer.bytes = static_cast<std::size_t>(bytes);
+    d->set(path, answer);
+}
+
+void HttpServer::release(const QString &path)
+{
+    {
+        const std::lock_guard<std::mutex> lock(d->mutex);
+        d->open[key(path)] = true;
+    }
+    d->released.notify_all();
+}
+
+int HttpServer::requests(const QString &path) const
+{
+    const std::lock_guard<std::mutex> lock(d->mutex);
+    return static_cast<int>(std::count(d->log.begin(), d->log.end(), key(path)));
+}
+
+QStringList HttpServer::log() const
+{
+    const std::lock_guard<std::mutex> lock(d->mutex);
+    QStringList paths;
+    for (const std::string &path : d->log) {
+        paths << QString::fromStdString(path);
+    }
+    return paths;
+}
