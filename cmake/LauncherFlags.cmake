@@ -1,7 +1,6 @@
 # One target with the flags of all our own code; every own target links it privately, so that they
 # reach our files and nobody else's.
 add_library(launcher_flags INTERFACE)
-target_compile_features(launcher_flags INTERFACE cxx_std_17)
 target_compile_definitions(launcher_flags INTERFACE
   # Every conversion between bytes and text stands in the code: the document is UTF-8, files use
   # the local 8-bit encoding, and one title takes a detour through Latin-1.

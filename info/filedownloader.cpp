@@ -3,8 +3,7 @@
 #include <QNetworkReply>
 #include <QNetworkRequest>
 
-FileDownloader::FileDownloader(QUrl imageUrl,
-                               QObject *parent)
+FileDownloader::FileDownloader(QUrl imageUrl, QObject *parent)
     : QObject(parent)
 {
     connect(&m_WebCtrl, &QNetworkAccessManager::finished, this, &FileDownloader::fileDownloaded);

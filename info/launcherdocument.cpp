@@ -3,9 +3,8 @@
 #include "info/console.h"
 #include "info/filedownloader.h"
 #include "info/launcherdocumentreader.h"
-#include "window/testform.h"
-
 #include "ui_testform.h"
+#include "window/testform.h"
 
 #include <QApplication>
 #include <QDesktopServices>

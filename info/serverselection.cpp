@@ -4,9 +4,8 @@
 #include "info/serverpanel.h"
 #include "install/versionweight.h"
 #include "news/imagedownloader.h"
-#include "window/testform.h"
-
 #include "ui_testform.h"
+#include "window/testform.h"
 
 #include <QHBoxLayout>
 #include <QPixmap>

@@ -1,9 +1,8 @@
 // The settings file, in the working directory beside the launcher.
 
 #include "info/settings.h"
-#include "window/testform.h"
-
 #include "ui_testform.h"
+#include "window/testform.h"
 
 #include <QFile>
 #include <QTextStream>

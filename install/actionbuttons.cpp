@@ -1,8 +1,7 @@
 // The Play, Update and Download buttons, and starting the client.
 
-#include "window/testform.h"
-
 #include "ui_testform.h"
+#include "window/testform.h"
 
 #include <QDesktopServices>
 #include <QDir>

@@ -29,8 +29,7 @@ void removeDirectory(const QString &path)
 
 QString testform::getParentDir()
 {
-    const QString parent =
-        selectedClientInfo.server + QLatin1Char('/') + selectedClientInfo.client;
+    QString parent = selectedClientInfo.server + QLatin1Char('/') + selectedClientInfo.client;
     makeDirectory(selectedClientInfo.server);
     makeDirectory(parent);
     return parent;

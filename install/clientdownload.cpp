@@ -2,9 +2,8 @@
 
 #include "install/downloadmanager.h"
 #include "install/versionweight.h"
-#include "window/testform.h"
-
 #include "ui_testform.h"
+#include "window/testform.h"
 
 #include <QDir>
 #include <QUrl>

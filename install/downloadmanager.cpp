@@ -172,8 +172,7 @@ void DownloadManager::install()
     // The extractor's success is not known; whether a client is there is judged by its directory.
     (void)workingDirectory.mkpath(folder);
 
-    const QString zipFile =
-        QDir::toNativeSeparators(workingDirectory.absoluteFilePath(filename));
+    const QString zipFile = QDir::toNativeSeparators(workingDirectory.absoluteFilePath(filename));
     const QString folderPath = QDir::toNativeSeparators(workingDirectory.absoluteFilePath(folder));
     testform::unzip2Folder(zipFile, folderPath, this, password);
     if (QFile::exists(zipFile)) {

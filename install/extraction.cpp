@@ -8,9 +8,7 @@
 
 #include <exception>
 
-bool testform::unzip2Folder(QString file, QString folder,
-                            QObject *parent,
-                            QString password)
+bool testform::unzip2Folder(QString file, QString folder, QObject *parent, QString password)
 {
     try {
         QStringList arguments;

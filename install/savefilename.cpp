@@ -16,7 +16,7 @@ QString freeSaveFileName(const QUrl &url)
     // kept: the extension is doubled ("client.zip.0.zip"), and ends in ".zip" whatever the name,
     // so that the archive clean-up finds the file.
     for (int number = 0;; ++number) {
-        const QString candidate = QStringLiteral("%1.%2.zip").arg(name, QString::number(number));
+        QString candidate = QStringLiteral("%1.%2.zip").arg(name, QString::number(number));
         if (!QFile::exists(candidate)) {
             return candidate;
         }

@@ -24,9 +24,9 @@ void TextProgressBar::update()
     if (percent % 2 != 0) {
         bar += QLatin1Char('>');
     }
-    Console::out(QStringLiteral("\r[%1] %2% %3     ")
-                     .arg(bar.leftJustified(50), QString::number(percent).rightJustified(3),
-                          message));
+    Console::out(
+        QStringLiteral("\r[%1] %2% %3     ")
+            .arg(bar.leftJustified(50), QString::number(percent).rightJustified(3), message));
 }
 
 void TextProgressBar::setMessage(const QString &newMessage)

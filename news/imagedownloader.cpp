@@ -27,9 +27,8 @@ QString nameOf(const QLabel *label)
 QPixmap scaledToSize(const QPixmap &picture, QSize size)
 {
     // The toolkit would complain on the console about scaling nothing.
-    return picture.isNull()
-               ? QPixmap()
-               : picture.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    return picture.isNull() ? QPixmap()
+                            : picture.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation);
 }
 
 ImageDownloader::ImageDownloader(QUrl pictureUrl, QLabel *pictureLabel)

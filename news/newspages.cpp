@@ -1,9 +1,8 @@
 // The two tabs, the carousel of slides and the tiles: showing them and opening their pages.
 
 #include "info/console.h"
-#include "window/testform.h"
-
 #include "ui_testform.h"
+#include "window/testform.h"
 
 #include <QDesktopServices>
 #include <QUrl>
@@ -45,8 +44,7 @@ void openPage(const QString &address)
 
 void testform::initNewsGui()
 {
-    homeNews[0] =
-        boundTo(ui->homeNewsImageBackground, ui->homeNewsTitle, ui->homeNewsDescription);
+    homeNews[0] = boundTo(ui->homeNewsImageBackground, ui->homeNewsTitle, ui->homeNewsDescription);
     homeNews[1] =
         boundTo(ui->homeNewsImageBackground2, ui->homeNewsTitle2, ui->homeNewsDescription2);
     homeNews[2] =

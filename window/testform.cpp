@@ -2,9 +2,8 @@
 
 #include "info/console.h"
 #include "info/serverbutton.h"
-#include "window/buildsettings.h"
-
 #include "ui_testform.h"
+#include "window/buildsettings.h"
 
 #include <QApplication>
 

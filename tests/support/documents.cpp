@@ -29,8 +29,7 @@ QString Documents::news(const QString &element, const QString &title, const QStr
 {
     return QLatin1Char('<') + element + attribute("id", QStringLiteral("1")) +
            attribute("title", title) + attribute("description", description) +
-           attribute("imageUrl", imageUrl) + attribute("clickUrl", clickUrl) +
-           QStringLiteral("/>");
+           attribute("imageUrl", imageUrl) + attribute("clickUrl", clickUrl) + QStringLiteral("/>");
 }
 
 QByteArray Documents::launcher(const QStringList &elements, const QString &version)

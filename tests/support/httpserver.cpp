@@ -1,10 +1,9 @@
 #include "support/httpserver.h"
 
-#include <httplib.h>
-
 #include <algorithm>
 #include <condition_variable>
 #include <cstdlib>
+#include <httplib.h>
 #include <map>
 #include <mutex>
 #include <string>
@@ -107,17 +106,18 @@ struct HttpServer::Private {
                 });
             return;
         case Kind::Held:
-            response.set_content_provider(
-                body.size(), type,
-                [this, path, body, limit](std::size_t offset, std::size_t, httplib::DataSink &sink) {
-                    if (offset < limit) {
-                        sink.write(body.data() + offset, limit - offset);
-                        return true;
-                    }
-                    waitForRelease(path);
-                    sink.write(body.data() + offset, body.size() - offset);
-                    return true;
-                });
+            response.set_content_provider(body.size(), type,
+                                          [this, path, body, limit](std::size_t offset, std::size_t,
+                                                                    httplib::DataSink &sink) {
+                                              if (offset < limit) {
+                                                  sink.write(body.data() + offset, limit - offset);
+                                                  return true;
+                                              }
+                                              waitForRelease(path);
+                                              sink.write(body.data() + offset,
+                                                         body.size() - offset);
+                                              return true;
+                                          });
             return;
         case Kind::Large:
             response.set_content_provider(

@@ -15,6 +15,7 @@ if [[ ! -s $scratch/display ]]; then
 fi
 # A run-time folder of its own; the toolkit complains without one.
 mkdir -m 700 "$scratch/run"
-export DISPLAY=":$(cat "$scratch/display")" XDG_RUNTIME_DIR="$scratch/run" QT_QPA_PLATFORM=xcb
+DISPLAY=":$(cat "$scratch/display")"
+export DISPLAY XDG_RUNTIME_DIR="$scratch/run" QT_QPA_PLATFORM=xcb
 unset WAYLAND_DISPLAY http_proxy https_proxy HTTP_PROXY HTTPS_PROXY
 "$@"

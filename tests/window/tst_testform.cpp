@@ -5,9 +5,8 @@
 #include "support/scratchfolder.h"
 #include "support/testsettings.h"
 #include "support/windowdriver.h"
-#include "window/testform.h"
-
 #include "ui_testform.h"
+#include "window/testform.h"
 
 #include <QMetaMethod>
 #include <QTest>
@@ -200,9 +199,8 @@ void TestTestform::fetchIsUnderWayButAnsweredOnlyByTheEventLoop()
     const ScratchFolder folder;
     HttpServer server;
     server.serve(QStringLiteral("launcher.xml"),
-                 Documents::launcher({Documents::client(QStringLiteral("Alpha"),
-                                                        QStringLiteral("Official"),
-                                                        QStringLiteral("1.0"))}));
+                 Documents::launcher({Documents::client(
+                     QStringLiteral("Alpha"), QStringLiteral("Official"), QStringLiteral("1.0"))}));
     TestSettings::setBaseUrl(server.url());
     testform window;
     QVERIFY(window.clientInfos.isEmpty());

@@ -1,0 +1,42 @@
+"""Proves from the compile commands that our own flags reach every own file:
+flags.py compile_commands.json
+"""
+
+import json
+import shlex
+import subprocess
+import sys
+
+FLAGS = """-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -std=c++17
+-DQT_NO_CAST_FROM_ASCII -DQT_NO_CAST_TO_ASCII -DQT_NO_CAST_FROM_BYTEARRAY""".split()
+FOLDERS = ("app/", "window/", "info/", "install/", "news/")
+
+
+def main(commands_file):
+    with open(commands_file, encoding="utf-8") as file:
+        commands = json.load(file)
+    listed = subprocess.run(
+        ["git", "ls-files", "--cached", "--others", "--exclude-standard", "*.cpp"],
+        check=True, capture_output=True, text=True).stdout.split()
+    sources = {name for name in listed if name.startswith(FOLDERS) or name.startswith("tests/")}
+    problems = []
+    seen = set()
+    for command in commands:
+        name = next((s for s in sources if command["file"].endswith("/" + s)), None)
+        if name is None:
+            continue
+        seen.add(name)
+        arguments = shlex.split(command["command"])
+        missing = [flag for flag in FLAGS if flag not in arguments]
+        if missing:
+            problems.append(f"{name} is compiled without {' '.join(missing)}")
+    problems += [f"{name} is not compiled at all" for name in sorted(sources - seen)]
+    if len(seen) < 30:
+        problems.append(f"only {len(seen)} own files found in {commands_file}")
+    for problem in problems:
+        print(problem)
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
