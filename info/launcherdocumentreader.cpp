@@ -4,7 +4,7 @@
 #include <QXmlStreamReader>
 
 #include <algorithm>
-#include <array>
+#include <initializer_list>
 #include <optional>
 
 namespace

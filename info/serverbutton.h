@@ -12,7 +12,7 @@ class QLabel;
 class QPixmap;
 
 // The logo of one server: fetches and caches the picture and shows it on a flat button. Made
-// without a parent; the window deletes it when it closes.
+// without a parent; the window takes it over.
 class ServerButton : public QObject
 {
 public:

@@ -49,6 +49,7 @@ QGroupBox *testform::createServerColumn(const QString &name, QSize logo)
     column->setContentsMargins(0, 0, 0, 0);
 
     auto *server = new ServerButton(name, BASE_URL + name + QStringLiteral(".png"), logo);
+    server->setParent(this);
     server->getImageDownloader()->setParent(this);
     server->load(false);
     serverButtons[name] = server;

@@ -65,20 +65,37 @@ void testform::enableActionButtons(bool play, bool updateAndDownload)
     ui->btnDownload->setEnabled(updateAndDownload);
 }
 
+// The keyboard reaches the buttons under the panel before anything was chosen. There is no client
+// to download or play then, and the folder looked at would be the root of the drive.
+bool testform::nothingChosenYet() const
+{
+    return !ui->serverButtonsGroup->isHidden() && selectedClientInfo.server.isEmpty() &&
+           selectedClientInfo.client.isEmpty() && selectedClientInfo.url.isEmpty();
+}
+
 void testform::on_btnDownload_clicked()
 {
+    if (nothingChosenYet()) {
+        return;
+    }
     downloadClient();
     updateButtonStates(QStringLiteral("updateProgress"));
 }
 
 void testform::on_btnUpdate_clicked()
 {
+    if (nothingChosenYet()) {
+        return;
+    }
     downloadClient();
     updateButtonStates(QStringLiteral("updateProgress"));
 }
 
 void testform::on_btnPlay_clicked()
 {
+    if (nothingChosenYet()) {
+        return;
+    }
     // kept: nothing ever sets the flag.
     if (isDownloadingClient) {
         updateButtonStates(QStringLiteral("updateProgress"));

@@ -10,19 +10,55 @@
 namespace
 {
 // A single level, like every folder the tree is made of. A failure shows when the folder is used.
+// Nothing is made outside the game's folder, whatever a document calls its servers.
 void makeDirectory(const QString &path)
 {
-    if (!QDir(path).exists()) {
+    if (!QDir(path).exists() && wouldLieInsideWorkingDirectory(path)) {
         (void)QDir::current().mkdir(path);
     }
 }
 
-// A link is left alone: what it leads to does not lie in the folder that is being tidied.
+bool isLink(const QFileInfo &info)
+{
+    return info.isSymLink() || info.isJunction();
+}
+
+void removeFile(const QString &path)
+{
+    if (!QFile::remove(path)) {
+        // Windows refuses to remove a file that is marked read-only.
+        (void)QFile::setPermissions(path, QFile::permissions(path) | QFile::WriteUser);
+        (void)QFile::remove(path);
+    }
+}
+
+// The toolkit's own recursive removal follows a junction and would empty the folder that a player
+// has moved to another drive. Here a link goes, and what it leads to stays.
+void removeContents(const QString &path)
+{
+    const QFileInfoList entries = QDir(path).entryInfoList(QDir::AllEntries | QDir::Hidden |
+                                                           QDir::System | QDir::NoDotAndDotDot);
+    for (const QFileInfo &entry : entries) {
+        const QString name = entry.filePath();
+        if (entry.isJunction()) {
+            (void)QDir().rmdir(name);
+        } else if (entry.isDir() && !isLink(entry)) {
+            removeContents(name);
+            (void)QDir().rmdir(name);
+        } else {
+            removeFile(name);
+        }
+    }
+}
+
+// Directories only; a link in a directory's place is left alone, what it leads to does not lie in
+// the folder that is being tidied.
 void removeDirectory(const QString &path)
 {
     const QFileInfo info(path);
-    if (info.isDir() && !info.isSymLink() && !info.isJunction()) {
-        (void)QDir(path).removeRecursively();
+    if (info.isDir() && !isLink(info)) {
+        removeContents(path);
+        (void)QDir().rmdir(path);
     }
 }
 } // namespace

@@ -1,6 +1,7 @@
 #include "install/downloadmanager.h"
 
 #include "info/console.h"
+#include "install/pathsafety.h"
 #include "install/savefilename.h"
 #include "install/speedtext.h"
 #include "window/testform.h"
@@ -109,7 +110,8 @@ void DownloadManager::startNextDownload()
 void DownloadManager::downloadProgress(qint64 bytesReceived, qint64 bytesTotal)
 {
     progressBar.setStatus(bytesReceived, bytesTotal);
-    progressBar.setMessage(speedText(bytesReceived, downloadTime.elapsed()));
+    progressBar.setMessage(
+        speedText(bytesReceived, downloadTime.isValid() ? downloadTime.elapsed() : 0));
     progressBar.update();
     emit updateProgress(progressBar.getMessage(), progressBar.getProgress());
 }
@@ -141,6 +143,9 @@ bool DownloadManager::takeReceivedBytes()
 
 void DownloadManager::downloadFinished()
 {
+    // A transfer given up while its bytes arrive may still report progress; nobody may hear of it
+    // after the end.
+    currentDownload->disconnect(this);
     // The limited buffer may still hold the end of the archive.
     if (takeReceivedBytes() && !output.flush()) {
         writeError = output.errorString();
@@ -168,6 +173,12 @@ void DownloadManager::downloadFinished()
 void DownloadManager::install()
 {
     const QString folder = (dir.isEmpty() ? QString() : dir + QLatin1Char('/')) + clientVersion;
+    // A document may name a server or a version that leads out of the game's folder, or no server
+    // at all: nothing is unpacked there, and without the directory the download counts as failed.
+    if (!wouldLieInsideWorkingDirectory(folder)) {
+        (void)output.remove();
+        return;
+    }
     const QDir workingDirectory = QDir::current();
     // The extractor's success is not known; whether a client is there is judged by its directory.
     (void)workingDirectory.mkpath(folder);

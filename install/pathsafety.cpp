@@ -7,6 +7,10 @@ namespace
 {
 bool isBelow(const QString &path, QString root)
 {
+    // A working directory that was removed has no path, and nothing lies in it.
+    if (root.isEmpty()) {
+        return false;
+    }
     if (!root.endsWith(QLatin1Char('/'))) {
         root += QLatin1Char('/');
     }
@@ -19,9 +23,15 @@ bool liesInsideWorkingDirectory(const QString &directory)
     return isBelow(QDir(directory).canonicalPath(), QDir::current().canonicalPath());
 }
 
+bool wouldLieInsideWorkingDirectory(const QString &directory)
+{
+    const QDir root = QDir::current();
+    return isBelow(QDir::cleanPath(root.absoluteFilePath(directory)), root.path());
+}
+
 bool isFileOfWorkingDirectory(const QString &fileName)
 {
     const QString folder = QFileInfo(fileName).dir().canonicalPath();
     const QString root = QDir::current().canonicalPath();
-    return folder == root || isBelow(folder, root);
+    return !root.isEmpty() && (folder == root || isBelow(folder, root));
 }

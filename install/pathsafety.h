@@ -8,5 +8,8 @@
 // Whether the directory lies inside the working directory and is not that directory itself.
 bool liesInsideWorkingDirectory(const QString &directory);
 
+// The same by the path's text alone, for a directory that may not exist yet.
+bool wouldLieInsideWorkingDirectory(const QString &directory);
+
 // Whether the file, existing or not, would lie in the working directory or below it.
 bool isFileOfWorkingDirectory(const QString &fileName);

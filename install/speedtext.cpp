@@ -9,8 +9,10 @@ QString speedText(qint64 bytesReceived, qint64 elapsedMilliseconds)
     constexpr double kilo = 1024.0;
     constexpr double mega = 1024.0 * 1024.0;
 
-    double speed =
-        static_cast<double>(bytesReceived) * 1000.0 / static_cast<double>(elapsedMilliseconds);
+    // Nothing received in no time would be no number at all; it reads as no speed.
+    double speed = bytesReceived == 0 ? 0.0
+                                      : static_cast<double>(bytesReceived) * 1000.0 /
+                                            static_cast<double>(elapsedMilliseconds);
     QString unit;
     if (speed < kilo) {
         unit = QStringLiteral("bytes/sec");

@@ -70,14 +70,14 @@ void ImageDownloader::fetch()
 
 void ImageDownloader::downloadNewImage(QUrl newUrl, QLabel *newLabel)
 {
-    if (isDownloaded) {
+    if (isDownloaded && fd != nullptr) {
         disconnect(fd, &FileDownloader::downloaded, this, &ImageDownloader::loadData);
         // Deleted in a later turn of the event loop: the caller may be answering loadedImage(),
         // which the fetch is still emitting.
         fd->deleteLater();
         fd = nullptr;
-        isDownloaded = false;
     }
+    isDownloaded = false;
     url = std::move(newUrl);
     label = newLabel;
     if (px == nullptr) {

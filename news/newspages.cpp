@@ -9,16 +9,6 @@
 
 namespace
 {
-// Tiles in the order of the document's news elements.
-enum Tile {
-    IMAGE_NEWS_BIG = 0,
-    IMAGE_NEWS_MEDIUM_1 = 1,
-    IMAGE_NEWS_MEDIUM_2 = 2,
-    IMAGE_NEWS_SMALL_1 = 3,
-    IMAGE_NEWS_SMALL_2 = 4,
-    IMAGE_NEWS_SMALL_3 = 5,
-};
-
 News boundTo(QLabel *image, QLabel *title, QLabel *subtitle)
 {
     News item;

@@ -1,13 +1,10 @@
 #include "window/testform.h"
 
 #include "info/console.h"
-#include "info/serverbutton.h"
 #include "ui_testform.h"
 #include "window/buildsettings.h"
 
 #include <QApplication>
-
-#include <algorithm>
 
 QString testform::DIR_OFFLINE;
 QString testform::DIR_SETTINGS;
@@ -34,8 +31,6 @@ testform::testform(QWidget *parent)
 
 testform::~testform()
 {
-    // Made without a parent; their buttons go with them, ahead of the panel that shows them.
-    qDeleteAll(serverButtons);
     delete ui;
 }
 

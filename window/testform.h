@@ -22,6 +22,16 @@ namespace Ui
 class testform;
 }
 
+// The tiles, in the order of the document's news elements.
+enum NewsTile {
+    IMAGE_NEWS_BIG = 0,
+    IMAGE_NEWS_MEDIUM_1 = 1,
+    IMAGE_NEWS_MEDIUM_2 = 2,
+    IMAGE_NEWS_SMALL_1 = 3,
+    IMAGE_NEWS_SMALL_2 = 4,
+    IMAGE_NEWS_SMALL_3 = 5,
+};
+
 // The launcher's main window. Everything the launcher knows lives here; what it creates belongs to
 // it or to the widget that shows it and stays until it closes. Operations stand in the folder of
 // the subsystem that owns them.
@@ -127,6 +137,7 @@ private:
     // install/: download and action buttons
     void downloadClient();
     void updateButtonStates(QString state);
+    bool nothingChosenYet() const;
     void showButtonsForInstalled(bool isInstalled, bool isCurrent);
     void enableActionButtons(bool play, bool updateAndDownload);
     QString askGraphicsEngineFilter();
@@ -156,8 +167,8 @@ private:
     QString urlDiscord;
     QString urlFacebook;
 
-    // info/: logos by server name, deleted by the destructor; the document's fetch, made by
-    // downloadInfo()
+    // info/: logos by server name; the document's fetch, made by downloadInfo(). All are children
+    // of the window.
     QHash<QString, ServerButton *> serverButtons;
     FileDownloader *infoDownloader = nullptr;
 
