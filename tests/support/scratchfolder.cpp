@@ -1,5 +1,6 @@
 #include "support/scratchfolder.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -41,7 +42,10 @@ ScratchFolder::ScratchFolder()
 
 ScratchFolder::~ScratchFolder()
 {
-    QThreadPool::globalInstance()->waitForDone();
+    // The pool ends with the application, where there was one.
+    if (QCoreApplication::instance() != nullptr) {
+        QThreadPool::globalInstance()->waitForDone();
+    }
     QDir::setCurrent(m_previous);
 }
 
