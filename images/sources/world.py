@@ -3,18 +3,52 @@ import math
 from kit import Scene, n
 
 
-def title(s, text, cy, size, fill, glow, op=.8, line="#ffb061"):
-    """A server name on soft dark ground, with a fine line below."""
+def ramp(lo, hi, k=8):
+    """Stops of a soft fade from nothing at lo to white at hi."""
+    return [(lo + (hi - lo) * i / k, "#ffffff", (i / k) ** 2 * (3 - 2 * i / k)) for i in range(k + 1)]
+
+
+def framed(s, scale, mid, cy, side=.3):
+    """Put the scene so far into a soft frame.
+
+    The scene is scaled, its line y = mid comes to cy.  It fades out on all
+    sides; the lowest fifth of the picture stays empty.
+    """
+    masks = []
+    for stops, x2, y2 in ((ramp(.05, side) + ramp(.95, 1 - side)[::-1], 1, 0), (ramp(0, .2) + ramp(.785, .6)[::-1], 0, 1)):
+        g = s.lin(stops, 0, 0, s.w * x2, s.h * y2, user=True)
+        m = s.id()
+        s.defs.append('<mask id="%s" maskUnits="userSpaceOnUse" x="0" y="0" width="%s" height="%s">'
+                      '<rect width="%s" height="%s" fill="%s"/></mask>' % (m, s.w, s.h, s.w, s.h, g))
+        masks.append('<g mask="url(#%s)">' % m)
+    s.out = masks + ['<g transform="translate(%s %s) scale(%s)">' % (
+        n(s.w / 2 * (1 - scale)), n(cy - mid * scale), n(scale))] + s.out + ["</g></g></g>"]
+
+
+def title(s, text, cy, size, fill, glow, line="#ffb061"):
+    """A server name with a fine line below."""
     base = cy + size * .36
-    s.ell(s.w / 2, cy, s.w * .52, size * 1.5, s.soft("#05070d", op))
     b = s.blur(size * .12)
     s.text(text, s.w / 2, base, size, glow, "Black", size * .07, extra='filter="%s" opacity="0.65"' % b)
     w = s.text(text, s.w / 2, base, size, fill, "Black", size * .07,
                extra='stroke="#120a0c" stroke-width="%s" stroke-opacity="0.8" paint-order="stroke"' % n(size * .07))
-    y = base + size * .36
+    y = base + size * .3
     g = s.lin([(0, line, 0), (.5, line, .9), (1, line, 0)], s.w / 2 - w / 2, 0, s.w / 2 + w / 2, 0, user=True)
     s.rect(s.w / 2 - w / 2, y - .8, w, 1.6, g)
     s.poly([(s.w / 2 - 7, y), (s.w / 2, y - 5), (s.w / 2 + 7, y), (s.w / 2, y + 5)], line)
+
+
+def caption_ground(s, strip, lift):
+    """Room for a caption: the scene moves up, the ground below turns near black.
+
+    strip is the share of the height that the caption takes.
+    """
+    dark = "#06060b"
+    s.out = ['<g transform="translate(0 %s)">' % n(-lift)] + s.out + ["</g>"]
+    s.rect(0, s.h - lift - 4, s.w, lift + 4, dark)
+    top = 1 - strip
+    s.rect(0, 0, s.w, s.h, s.lin([(top - .12, dark, 0), (top - .08, dark, .18), (top - .04, dark, .5), (top, dark, .8),
+                                  (top + .04, dark, .92), (top + .1, dark, .96), (1, dark, 1)]))
 
 
 # ------------------------------------------------------------------- logos
@@ -56,7 +90,9 @@ def cinderfall():
     s.glow(320, 300, 210, 70, "#ffb868", .75)
     s.mist(6, 230, 280, 410, 300, 80, 18, "#ffd9a8", .25)
     s.embers(90, 190, 30, 450, 290, .7, 2.4, 1.2)
-    title(s, "CINDERFALL", 158, 62, s.lin([(0, "#fff6e6"), (.55, "#ffd79a"), (1, "#ff9a4d")]), "#ff6a22")
+    s.ell(320, 165, 330, 96, s.soft("#05070d", .72))
+    framed(s, .84, 165, 122)
+    title(s, "CINDERFALL", 122, 74, s.lin([(0, "#fff6e6"), (.55, "#ffd79a"), (1, "#ff9a4d")]), "#ff6a22")
     s.save("demo/Cinderfall")
 
 
@@ -88,7 +124,9 @@ def ashenmoor():
         s.path("M%s %sQ%s %s %s %s" % (n(x), n(y), n(x), n(y - h * .6), n(x + b), n(y - h)), "none",
                'stroke="#0a0d11" stroke-width="%s" stroke-linecap="round"' % n(s.r.uniform(.8, 2)))
     s.embers(26, 0, 110, 640, 290, .7, 1.9, 1, .9)
-    title(s, "ASHENMOOR", 104, 62, s.lin([(0, "#ffffff"), (.6, "#d9dee3"), (1, "#9aa5b0")]), "#0a0d12", .78, "#ffa45a")
+    s.ell(320, 100, 330, 90, s.soft("#05070d", .7))
+    framed(s, .84, 108, 92, .37)
+    title(s, "ASHENMOOR", 92, 71, s.lin([(0, "#ffffff"), (.6, "#d9dee3"), (1, "#9aa5b0")]), "#0a0d12", "#ffa45a")
     s.save("demo/Ashenmoor")
 
 
@@ -127,7 +165,9 @@ def emberreach():
             pts.append((320 + sign * (x + s.r.uniform(-8, 8)), y + s.r.uniform(-5, 5)))
         s.poly(pts, s.lin([(0, "#150f20"), (1, "#0a0a14")]))
     s.embers(60, 60, 20, 580, 290, .7, 2.1, 1, .9)
-    title(s, "EMBERREACH", 84, 60, s.lin([(0, "#fffaf0"), (.55, "#ffe2b0"), (1, "#ffb061")]), "#e2501a", .85, "#ffd08a")
+    s.ell(320, 84, 330, 86, s.soft("#05070d", .75))
+    framed(s, .84, 84, 70)
+    title(s, "EMBERREACH", 70, 74, s.lin([(0, "#fffaf0"), (.55, "#ffe2b0"), (1, "#ffb061")]), "#e2501a", "#ffd08a")
     s.save("demo/Emberreach")
 
 
@@ -398,6 +438,7 @@ def tile_market():
             s.rect(x - 5, y + 29, 10, 3, "#1a1018")
     s.embers(60, 100, 60, 1020, 560, .8, 2.4, 1, .8)
     s.vignette(.55)
+    caption_ground(s, .22, 60)
     s.save("demo/news/tile1")
 
 
@@ -453,6 +494,7 @@ def tile_forge():
     s.rect(0, 296, 552, 20, "#0b080b")
     s.embers(40, 60, 20, 420, 260, .7, 2.2, 1)
     s.vignette(.6)
+    caption_ground(s, .29, 46)
     s.save("demo/news/tile2")
 
 
@@ -499,6 +541,7 @@ def tile_ashstorm():
             s.r.choice(["#e8cdb4", "#b89a86", "#2a1c18", "#ffb868"]), n(s.r.uniform(.1, .55)), n(s.r.uniform(.6, 1.8))))
     s.embers(46, 0, 20, 552, 300, .8, 2.2, 1, .9)
     s.vignette(.5, "#0c0706")
+    caption_ground(s, .29, 56)
     s.save("demo/news/tile3")
 
 
