@@ -31,6 +31,9 @@ bool wouldLieInsideWorkingDirectory(const QString &directory)
 
 bool isFileOfWorkingDirectory(const QString &fileName)
 {
+    if (QFileInfo(fileName).isSymLink()) {
+        return false;
+    }
     const QString folder = QFileInfo(fileName).dir().canonicalPath();
     const QString root = QDir::current().canonicalPath();
     return !root.isEmpty() && (folder == root || isBelow(folder, root));

@@ -11,5 +11,6 @@ bool liesInsideWorkingDirectory(const QString &directory);
 // The same by the path's text alone, for a directory that may not exist yet.
 bool wouldLieInsideWorkingDirectory(const QString &directory);
 
-// Whether the file, existing or not, would lie in the working directory or below it.
+// Whether the file, existing or not, would lie in the working directory or below it. A link does
+// not: what it leads to may lie anywhere.
 bool isFileOfWorkingDirectory(const QString &fileName);

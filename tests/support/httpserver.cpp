@@ -134,6 +134,8 @@ struct HttpServer::Private {
 HttpServer::HttpServer()
     : d(std::make_unique<Private>())
 {
+    // A kept-alive connection holds a thread, and a window opens more than ten.
+    d->server.new_task_queue = [] { return new httplib::ThreadPool(64); };
     d->server.set_pre_routing_handler(
         [this](const httplib::Request &request, httplib::Response &response) {
             d->answer(request, response);

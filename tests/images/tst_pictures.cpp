@@ -1,0 +1,238 @@
+#include "info/serverpanel.h"
+#include "ui_testform.h"
+
+#include <QDirIterator>
+#include <QIcon>
+#include <QImage>
+#include <QImageReader>
+#include <QMainWindow>
+#include <QMap>
+#include <QRegularExpression>
+#include <QTest>
+
+#include <cmath>
+#include <cstdlib>
+
+namespace
+{
+struct Picture {
+    const char *path;
+    QSize place; // design size of where it is shown; one pixel for what nothing shows
+};
+
+const QSize nowhere(1, 1);
+const QSize window(974, 571);
+const QSize actionButton(196, 81);
+
+const Picture pictures[] = {
+    {"bg_new.png", window},
+    {"servers_nobutton_dark.png", window},
+    {"buttonClose.png", {25, 25}},
+    {"buttonFullScreen.png", {10, 8}},
+    {"buttonMinimize.png", {9, 3}},
+    {"newsBig.png", {559, 319}},
+    {"newsMedium1.png", {276, 157}},
+    {"newsMedium2.png", {276, 157}},
+    {"newsSmall1.png", {138, 75}},
+    {"newsSmall2.png", {138, 75}},
+    {"newsSmall3.png", {138, 75}},
+    {"leftArrow.png", {12, 34}},
+    {"rightArrow.png", {12, 34}},
+    {"slideActive.png", {9, 9}},
+    {"slidePassive.png", {9, 9}},
+    {"facebook.png", {40, 40}},
+    {"discord.png", {40, 45}},
+    {"new_buttons/download.png", actionButton},
+    {"new_buttons/download-disabled.png", actionButton},
+    {"new_buttons/download-hover.png", actionButton},
+    {"new_buttons/play.png", actionButton},
+    {"new_buttons/play-disabled.png", actionButton},
+    {"new_buttons/play-hover.png", actionButton},
+    {"new_buttons/update.png", actionButton},
+    {"new_buttons/update-disabled.png", actionButton},
+    {"new_buttons/update-hover.png", actionButton},
+    {"new_buttons/official.png", actionButton},
+    {"new_buttons/official-hover.png", actionButton},
+    {"new_buttons/official-disabled.png", actionButton},
+    {"new_buttons/beta.png", actionButton},
+    {"new_buttons/beta-hover.png", actionButton},
+    {"new_buttons/beta-disabled.png", actionButton},
+    {"facebookHover.png", {40, 40}},
+    {"discordHover.png", {40, 45}},
+    {"newsHome.png", {325, 325}},
+    {"bg.png", nowhere},
+    {"box.png", nowhere},
+    {"buttonEmpty.png", nowhere},
+    {"panel_content.png", nowhere},
+    {"window_headless.png", nowhere},
+    {"Beta.png", nowhere},
+};
+
+QString resource(const char *path)
+{
+    return QStringLiteral(":/images/") + QLatin1String(path);
+}
+
+// Every picture that the sheet names, commented-out ones included.
+QStringList picturesNamedIn(const QString &styleSheet)
+{
+    static const QRegularExpression url(QStringLiteral("url\\(\\s*\"?([^\")]*)\"?\\s*\\)"));
+    QStringList paths;
+    for (auto match = url.globalMatch(styleSheet); match.hasNext();) {
+        paths << match.next().captured(1);
+    }
+    return paths;
+}
+
+QMap<QString, QString> styleSheets()
+{
+    QMainWindow form;
+    Ui::testform ui;
+    ui.setupUi(&form);
+    QMap<QString, QString> sheets;
+    const auto widgets = form.findChildren<QWidget *>();
+    for (const QWidget *widget : widgets) {
+        sheets[widget->objectName()] = widget->styleSheet();
+    }
+    sheets[QStringLiteral("the live official button")] = ServerPanel::officialStyleSheet();
+    sheets[QStringLiteral("the live beta button")] = ServerPanel::betaStyleSheet();
+    return sheets;
+}
+} // namespace
+
+// The pictures, as a program finds them that links the launcher and calls nothing for them.
+class TestPictures : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void picture_data();
+    void picture();
+    void proportions_data();
+    void proportions();
+    void bundleHoldsNothingElse();
+    void iconHasAllSizes_data();
+    void iconHasAllSizes();
+    void sheetNamesExistingPictures_data();
+    void sheetNamesExistingPictures();
+    void sheetsNameWhatTheFormShows();
+};
+
+void TestPictures::picture_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QSize>("place");
+    for (const Picture &row : pictures) {
+        QTest::newRow(row.path) << resource(row.path) << row.place;
+    }
+}
+
+void TestPictures::picture()
+{
+    QFETCH(QString, path);
+    QFETCH(QSize, place);
+    QImageReader reader(path);
+    QCOMPARE(reader.format(), QByteArray("png"));
+    const QImage image = reader.read();
+    QVERIFY2(!image.isNull(), qPrintable(reader.errorString()));
+    QVERIFY2(image.width() >= place.width() && image.height() >= place.height(),
+             qPrintable(QStringLiteral("%1 x %2").arg(image.width()).arg(image.height())));
+}
+
+void TestPictures::proportions_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QSize>("place");
+    for (const Picture &row : pictures) {
+        if (row.place != nowhere) {
+            QTest::newRow(row.path) << resource(row.path) << row.place;
+        }
+    }
+}
+
+// A picture is stretched over its place; it must not be seen to be.
+void TestPictures::proportions()
+{
+    QFETCH(QString, path);
+    QFETCH(QSize, place);
+    const QSize size = QImageReader(path).size();
+    const double stretch =
+        (double(size.width()) / size.height()) / (double(place.width()) / place.height());
+    QVERIFY2(std::abs(stretch - 1) < 0.02, qPrintable(QString::number(stretch)));
+}
+
+void TestPictures::bundleHoldsNothingElse()
+{
+    QStringList expected;
+    for (const Picture &row : pictures) {
+        expected << resource(row.path);
+    }
+    QStringList found;
+    QDirIterator files(QStringLiteral(":/images"), QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        found << files.next();
+    }
+    expected.sort();
+    found.sort();
+    QCOMPARE(found, expected);
+}
+
+void TestPictures::iconHasAllSizes_data()
+{
+    QTest::addColumn<int>("side");
+    for (const int side : {16, 24, 32, 48, 64, 128, 256}) {
+        QTest::addRow("%d pixels", side) << side;
+    }
+}
+
+void TestPictures::iconHasAllSizes()
+{
+    QFETCH(int, side);
+    const QSize size(side, side);
+    const QIcon icon(QStringLiteral(":/clienticon.ico"));
+    QVERIFY(icon.availableSizes().contains(size));
+    const QImage image = icon.pixmap(size).toImage();
+    QCOMPARE(image.size(), size);
+    QVERIFY(image.hasAlphaChannel());
+    QVERIFY(qAlpha(image.pixel(side / 2, side / 2)) > 0);
+}
+
+void TestPictures::sheetNamesExistingPictures_data()
+{
+    QTest::addColumn<QString>("path");
+    const QMap<QString, QString> sheets = styleSheets();
+    for (auto sheet = sheets.cbegin(); sheet != sheets.cend(); ++sheet) {
+        const QStringList named = picturesNamedIn(sheet.value());
+        for (const QString &path : named) {
+            QTest::addRow("%s shows %s", qPrintable(sheet.key()), qPrintable(path)) << path;
+        }
+    }
+}
+
+void TestPictures::sheetNamesExistingPictures()
+{
+    QFETCH(QString, path);
+    QImageReader reader(path);
+    QVERIFY2(!reader.read().isNull(), qPrintable(reader.errorString()));
+}
+
+// Guards the walk over the sheets: one that finds nothing would pass.
+void TestPictures::sheetsNameWhatTheFormShows()
+{
+    QSet<QString> named;
+    const QMap<QString, QString> sheets = styleSheets();
+    for (const QString &sheet : sheets) {
+        const QStringList paths = picturesNamedIn(sheet);
+        named += QSet<QString>(paths.begin(), paths.end());
+    }
+    for (const Picture &row : pictures) {
+        const QByteArray path(row.path);
+        const bool isShown = row.place != nowhere && path != "newsHome.png" &&
+                             path != "new_buttons/official-disabled.png" &&
+                             path != "new_buttons/beta-disabled.png";
+        QVERIFY2(!isShown || named.contains(resource(row.path)), row.path);
+    }
+}
+
+QTEST_MAIN(TestPictures)
+#include "tst_pictures.moc"
