@@ -134,7 +134,9 @@ struct HttpServer::Private {
 HttpServer::HttpServer()
     : d(std::make_unique<Private>())
 {
-    // A kept-alive connection holds a thread, and a window opens more than ten.
+    // An answer without a length ends with its connection.
+    d->server.set_keep_alive_max_count(1);
+    // A held answer holds a thread, and a window asks for more than ten things at once.
     d->server.new_task_queue = [] { return new httplib::ThreadPool(64); };
     d->server.set_pre_routing_handler(
         [this](const httplib::Request &request, httplib::Response &response) {

@@ -1,0 +1,204 @@
+#include "info/filedownloader.h"
+#include "support/httpserver.h"
+#include "support/testsettings.h"
+
+#include <QNetworkReply>
+#include <QPointer>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace
+{
+constexpr int limit = 10000;
+
+// Turns the event loop through one whole fetch: enough for a second signal to show, were there one.
+bool oneMoreFetch(HttpServer &server)
+{
+    server.serve(QStringLiteral("another"), "x");
+    FileDownloader another(QUrl(server.url(QStringLiteral("another"))));
+    QSignalSpy spy(&another, &FileDownloader::downloaded);
+    return spy.wait(limit);
+}
+} // namespace
+
+// The fetch of one small resource: one GET, one signal, whatever comes back.
+class TestFileDownloader : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void bodyArrives_data();
+    void bodyArrives();
+    void unreachable_data();
+    void unreachable();
+    void redirectIsNotFollowed();
+    void droppedConnectionKeepsWhatCame();
+    void nothingIsThereBeforeTheEnd();
+    void twoRunIndependentlyAndEndInTheirOwnOrder();
+    void replyIsDeletedAfterTheSignal();
+    void goesWithItsParentInMidFetch();
+};
+
+void TestFileDownloader::bodyArrives_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<int>("status");
+    QTest::newRow("a text") << QByteArray("<launcher/>") << 200;
+    QTest::newRow("an empty body") << QByteArray() << 200;
+    QTest::newRow("bytes of every value, NUL among them")
+        << QByteArray("\0\x01\xFF\r\n\0", 6) << 200;
+    QTest::newRow("a megabyte") << QByteArray(1024 * 1024, 'e') << 200;
+    QTest::newRow("not found, with a page") << QByteArray("<html>gone</html>") << 404;
+    QTest::newRow("not found, without a page") << QByteArray() << 404;
+    QTest::newRow("server error, with a page") << QByteArray("oops") << 500;
+    QTest::newRow("access refused, with a page") << QByteArray("no") << 403;
+}
+
+void TestFileDownloader::bodyArrives()
+{
+    QFETCH(QByteArray, body);
+    QFETCH(int, status);
+    HttpServer server;
+    const QString path = QStringLiteral("document");
+    server.serve(path, body, status);
+    FileDownloader downloader(QUrl(server.url(path)));
+    QSignalSpy spy(&downloader, &FileDownloader::downloaded);
+    QVERIFY(spy.wait(limit));
+    QCOMPARE(downloader.downloadedData(), body);
+
+    QVERIFY(oneMoreFetch(server));
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(server.requests(path), 1);
+    // The body stays.
+    QCOMPARE(downloader.downloadedData(), body);
+}
+
+void TestFileDownloader::unreachable_data()
+{
+    QTest::addColumn<QString>("url");
+    QTest::newRow("a refused connection") << QString::fromLatin1(TestSettings::nobodyListens);
+    QTest::newRow("an empty address") << QString();
+    QTest::newRow("an unknown scheme") << QStringLiteral("emberwake://nowhere/launcher.xml");
+    QTest::newRow("an address without a host") << QStringLiteral("http:///launcher.xml");
+    QTest::newRow("a relative address") << QStringLiteral("launcher.xml");
+}
+
+void TestFileDownloader::unreachable()
+{
+    QFETCH(QString, url);
+    FileDownloader downloader{QUrl(url)};
+    QSignalSpy spy(&downloader, &FileDownloader::downloaded);
+    QCOMPARE(spy.count(), 0);
+    QVERIFY(spy.wait(limit));
+    QCOMPARE(downloader.downloadedData(), QByteArray());
+
+    HttpServer server;
+    QVERIFY(oneMoreFetch(server));
+    QCOMPARE(spy.count(), 1);
+}
+
+void TestFileDownloader::redirectIsNotFollowed()
+{
+    HttpServer server;
+    server.serve(QStringLiteral("target"), "the target");
+    server.redirect(QStringLiteral("moved"), server.url(QStringLiteral("target")), "moved away");
+    FileDownloader downloader(QUrl(server.url(QStringLiteral("moved"))));
+    QSignalSpy spy(&downloader, &FileDownloader::downloaded);
+    QVERIFY(spy.wait(limit));
+    QCOMPARE(downloader.downloadedData(), QByteArray("moved away"));
+
+    QVERIFY(oneMoreFetch(server));
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(server.requests(QStringLiteral("target")), 0);
+}
+
+void TestFileDownloader::droppedConnectionKeepsWhatCame()
+{
+    HttpServer server;
+    const QByteArray body = QByteArray("0123456789").repeated(1000);
+    server.serveCut(QStringLiteral("cut"), body, 4000);
+    FileDownloader downloader(QUrl(server.url(QStringLiteral("cut"))));
+    QSignalSpy spy(&downloader, &FileDownloader::downloaded);
+    QVERIFY(spy.wait(limit));
+    QCOMPARE(downloader.downloadedData(), body.left(4000));
+
+    QVERIFY(oneMoreFetch(server));
+    QCOMPARE(spy.count(), 1);
+}
+
+void TestFileDownloader::nothingIsThereBeforeTheEnd()
+{
+    HttpServer server;
+    server.serveHeld(QStringLiteral("slow"), "first half, second half", 10);
+    FileDownloader downloader(QUrl(server.url(QStringLiteral("slow"))));
+    QSignalSpy spy(&downloader, &FileDownloader::downloaded);
+    QCOMPARE(downloader.downloadedData(), QByteArray());
+
+    // Half of it has arrived, and still nothing is there.
+    const auto *reply = downloader.m_WebCtrl.findChild<QNetworkReply *>();
+    QVERIFY(reply != nullptr);
+    QTRY_COMPARE_WITH_TIMEOUT(reply->bytesAvailable(), qint64(10), limit);
+    QCOMPARE(downloader.downloadedData(), QByteArray());
+    QCOMPARE(spy.count(), 0);
+
+    server.release(QStringLiteral("slow"));
+    QVERIFY(spy.wait(limit));
+    QCOMPARE(downloader.downloadedData(), QByteArray("first half, second half"));
+}
+
+void TestFileDownloader::twoRunIndependentlyAndEndInTheirOwnOrder()
+{
+    HttpServer server;
+    server.serveHeld(QStringLiteral("slow"), "the first");
+    server.serve(QStringLiteral("quick"), "the second");
+    FileDownloader first(QUrl(server.url(QStringLiteral("slow"))));
+    FileDownloader second(QUrl(server.url(QStringLiteral("quick"))));
+    QStringList order;
+    connect(&first, &FileDownloader::downloaded, this,
+            [&order] { order << QStringLiteral("first"); });
+    connect(&second, &FileDownloader::downloaded, this,
+            [&order] { order << QStringLiteral("second"); });
+
+    QTRY_COMPARE_WITH_TIMEOUT(order, QStringList{QStringLiteral("second")}, limit);
+    QCOMPARE(second.downloadedData(), QByteArray("the second"));
+    QCOMPARE(first.downloadedData(), QByteArray());
+
+    server.release(QStringLiteral("slow"));
+    QTRY_COMPARE_WITH_TIMEOUT(
+        order, (QStringList{QStringLiteral("second"), QStringLiteral("first")}), limit);
+    QCOMPARE(first.downloadedData(), QByteArray("the first"));
+    QCOMPARE(second.downloadedData(), QByteArray("the second"));
+}
+
+void TestFileDownloader::replyIsDeletedAfterTheSignal()
+{
+    HttpServer server;
+    server.serve(QStringLiteral("document"), "text");
+    FileDownloader downloader(QUrl(server.url(QStringLiteral("document"))));
+    const QPointer<QNetworkReply> reply = downloader.m_WebCtrl.findChild<QNetworkReply *>();
+    QVERIFY(!reply.isNull());
+    bool thereDuringTheSignal = false;
+    connect(&downloader, &FileDownloader::downloaded, this,
+            [&] { thereDuringTheSignal = !reply.isNull(); });
+    QTRY_VERIFY_WITH_TIMEOUT(reply.isNull(), limit);
+    QVERIFY(thereDuringTheSignal);
+}
+
+void TestFileDownloader::goesWithItsParentInMidFetch()
+{
+    HttpServer server;
+    server.serveHeld(QStringLiteral("slow"), "late");
+    int signalCount = 0;
+    {
+        QObject parent;
+        auto *downloader = new FileDownloader(QUrl(server.url(QStringLiteral("slow"))), &parent);
+        connect(downloader, &FileDownloader::downloaded, this, [&signalCount] { ++signalCount; });
+        QTRY_COMPARE_WITH_TIMEOUT(server.requests(QStringLiteral("slow")), 1, limit);
+    }
+    server.release(QStringLiteral("slow"));
+    QVERIFY(oneMoreFetch(server));
+    QCOMPARE(signalCount, 0);
+}
+
+QTEST_GUILESS_MAIN(TestFileDownloader)
+#include "tst_filedownloader.moc"
