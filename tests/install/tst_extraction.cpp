@@ -1,0 +1,420 @@
+#include "support/archives.h"
+#include "support/consolecapture.h"
+#include "support/scratchfolder.h"
+#include "window/testform.h"
+
+#include <QChildEvent>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTest>
+
+#include <stdexcept>
+
+namespace
+{
+QString text(const char *utf8)
+{
+    return QString::fromUtf8(utf8);
+}
+
+const char recordArguments[] = "printf '%s\\n' \"$#\" \"$@\" > arguments.txt";
+
+// Refuses every child by an exception.
+class RefusingParent : public QObject
+{
+public:
+    // The child that never came to be is still listed.
+    ~RefusingParent() override { const_cast<QObjectList &>(children()).clear(); }
+
+protected:
+    void childEvent(QChildEvent *event) override
+    {
+        if (event->added()) {
+            throw std::runtime_error("no room for \xC3\xA4 child");
+        }
+    }
+};
+} // namespace
+
+// Unpacking with the external extractor: how it is called, and that nothing it does is noticed.
+class TestExtraction : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void arguments_data();
+    void arguments();
+    void runsInTheWorkingDirectory();
+    void waitsUntilTheExtractorHasEnded();
+    void folderIsMadeFirst_data();
+    void folderIsMadeFirst();
+    void folderThatCannotBeMade();
+
+    void unpacks();
+    void unpacksWithoutParent();
+    void encryptedArchive_data();
+    void encryptedArchive();
+    void noArchive_data();
+    void noArchive();
+
+    void processBelongsToTheParent();
+    void processWithoutParent();
+
+    void extractorThatDoesNotStart_data();
+    void extractorThatDoesNotStart();
+    void extractorThatFails_data();
+    void extractorThatFails();
+    void extractorThatTalks();
+    void extractorThatReads();
+    void extractorThatAsksBeforeReplacing();
+    void extractorHasNoTerminal();
+    void exceptionIsPrinted();
+};
+
+void TestExtraction::arguments_data()
+{
+    QTest::addColumn<QString>("password");
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("folder");
+    QTest::addColumn<QString>("recorded");
+    QTest::newRow("without a password") << QString() << text("client.zip") << text("A/B/1.0")
+                                        << text("3\nclient.zip\n-d\nA/B/1.0\n");
+    QTest::newRow("with a password") << text("sesame") << text("client.zip") << text("A/B/1.0")
+                                     << text("5\n-P\nsesame\nclient.zip\n-d\nA/B/1.0\n");
+    QTest::newRow("blanks everywhere")
+        << text("two words") << text("my client.zip") << text("A B/C D/1.0")
+        << text("5\n-P\ntwo words\nmy client.zip\n-d\nA B/C D/1.0\n");
+    QTest::newRow("what a shell would take apart")
+        << text("$HOME \"'*") << text("a;b.zip") << text("A/&/1.0")
+        << text("5\n-P\n$HOME \"'*\na;b.zip\n-d\nA/&/1.0\n");
+    QTest::newRow("letters beyond Latin-1")
+        << text("\xD0\xBA\xD0\xBE\xD0\xB4") << text("\xD0\xB8.zip") << text("A/\xD0\x91/1.0")
+        << text("5\n-P\n\xD0\xBA\xD0\xBE\xD0\xB4\n\xD0\xB8.zip\n-d\nA/\xD0\x91/1.0\n");
+}
+
+void TestExtraction::arguments()
+{
+    QFETCH(QString, password);
+    QFETCH(QString, file);
+    QFETCH(QString, folder);
+    QFETCH(QString, recorded);
+    const ScratchFolder scratch;
+    Archives::provideExtractorScript(recordArguments);
+    QVERIFY(testform::unzip2Folder(file, folder, nullptr, password));
+    QCOMPARE(QString::fromUtf8(ScratchFolder::read(text("arguments.txt"))), recorded);
+}
+
+void TestExtraction::runsInTheWorkingDirectory()
+{
+    const ScratchFolder scratch;
+    Archives::provideExtractorScript("pwd > where.txt; echo \"$0\" >> where.txt");
+    QVERIFY(testform::unzip2Folder(text("a.zip"), text("out")));
+    QCOMPARE(QString::fromUtf8(ScratchFolder::read(text("where.txt"))),
+             scratch.path() + text("\n./unzip.exe\n"));
+}
+
+void TestExtraction::waitsUntilTheExtractorHasEnded()
+{
+    const ScratchFolder scratch;
+    Archives::provideExtractorScript("sleep 0.3; echo end > end.txt");
+    QVERIFY(testform::unzip2Folder(text("a.zip"), text("out")));
+    QVERIFY(QFile::exists(text("end.txt")));
+}
+
+void TestExtraction::folderIsMadeFirst_data()
+{
+    QTest::addColumn<QString>("existing");
+    QTest::addColumn<bool>("absolute");
+    QTest::newRow("all levels are missing") << QString() << false;
+    QTest::newRow("all levels of an absolute way are missing") << QString() << true;
+    QTest::newRow("the last level is missing") << text("A/B") << false;
+    QTest::newRow("it is there already") << text("A/B/1.0") << false;
+}
+
+void TestExtraction::folderIsMadeFirst()
+{
+    QFETCH(QString, existing);
+    QFETCH(bool, absolute);
+    const ScratchFolder scratch;
+    if (!existing.isEmpty()) {
+        ScratchFolder::makeFolder(existing);
+    }
+    Archives::provideExtractorScript("[ -d A/B/1.0 ] && echo there > seen.txt");
+    const QString folder = text("A/B/1.0");
+    QVERIFY(testform::unzip2Folder(text("a.zip"),
+                                   absolute ? QDir::current().absoluteFilePath(folder) : folder));
+    QCOMPARE(ScratchFolder::read(text("seen.txt")), QByteArray("there\n"));
+    QVERIFY(QFileInfo(folder).isDir());
+}
+
+void TestExtraction::folderThatCannotBeMade()
+{
+    const ScratchFolder scratch;
+    ScratchFolder::write(text("A"), "a file");
+    Archives::provideExtractorScript(recordArguments);
+    QVERIFY(testform::unzip2Folder(text("a.zip"), text("A/B")));
+    // The extractor runs all the same.
+    QCOMPARE(ScratchFolder::read(text("arguments.txt")), QByteArray("3\na.zip\n-d\nA/B\n"));
+    QCOMPARE(ScratchFolder::read(text("A")), QByteArray("a file"));
+}
+
+void TestExtraction::unpacks()
+{
+    const ScratchFolder scratch;
+    Archives::provideExtractor();
+    ScratchFolder::write(text("my client.zip"), Archives::zip({{text("game.exe"), "game"},
+                                                               {text("data/map.bin"), "map"}}));
+    QObject parent;
+    QVERIFY(testform::unzip2Folder(text("my client.zip"), text("Al pha/Official/1.0"), &parent));
+    QCOMPARE(ScratchFolder::read(text("Al pha/Official/1.0/game.exe")), QByteArray("game"));
+    QCOMPARE(ScratchFolder::read(text("Al pha/Official/1.0/data/map.bin")), QByteArray("map"));
+    QVERIFY(QFile::exists(text("my client.zip")));
+}
+
+void TestExtraction::unpacksWithoutParent()
+{
+    const ScratchFolder scratch;
+    Archives::provideExtractor();
+    ScratchFolder::write(text("a.zip"), Archives::zip({{text("game.exe"), "game"}}));
+    QVERIFY(testform::unzip2Folder(text("a.zip"), text("out")));
+    QCOMPARE(ScratchFolder::read(text("out/game.exe")), QByteArray("game"));
+}
+
+void TestExtraction::encryptedArchive_data()
+{
+    QTest::addColumn<QString>("password");
+    QTest::addColumn<QByteArray>("game");
+    QTest::newRow("with the right password") << text("open sesame") << QByteArray("game");
+    QTest::newRow("with a wrong password") << text("open barley") << QByteArray();
+    QTest::newRow("without a password") << QString() << QByteArray();
+}
+
+void TestExtraction::encryptedArchive()
+{
+    QFETCH(QString, password);
+    QFETCH(QByteArray, game);
+    const ScratchFolder scratch;
+    Archives::provideExtractor();
+    ScratchFolder::write(text("a.zip"),
+                         Archives::zip({{text("game.exe"), "game"}}, text("open sesame")));
+    QVERIFY(testform::unzip2Folder(text("a.zip"), text("out"), nullptr, password));
+    QCOMPARE(ScratchFolder::read(text("out/game.exe")), game);
+    QVERIFY(QFileInfo(text("out")).isDir());
+}
+
+void TestExtraction::noArchive_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("a page of text") << QByteArray("<html>not found</html>");
+    QTest::newRow("an empty file") << QByteArray("");
+    QTest::newRow("bytes of zero") << QByteArray(5000, '\0');
+    QTest::newRow("an archive cut in the middle")
+        << Archives::zip({{text("game.exe"), QByteArray(3000, 'g')}}).left(120);
+    QTest::newRow("no file at all") << QByteArray();
+}
+
+void TestExtraction::noArchive()
+{
+    QFETCH(QByteArray, content);
+    const ScratchFolder scratch;
+    Archives::provideExtractor();
+    if (!content.isNull()) {
+        ScratchFolder::write(text("a.zip"), content);
+    }
+    QByteArray printed;
+    bool result = false;
+    {
+        ConsoleCapture console;
+        result = testform::unzip2Folder(text("a.zip"), text("A/1.0"));
+        printed = console.out() + console.err();
+    }
+    QCOMPARE(result, true);
+    QCOMPARE(printed, QByteArray());
+    QVERIFY(QFileInfo(text("A/1.0")).isDir());
+    QVERIFY(QDir(text("A/1.0")).isEmpty());
+    QCOMPARE(QFile::exists(text("a.zip")), !content.isNull());
+}
+
+void TestExtraction::processBelongsToTheParent()
+{
+    const ScratchFolder scratch;
+    Archives::provideExtractorScript("exit 3");
+    QObject parent;
+    QVERIFY(testform::unzip2Folder(text("a.zip"), text("out"), &parent, text("sesame")));
+    QVERIFY(testform::unzip2Folder(text("b.zip"), text("out"), &parent));
+    // Kept as long as the parent lives.
+    const QList<QProcess *> processes =
+        parent.findChildren<QProcess *>(QString(), Qt::FindDirectChildrenOnly);
+    QCOMPARE(processes.size(), 2);
+    QCOMPARE(processes.at(0)->program(), text("./unzip.exe"));
+    QCOMPARE(processes.at(0)->arguments(),
+             (QStringList{text("-P"), text("sesame"), text("a.zip"), text("-d"), text("out")}));
+    QCOMPARE(processes.at(1)->arguments(), (QStringList{text("b.zip"), text("-d"), text("out")}));
+    QCOMPARE(processes.at(0)->state(), QProcess::NotRunning);
+    QCOMPARE(processes.at(0)->exitCode(), 3);
+}
+
+void TestExtraction::processWithoutParent()
+{
+    const ScratchFolder scratch;
+    Archives::provideExtractorScript(recordArguments);
+    QVERIFY(testform::unzip2Folder(text("a.zip"), text("out"), nullptr));
+    QVERIFY(QFile::exists(text("arguments.txt")));
+    QCOMPARE(QCoreApplication::instance()->findChildren<QProcess *>().size(), 0);
+}
+
+void TestExtraction::extractorThatDoesNotStart_data()
+{
+    QTest::addColumn<QString>("how");
+    QTest::newRow("it is missing") << text("missing");
+    QTest::newRow("it is not executable") << text("plain file");
+    QTest::newRow("it is a folder") << text("folder");
+    QTest::newRow("it is no program") << text("no program");
+    QTest::newRow("its interpreter is missing") << text("no interpreter");
+    QTest::newRow("only the search path has one") << text("missing");
+}
+
+void TestExtraction::extractorThatDoesNotStart()
+{
+    QFETCH(QString, how);
+    const ScratchFolder scratch;
+    const QString extractor = text("unzip.exe");
+    if (how == text("plain file")) {
+        ScratchFolder::write(extractor, "#!/bin/sh\necho > ran.txt\n");
+        QVERIFY(QFile::setPermissions(extractor, QFile::ReadOwner | QFile::WriteOwner));
+    } else if (how == text("folder")) {
+        ScratchFolder::makeFolder(extractor);
+    } else if (how == text("no program")) {
+        ScratchFolder::write(extractor, QByteArray(100, '\0'));
+        QVERIFY(QFile::setPermissions(extractor, QFile::ReadOwner | QFile::ExeOwner));
+    } else if (how == text("no interpreter")) {
+        ScratchFolder::write(extractor, "#!/missing/interpreter\necho > ran.txt\n");
+        QVERIFY(QFile::setPermissions(extractor, QFile::ReadOwner | QFile::ExeOwner));
+    }
+    ScratchFolder::write(text("a.zip"), Archives::zip({{text("game.exe"), "game"}}));
+    QObject parent;
+    QByteArray printed;
+    bool result = false;
+    {
+        ConsoleCapture console;
+        result = testform::unzip2Folder(text("a.zip"), text("A/1.0"), &parent);
+        printed = console.out() + console.err();
+    }
+    QCOMPARE(result, true);
+    QCOMPARE(printed, QByteArray());
+    QVERIFY(QDir(text("A/1.0")).exists());
+    QVERIFY(QDir(text("A/1.0")).isEmpty());
+    QVERIFY(!QFile::exists(text("ran.txt")));
+    QCOMPARE(parent.findChildren<QProcess *>().size(), 1);
+    QCOMPARE(parent.findChild<QProcess *>()->error(), QProcess::FailedToStart);
+}
+
+void TestExtraction::extractorThatFails_data()
+{
+    QTest::addColumn<QByteArray>("script");
+    QTest::addColumn<int>("status");
+    QTest::newRow("it ends with an error") << QByteArray("echo broken >&2; exit 9") << 0;
+    QTest::newRow("it is killed") << QByteArray("kill -9 $$") << 1;
+    QTest::newRow("it crashes") << QByteArray("kill -SEGV $$") << 1;
+}
+
+void TestExtraction::extractorThatFails()
+{
+    QFETCH(QByteArray, script);
+    QFETCH(int, status);
+    const ScratchFolder scratch;
+    Archives::provideExtractorScript("echo > ran.txt; " + script);
+    QObject parent;
+    QByteArray printed;
+    bool result = false;
+    {
+        ConsoleCapture console;
+        result = testform::unzip2Folder(text("a.zip"), text("A/1.0"), &parent);
+        printed = console.out() + console.err();
+    }
+    QCOMPARE(result, true);
+    QCOMPARE(printed, QByteArray());
+    QVERIFY(QFile::exists(text("ran.txt")));
+    QCOMPARE(static_cast<int>(parent.findChild<QProcess *>()->exitStatus()), status);
+}
+
+// More than a pipe holds, so that it would block if nobody read.
+void TestExtraction::extractorThatTalks()
+{
+    const ScratchFolder scratch;
+    Archives::provideExtractorScript("head -c 3000000 /dev/zero; head -c 3000000 /dev/zero >&2; "
+                                     "echo end > end.txt");
+    QByteArray printed;
+    {
+        ConsoleCapture console;
+        QVERIFY(testform::unzip2Folder(text("a.zip"), text("out")));
+        printed = console.out() + console.err();
+    }
+    QVERIFY(QFile::exists(text("end.txt")));
+    QCOMPARE(printed, QByteArray());
+}
+
+// Without an end of its input the extractor would be stopped after ten seconds, with status 124.
+void TestExtraction::extractorThatReads()
+{
+    const ScratchFolder scratch;
+    Archives::provideExtractorScript("timeout 10 cat > answer.txt; echo $? > status.txt");
+    QVERIFY(testform::unzip2Folder(text("a.zip"), text("out")));
+    QCOMPARE(ScratchFolder::read(text("status.txt")), QByteArray("0\n"));
+    QCOMPARE(ScratchFolder::read(text("answer.txt")), QByteArray());
+}
+
+// The real one asks for every file that is there already; without an answer it replaces none.
+void TestExtraction::extractorThatAsksBeforeReplacing()
+{
+    const ScratchFolder scratch;
+    Archives::provideExtractorScript("timeout 10 unzip \"$@\"; echo $? > status.txt");
+    ScratchFolder::write(text("a.zip"),
+                         Archives::zip({{text("game.exe"), "new"}, {text("other.txt"), "new"}}));
+    ScratchFolder::write(text("out/game.exe"), "old");
+    QObject parent;
+    QVERIFY(testform::unzip2Folder(text("a.zip"), text("out"), &parent));
+    QVERIFY(ScratchFolder::read(text("status.txt")) != QByteArray("124\n"));
+    auto *process = parent.findChild<QProcess *>();
+    QVERIFY(process != nullptr);
+    QVERIFY((process->readAllStandardOutput() + process->readAllStandardError())
+                .contains("replace out/game.exe?"));
+    QCOMPARE(ScratchFolder::read(text("out/game.exe")), QByteArray("old"));
+}
+
+// One that asks for a password opens the terminal of its session, past its closed input. The leader
+// of a new session has none; the sixth field tells the session.
+void TestExtraction::extractorHasNoTerminal()
+{
+    const ScratchFolder scratch;
+    Archives::provideExtractorScript(
+        "echo $$ > leader.txt; cut -d' ' -f6 /proc/$$/stat > session.txt");
+    QVERIFY(testform::unzip2Folder(text("a.zip"), text("out")));
+    QVERIFY(!ScratchFolder::read(text("leader.txt")).isEmpty());
+    QCOMPARE(ScratchFolder::read(text("session.txt")), ScratchFolder::read(text("leader.txt")));
+}
+
+void TestExtraction::exceptionIsPrinted()
+{
+    const ScratchFolder scratch;
+    Archives::provideExtractorScript("echo > ran.txt");
+    RefusingParent parent;
+    QByteArray out;
+    QByteArray err;
+    bool result = false;
+    {
+        ConsoleCapture console;
+        result = testform::unzip2Folder(text("a.zip"), text("out"), &parent);
+        out = console.out();
+        err = console.err();
+    }
+    QCOMPARE(result, true);
+    QCOMPARE(err, QByteArray("no room for \xC3\xA4 child\n"));
+    QCOMPARE(out, QByteArray());
+    QVERIFY(!QFile::exists(text("ran.txt")));
+}
+
+QTEST_MAIN(TestExtraction)
+#include "tst_extraction.moc"
