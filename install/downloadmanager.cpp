@@ -86,7 +86,8 @@ void DownloadManager::startNextDownload()
     const QUrl url = downloadQueue.dequeue();
     filename = saveFileName(url);
     output.setFileName(filename);
-    if (!output.open(QIODevice::WriteOnly)) {
+    // Unbuffered: a block is on its way to the disk when its write returns, and errors show there.
+    if (!output.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         Console::error(QStringLiteral("Problem opening save file '%1' for download '%2': %3\n")
                            .arg(filename, encoded(url), output.errorString()));
         startNextDownload();
@@ -134,11 +135,23 @@ bool DownloadManager::takeReceivedBytes()
         if (count <= 0) {
             return true;
         }
-        if (output.write(block.data(), count) != count) {
-            writeError = output.errorString();
-        }
+        writeBlock(block.data(), count);
     }
     return false;
+}
+
+void DownloadManager::writeBlock(const char *data, qint64 size)
+{
+    // A disk that fills up takes a part first; only the attempt after that names the reason.
+    while (size > 0) {
+        const qint64 written = output.write(data, size);
+        if (written <= 0) {
+            writeError = output.errorString();
+            return;
+        }
+        data += written;
+        size -= written;
+    }
 }
 
 void DownloadManager::downloadFinished()
@@ -147,9 +160,7 @@ void DownloadManager::downloadFinished()
     // after the end.
     currentDownload->disconnect(this);
     // The limited buffer may still hold the end of the archive.
-    if (takeReceivedBytes() && !output.flush()) {
-        writeError = output.errorString();
-    }
+    (void)takeReceivedBytes();
     progressBar.clear();
     output.close();
 

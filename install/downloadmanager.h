@@ -50,6 +50,7 @@ private slots:
 
 private:
     bool takeReceivedBytes();
+    void writeBlock(const char *data, qint64 size);
     void install();
 
     QNetworkAccessManager manager;
