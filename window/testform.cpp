@@ -26,6 +26,8 @@ testform::testform(QWidget *parent)
     setMenuState(0);
     setSlideState(0);
     downloadInfo();
+    watchButtons();
+    recordDesignGeometry();
     setWindowFlags(Qt::FramelessWindowHint);
 }
 

@@ -53,6 +53,13 @@ public:
     static bool unzip2Folder(QString file, QString folder, QObject *parent = nullptr,
                              QString password = {});
 
+    // Scales the window and all its widgets to this size in pixels, or, when one of them is 0, to
+    // the size the window has; the window ends in the design's proportions.
+    void customResize(int w = 0, int h = 0);
+
+    // Hover and press feedback; never consumes an event.
+    bool eventFilter(QObject *obj, QEvent *event) override;
+
     // Constants of the class; empty (0) until the first window assigns them.
     static QString DIR_OFFLINE;
     static QString DIR_SETTINGS;
@@ -96,6 +103,15 @@ protected:
     // info/: key F12
     bool event(QEvent *event) override;
 
+    // window/: chrome
+    bool nativeEvent(const QByteArray &eventType, void *message, long *result) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+
 private:
     class DocumentApplier;
 
@@ -103,7 +119,15 @@ private:
     void assignConstants();
     void fillWidgetArrays();
     void resetDownloadDisplay();
+    void watchButtons();
+    void recordDesignGeometry();
     void quitWithSettings();
+
+    // window/: scaling
+    void prepWidgets(QWidget *widget);
+    void scaleWidget(QWidget *widget, float ratio);
+    void scaleNewsPicture(QLabel *label, QSize size);
+    const News *newsItemOf(const QLabel *label) const;
 
     // info/: launcher document
     void downloadInfo();

@@ -1,10 +1,25 @@
 #!/usr/bin/env bash
-# Runs a command on a virtual display of its own, and takes the display down afterwards.
+# Runs a command on a virtual display of its own, and takes the display down afterwards:
+# with-display.sh [--window-manager] COMMAND...
 set -euo pipefail
+window_manager=
+if [[ $1 == --window-manager ]]; then
+  window_manager=openbox
+  shift
+fi
+manager=
 scratch=$(mktemp -d)
 Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp 3>"$scratch/display" 2>"$scratch/log" &
 server=$!
-trap 'kill "$server" 2>/dev/null || true; wait "$server" 2>/dev/null || true; rm -rf "$scratch"' EXIT
+finish() {
+  local pid
+  for pid in $manager $server; do
+    kill "$pid" 2>/dev/null || true
+    wait "$pid" 2>/dev/null || true
+  done
+  rm -rf "$scratch"
+}
+trap finish EXIT
 for _ in $(seq 200); do
   [[ -s $scratch/display ]] && break
   sleep 0.05
@@ -17,5 +32,13 @@ fi
 mkdir -m 700 "$scratch/run"
 DISPLAY=":$(cat "$scratch/display")"
 export DISPLAY XDG_RUNTIME_DIR="$scratch/run" QT_QPA_PLATFORM=xcb
+if [[ -n $window_manager ]]; then
+  "$window_manager" >"$scratch/manager" 2>&1 &
+  manager=$!
+  for _ in $(seq 200); do
+    xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && break
+    sleep 0.05
+  done
+fi
 unset WAYLAND_DISPLAY http_proxy https_proxy HTTP_PROXY HTTPS_PROXY
 "$@"
