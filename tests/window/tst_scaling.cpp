@@ -224,6 +224,17 @@ void TestScaling::iconsTakeTheDesignSize()
     QCOMPARE(m_window->ui->btnRight->iconSize(), QSize(0, 0));
 }
 
+namespace
+{
+QByteArray pngOf(const QImage &image)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
+} // namespace
+
 void TestScaling::newsPicturesComeFromTheOriginal()
 {
     QImage fine(600, 600, QImage::Format_RGB32);
@@ -232,19 +243,16 @@ void TestScaling::newsPicturesComeFromTheOriginal()
             fine.setPixel(x, y, qRgb(x % 256, y % 256, (x * y) % 256));
         }
     }
-    QByteArray bytes;
-    {
-        QBuffer buffer(&bytes);
-        fine.save(&buffer, "PNG");
-    }
+    const QImage mirrored = fine.mirrored();
     HttpServer server;
-    server.serve(QStringLiteral("a.png"), bytes);
+    server.serve(QStringLiteral("slide.png"), pngOf(fine));
+    server.serve(QStringLiteral("tile.png"), pngOf(mirrored));
     server.serve(
         QStringLiteral("launcher.xml"),
         Documents::launcher({Documents::news(QStringLiteral("homenews"), QStringLiteral("One"), {},
-                                             server.url(QStringLiteral("a.png"))),
+                                             server.url(QStringLiteral("slide.png"))),
                              Documents::news(QStringLiteral("news"), QStringLiteral("Two"), {},
-                                             server.url(QStringLiteral("a.png")))}));
+                                             server.url(QStringLiteral("tile.png")))}));
     TestSettings::setBaseUrl(server.url());
     m_window = std::make_unique<testform>();
     const QLabel *slide = m_window->ui->homeNewsImageBackground;
@@ -258,7 +266,7 @@ void TestScaling::newsPicturesComeFromTheOriginal()
     for (const QLabel *label : {slide, big}) {
         QCOMPARE(label->pixmap(Qt::ReturnByValue).size(), label->size());
         QCOMPARE(label->pixmap(Qt::ReturnByValue).toImage(),
-                 QPixmap::fromImage(fine)
+                 QPixmap::fromImage(label == slide ? fine : mirrored)
                      .scaled(label->size(), Qt::IgnoreAspectRatio, Qt::FastTransformation)
                      .toImage());
     }
