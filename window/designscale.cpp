@@ -56,7 +56,7 @@ int DesignScale::fontSize(const QString &styleSheet)
     constexpr int markLength = 6; // with the blank
     const int mark = styleSheet.indexOf(fontMark());
     const int unit = styleSheet.indexOf(QStringLiteral("px"));
-    return styleSheet.mid(mark + markLength, unit - mark - markLength).toInt();
+    return styleSheet.midRef(mark + markLength, unit - mark - markLength).toInt();
 }
 
 int DesignScale::scaledFontSize(int size, float ratio)
