@@ -84,11 +84,7 @@ void testform::on_btnDownload_clicked()
 
 void testform::on_btnUpdate_clicked()
 {
-    if (nothingChosenYet()) {
-        return;
-    }
-    downloadClient();
-    updateButtonStates(QStringLiteral("updateProgress"));
+    on_btnDownload_clicked();
 }
 
 void testform::on_btnPlay_clicked()

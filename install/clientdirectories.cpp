@@ -18,15 +18,11 @@ void makeDirectory(const QString &path)
     }
 }
 
-bool isLink(const QFileInfo &info)
-{
-    return info.isSymLink() || info.isJunction();
-}
-
 void removeFile(const QString &path)
 {
-    if (!QFile::remove(path)) {
-        // Windows refuses to remove a file that is marked read-only.
+    // Windows refuses to remove a file that is marked read-only. A link that cannot be removed is
+    // left as it is: the permissions would be those of what it leads to.
+    if (!QFile::remove(path) && !QFileInfo(path).isSymLink()) {
         (void)QFile::setPermissions(path, QFile::permissions(path) | QFile::WriteUser);
         (void)QFile::remove(path);
     }
@@ -42,7 +38,7 @@ void removeContents(const QString &path)
         const QString name = entry.filePath();
         if (entry.isJunction()) {
             (void)QDir().rmdir(name);
-        } else if (entry.isDir() && !isLink(entry)) {
+        } else if (entry.isDir() && !entry.isSymLink()) {
             removeContents(name);
             (void)QDir().rmdir(name);
         } else {
@@ -56,7 +52,7 @@ void removeContents(const QString &path)
 void removeDirectory(const QString &path)
 {
     const QFileInfo info(path);
-    if (info.isDir() && !isLink(info)) {
+    if (info.isDir() && !info.isSymLink() && !info.isJunction()) {
         removeContents(path);
         (void)QDir().rmdir(path);
     }

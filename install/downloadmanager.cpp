@@ -198,6 +198,6 @@ void DownloadManager::install()
     const QString folderPath = QDir::toNativeSeparators(workingDirectory.absoluteFilePath(folder));
     testform::unzip2Folder(zipFile, folderPath, this, password);
     if (QFile::exists(zipFile)) {
-        QFile::remove(zipFile);
+        (void)QFile::remove(zipFile);
     }
 }

@@ -52,8 +52,8 @@ void testform::prepWidgets(QWidget *widget)
         widget->setMaximumSize(99999, 99999);
     };
     prepare();
-    // kept: once more on the widget for each descendant, not on the descendants, which keep the
-    // policies and limits of the form; without those the columns of the panel would be squeezed.
+    // kept: once more on the widget itself for each descendant. The descendants keep the policies
+    // and limits of the form, such as the fixed size of the lines under the tabs.
     const auto descendants = widget->findChildren<QWidget *>();
     std::for_each(descendants.begin(), descendants.end(),
                   [&prepare](const QWidget *) { prepare(); });
