@@ -2,7 +2,7 @@
 # Installs the Debian packages that a command of this project needs and the
 # machine lacks.
 #
-#   scripts/install-packages.sh GROUP...      groups: build test demo
+#   scripts/install-packages.sh GROUP...      groups: build test demo source windows windows-test
 #
 # Ends with 0 when everything is there, with 1 and a message that names the
 # package when something cannot be had. Other scripts may source this file and
@@ -22,6 +22,21 @@ test_packages=(
   libcpp-httplib-dev xvfb x11-utils xdotool openbox clang-format clang-tidy
   clazy clang unzip zip python3 python3-pil fonts-lato librsvg2-bin shellcheck
   xdg-utils file procps ca-certificates git libssl-dev openssl x11-apps
+)
+
+# What unpacks the distribution's source packages.
+source_packages=(
+  ca-certificates patch xz-utils
+)
+# What the Windows program is built from and packed with.
+windows_packages=(
+  cmake ninja-build g++ make g++-mingw-w64-x86-64-posix librsvg2-bin python3 perl
+  nsis zip unzip file
+)
+# What its tests run on.
+windows_test_packages=(
+  wine64 xvfb x11-utils xdotool openbox unzip zip python3 python3-pil fonts-lato openssl
+  procps
 )
 
 # Succeeds when the package is installed and configured.
@@ -104,14 +119,17 @@ install_groups() {
       build) packages+=("${build_packages[@]}") ;;
       test) packages+=("${test_packages[@]}") ;;
       demo) packages+=("${demo_packages[@]}") ;;
+      source) packages+=("${source_packages[@]}") ;;
+      windows) packages+=("${windows_packages[@]}") ;;
+      windows-test) packages+=("${windows_test_packages[@]}") ;;
       *)
-        echo "install-packages.sh: no such group: $group (build, test, demo)" >&2
+        echo "install-packages.sh: no such group: $group (build, test, demo, source, windows, windows-test)" >&2
         return 64
         ;;
     esac
   done
   if [ "${#packages[@]}" -eq 0 ]; then
-    echo "usage: scripts/install-packages.sh GROUP...   (build, test, demo)" >&2
+    echo "usage: scripts/install-packages.sh GROUP...   (build, test, demo, source, windows, windows-test)" >&2
     return 64
   fi
 

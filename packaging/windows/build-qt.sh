@@ -1,0 +1,63 @@
+#!/usr/bin/env bash
+# Builds the toolkit for Windows (x86_64, MinGW-w64 with posix threads) from the distribution's own
+# source package, and installs it in one folder:
+#
+#   packaging/windows/build-qt.sh [FOLDER]        default: /opt/qt5-mingw-w64
+#
+# Does nothing when it is there already. About fifteen minutes on two cores and 3 GB of disk in
+# TMPDIR. The folder is complete or not there at all.
+set -euo pipefail
+
+prefix=${1:-/opt/qt5-mingw-w64}
+here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
+if [ -f "$prefix/lib/cmake/Qt5/Qt5Config.cmake" ]; then
+  echo "The toolkit for Windows is there: $prefix"
+  exit 0
+fi
+if [ -e "$prefix" ]; then
+  echo "build-qt.sh: $prefix is there, but holds no toolkit; remove it first" >&2
+  exit 1
+fi
+mkdir -p "$(dirname "$prefix")"
+
+"$here/../../scripts/install-packages.sh" windows source
+
+work=$(mktemp -d "${TMPDIR:-/tmp}/build-qt.XXXXXX")
+trap 'rm -rf "$work"' EXIT
+"$here/fetch-source.sh" qtbase-opensource-src "$work/source"
+
+# These two libraries are named as Windows spells them, where case does not matter.
+sed -i 's/-lSecur32/-lsecur32/; s/-lCrypt32/-lcrypt32/' "$work/source/src/network/ssl/ssl.pri"
+# The configuration asks git for a version where there is a repository; there is none, and the
+# marker makes the build create the headers that a release archive would bring.
+mkdir -p "$work/source/.git"
+
+options=(
+  -opensource -confirm-license
+  -xplatform win32-g++ -device-option CROSS_COMPILE=x86_64-w64-mingw32-
+  -prefix "$prefix"
+  -release -shared -no-pch -nomake examples -nomake tests
+  # The launcher draws by raster, and speaks to no bus.
+  -no-opengl -no-feature-vulkan -no-dbus -no-icu
+  # Everything else the program needs is inside: no further library to ship.
+  -qt-zlib -qt-pcre -qt-libpng -qt-libjpeg -qt-freetype -qt-harfbuzz
+  # The system's own encryption, with the system's own certificates.
+  -schannel -no-openssl
+  -no-sql-sqlite -no-sql-odbc
+  # Its header is not part of the distribution's source.
+  -no-feature-tabletevent
+)
+mkdir "$work/build"
+cd "$work/build"
+echo 'Configuring the toolkit ...'
+"$work/source/configure" "${options[@]}"
+echo 'Building the toolkit ...'
+make -j"$(nproc)"
+echo "Installing the toolkit in $prefix ..."
+# First beside the build, so that a broken-off installation leaves nothing that looks complete.
+make INSTALL_ROOT="$work/installed" install
+mkdir -p "$work/installed$prefix/licenses"
+cp "$work/source"/LICENSE.* "$work/installed$prefix/licenses/"
+cp "$work/source/SOURCE-PACKAGE" "$work/installed$prefix/licenses/"
+mv "$work/installed$prefix" "$prefix"
+echo "The toolkit for Windows is installed: $prefix"
