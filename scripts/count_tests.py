@@ -1,53 +1,61 @@
 """Counts the test functions that ran and prints "N passed, N failed": count_tests.py FOLDER
 
 The folder holds CTest's own list (ctest.junit.xml) and, for each test of the toolkit, its log
-(NAME.xml). A test without a log, such as a check of the sources, counts as one function.
-Ends with 1 when one failed or none ran.
+(NAME.xml). A test without a log, such as a check of the sources, counts as one function. Where
+functions were skipped, ", N skipped" follows; one that was skipped for some of its data only has
+passed. Ends with 1 when one failed or none ran.
 """
 
 import pathlib
 import sys
 import xml.etree.ElementTree as ElementTree
+from collections import Counter
 
 # The toolkit runs these around the test functions; they count only when they fail.
 AROUND = {"initTestCase", "cleanupTestCase"}
 FAILING = {"fail", "xpass"}
 
 
+def outcome_of(function):
+    kinds = {incident.get("type") for incident in function.iter("Incident")}
+    if kinds & FAILING:
+        return "failed"
+    skips = any(message.get("type") == "skip" for message in function.iter("Message"))
+    return "skipped" if skips and not kinds else "passed"
+
+
 def functions(log):
-    """Pairs of name and success of the functions in one log of the toolkit."""
+    """The outcome of each function in one log of the toolkit."""
     for function in ElementTree.parse(log).getroot().iter("TestFunction"):
-        kinds = {incident.get("type") for incident in function.iter("Incident")}
-        passed = not kinds & FAILING
-        if function.get("name") not in AROUND or not passed:
-            yield function.get("name"), passed
+        outcome = outcome_of(function)
+        if function.get("name") not in AROUND or outcome == "failed":
+            yield outcome
 
 
-def outcome(case, folder):
-    """Numbers of passed and failed functions of one CTest entry."""
+def outcomes(case, folder):
+    """How often each outcome came in one CTest entry."""
     succeeded = case.get("status") == "run"
     log = folder / f"{case.get('name')}.xml"
     try:
-        results = [passed for _, passed in functions(log)]
+        found = Counter(functions(log))
     except (FileNotFoundError, ElementTree.ParseError):
         # No log, or one cut short by a crash.
-        return (1, 0) if succeeded else (0, 1)
-    passed = sum(results)
-    failed = len(results) - passed
-    if not succeeded and failed == 0:
-        failed = 1
-    return passed, failed
+        if case.get("status") in ("notrun", "disabled"):
+            return Counter(skipped=1)
+        return Counter(passed=1) if succeeded else Counter(failed=1)
+    if not succeeded and not found["failed"]:
+        found["failed"] = 1
+    return found
 
 
 def main(folder):
     folder = pathlib.Path(folder)
-    passed = failed = 0
+    total = Counter()
     for case in ElementTree.parse(folder / "ctest.junit.xml").getroot().iter("testcase"):
-        good, bad = outcome(case, folder)
-        passed += good
-        failed += bad
-    print(f"{passed} passed, {failed} failed")
-    return 0 if passed and not failed else 1
+        total += outcomes(case, folder)
+    line = f"{total['passed']} passed, {total['failed']} failed"
+    print(f"{line}, {total['skipped']} skipped" if total["skipped"] else line)
+    return 0 if total["passed"] and not total["failed"] else 1
 
 
 if __name__ == "__main__":

@@ -54,10 +54,34 @@ apt-get "${options[@]}" update
 # by "apt-get source", which also wants the description file: a mirror that drops that one (seen
 # with a security update) would leave us with a package lacking the update.
 mapfile -t files < <(apt-get "${options[@]}" source --print-uris "$package" | grep "^'")
+# Every place that any version of the package names: a mirror may hold an archive that several
+# versions share in one of its parts only.
+mapfile -t places < <(
+  apt-cache "${options[@]}" showsrc "$package" | sed -n 's/^Version: //p' | sort -u |
+    while read -r version; do
+      apt-get "${options[@]}" source --print-uris "$package=$version" | grep "^'" || true
+    done
+)
+
+# Fetches the file of that name and checksum from the first place that has it.
+fetch() {
+  local name=$1 checksum=$2 place uri other_name other_checksum
+  for place in "${places[@]}"; do
+    read -r uri other_name _ other_checksum <<< "$place"
+    [ "$other_name" = "$name" ] && [ "$other_checksum" = "$checksum" ] || continue
+    uri=${uri#\'}
+    if (cd "$scratch" && /usr/lib/apt/apt-helper "${options[@]}" download-file "${uri%\'}" "$name" "$checksum"); then
+      return
+    fi
+  done
+  echo "fetch-source.sh: $name cannot be had from this machine's package sources" >&2
+  return 1
+}
+
 source_archive=
 packaging_archive=
 for entry in "${files[@]}"; do
-  read -r uri name _ checksum <<< "$entry"
+  read -r _ name _ checksum <<< "$entry"
   case $name in
     *.dsc | *.asc) continue ;;
     *.orig.tar.*) source_archive=$name ;;
@@ -68,8 +92,7 @@ for entry in "${files[@]}"; do
       ;;
   esac
   echo "Fetching $name ..."
-  uri=${uri#\'}
-  (cd "$scratch" && /usr/lib/apt/apt-helper "${options[@]}" download-file "${uri%\'}" "$name" "$checksum")
+  fetch "$name" "$checksum"
 done
 if [ -z "$source_archive" ] || [ -z "$packaging_archive" ]; then
   echo "fetch-source.sh: the source package $package cannot be had from this machine's package sources" >&2

@@ -1,6 +1,7 @@
 #include "info/serverbutton.h"
 #include "info/world.h"
 #include "support/consolecapture.h"
+#include "support/localencoding.h"
 #include "support/messagelog.h"
 #include "support/urlcatcher.h"
 #include "support/windowdriver.h"
@@ -112,7 +113,8 @@ void TestLauncherDocument::bodyIsCopied_data()
         << QByteArray("old") << QByteArray() << QByteArray("old");
     QTest::newRow("only what comes before a NUL byte is written")
         << QByteArray("0123456789") << QByteArray("abc\0def", 7) << QByteArray("abc3456789");
-    QTest::newRow("letters beyond ASCII in the local encoding") << QByteArray() << umlaut << umlaut;
+    QTest::newRow("letters beyond ASCII in the local encoding")
+        << QByteArray() << umlaut << LocalEncoding::bytes(QString::fromUtf8(umlaut));
     QTest::newRow("line ends stay as they are")
         << QByteArray() << QByteArray("<a>\r\n\n</a>") << QByteArray("<a>\r\n\n</a>");
 }
@@ -313,7 +315,7 @@ void TestLauncherDocument::authDecidesWhatIsOffered_data()
     QTest::newRow("no code set, and the sum of nothing")
         << QString() << QStringLiteral("DA39A3EE5E6B4B0D3255BFEF95601890AFD80709") << true;
     QTest::newRow("a code beyond ASCII")
-        << QString::fromUtf8("\xD0\x96") << Documents::sumOf(QString::fromUtf8("\xD0\x96")) << true;
+        << QString::fromUtf8("\xC3\x84") << Documents::sumOf(QString::fromUtf8("\xC3\x84")) << true;
 }
 
 void TestLauncherDocument::authDecidesWhatIsOffered()
@@ -326,7 +328,7 @@ void TestLauncherDocument::authDecidesWhatIsOffered()
                    Documents::client(QStringLiteral("Secret"), QStringLiteral("Beta"),
                                      QStringLiteral("1.0"), QStringLiteral("u"), sum)});
     ScratchFolder::write(QStringLiteral("settings.txt"),
-                         (QStringLiteral("||true|") + code).toUtf8());
+                         LocalEncoding::bytes(QStringLiteral("||true|") + code));
     testform window;
     QByteArray err;
     {
@@ -572,8 +574,8 @@ void TestLauncherDocument::offlineCopyCanBeLoaded()
         {officialOf(QStringLiteral("Alpha")),
          Documents::news(QStringLiteral("homenews"), QStringLiteral("Title"), QString(),
                          world.server.url(QStringLiteral("picture"))),
-         Documents::news(QStringLiteral("news"), QString::fromUtf8("\xD0\x96"))});
-    ScratchFolder::write(offlineTxt, document);
+         Documents::news(QStringLiteral("news"), QString::fromUtf8("\xC3\x84"))});
+    ScratchFolder::write(offlineTxt, LocalEncoding::bytes(QString::fromUtf8(document)));
     ScratchFolder::write(QStringLiteral("homeNewsImageBackground.png"),
                          Documents::png(4, 4, 0xFF0000));
     QByteArray out;
@@ -593,8 +595,8 @@ void TestLauncherDocument::offlineCopyCanBeLoaded()
     QCOMPARE(serversOf(window), QStringList{QStringLiteral("Alpha")});
     QCOMPARE(columnsOf(window), 1);
     QVERIFY(window.ui->labelConnecting->isHidden());
-    QCOMPARE(window.ui->titleNewsBig->text(), QString::fromUtf8("\xD0\x96"));
-    QCOMPARE(ScratchFolder::read(offlineTxt), document);
+    QCOMPARE(window.ui->titleNewsBig->text(), QString::fromUtf8("\xC3\x84"));
+    QCOMPARE(ScratchFolder::read(offlineTxt), LocalEncoding::bytes(QString::fromUtf8(document)));
 
     // The slide's picture comes from its file; the logo is fetched as ever.
     QVERIFY(pictureOf(window.ui->homeNewsImageBackground));

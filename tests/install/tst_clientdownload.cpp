@@ -35,7 +35,7 @@ QString sheetOf(const QString &colour)
     return text("color: ") + colour + text("; background-color: rgba(0,0,0,0);");
 }
 
-const char recordArguments[] = "printf '%s\\n' \"$#\" \"$@\" > arguments.txt";
+const char recordArguments[] = "record arguments.txt";
 
 QByteArray gameArchive(const QString &password = {})
 {
@@ -48,8 +48,8 @@ const char photographOption[] = "--photograph";
 // The extractor script that does so.
 QByteArray photographer()
 {
-    return '"' + QFile::encodeName(QCoreApplication::applicationFilePath()) + "\" " +
-           photographOption + " screen.png";
+    return "run " + QCoreApplication::applicationFilePath().toUtf8() + '\t' + photographOption +
+           "\tscreen.png";
 }
 
 // The window as the photographer saw it on the screen.
@@ -347,7 +347,7 @@ void TestClientDownload::howItEnds()
         world.server.serve(world.archive, gameArchive());
     }
     if (end.answer == text("bad extractor")) {
-        Archives::provideExtractorScript("kill -9 $$");
+        Archives::provideExtractorScript("kill");
     } else if (end.answer != text("no extractor")) {
         Archives::provideExtractor();
     }
@@ -400,6 +400,7 @@ void TestClientDownload::fullDiskFails_data()
 
 void TestClientDownload::fullDiskFails()
 {
+#ifdef Q_OS_LINUX
     QFETCH(int, size);
     InstallWorld world;
     world.offer(text("Official"), text("2.1"));
@@ -422,6 +423,9 @@ void TestClientDownload::fullDiskFails()
     QCOMPARE(world.buttons(), text("Download-"));
     QCOMPARE(InstallWorld::clients(), names("Alpha/Official/"));
     QCOMPARE(InstallWorld::archives(), QStringList());
+#else
+    QSKIP("only Linux offers a full disk to try it on");
+#endif
 }
 
 void TestClientDownload::versionThatLeadsOutFails()
@@ -597,7 +601,7 @@ void TestClientDownload::password()
     QCOMPARE(WindowDriver::click(*world.window, text("btnDownload")), QString());
     QVERIFY(world.waitForTheEnd());
     QCOMPARE(QString::fromUtf8(ScratchFolder::read(text("arguments.txt"))),
-             arguments.arg(world.folder.path()));
+             QDir::toNativeSeparators(arguments.arg(world.folder.path())));
 }
 
 void TestClientDownload::encryptedClient()

@@ -3,9 +3,11 @@
 #include "support/archives.h"
 #include "support/consolecapture.h"
 #include "support/httpserver.h"
+#include "support/links.h"
 #include "support/scratchfolder.h"
 
 #include <QCryptographicHash>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QNetworkReply>
 #include <QProcess>
@@ -15,10 +17,13 @@
 #include <QTest>
 #include <QTimer>
 
-#include <csignal>
 #include <memory>
+
+#ifdef Q_OS_LINUX
+#include <csignal>
 #include <sys/resource.h>
 #include <unistd.h>
+#endif
 
 namespace
 {
@@ -31,7 +36,7 @@ QString text(const char *latin1)
     return QString::fromLatin1(latin1);
 }
 
-QByteArray randomBytes(int size)
+[[maybe_unused]] QByteArray randomBytes(int size)
 {
     QByteArray bytes(size, Qt::Uninitialized);
     QRandomGenerator generator(20240229);
@@ -42,9 +47,13 @@ QByteArray randomBytes(int size)
 }
 
 // Notes how it is called and keeps what the archive was.
-const char recordingExtractor[] = "printf '%s\\n' \"$#\" \"$@\" > arguments.txt\n"
-                                  "while [ $# -gt 3 ]; do shift; done\n"
-                                  "cp \"$1\" archive.seen\n";
+const char recordingExtractor[] = "record arguments.txt\nkeep archive.seen";
+
+// The paths of these arguments as the system writes them.
+QString inSystemsOwnWay(const QString &arguments)
+{
+    return QDir::toNativeSeparators(arguments);
+}
 
 // Runs the queue until it is empty; false when that takes too long.
 bool runToTheEnd(DownloadManager &manager)
@@ -53,6 +62,7 @@ bool runToTheEnd(DownloadManager &manager)
     return finished.wait(30000);
 }
 
+#ifdef Q_OS_LINUX
 // A value of this process's status in bytes, for example the memory it holds now (VmRSS).
 qint64 processStatus(const char *name)
 {
@@ -102,6 +112,7 @@ private:
     rlimit m_previous{};
     void (*m_handler)(int) = nullptr;
 };
+#endif
 } // namespace
 
 // The queue of downloads: what is fetched when, what reaches the disk, the console and the window.
@@ -164,7 +175,7 @@ void TestDownloadManager::appendOnlyQueues()
     const ScratchFolder folder;
     HttpServer server;
     server.serve(text("client.zip"), "x");
-    Archives::provideExtractorScript("true");
+    Archives::provideExtractorScript("exit 0");
     DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
     QCOMPARE(manager.totalCount, 0);
     QCOMPARE(manager.downloadedCount, 0);
@@ -318,7 +329,7 @@ void TestDownloadManager::extractorArguments()
     manager.append(QUrl(server.url(text("a%20b.zip"))));
     QVERIFY(runToTheEnd(manager));
     QCOMPARE(QString::fromUtf8(ScratchFolder::read(text("arguments.txt"))),
-             arguments.arg(folder.path()));
+             inSystemsOwnWay(arguments.arg(folder.path())));
     const QList<QProcess *> extractors = manager.findChildren<QProcess *>();
     QCOMPARE(extractors.size(), 1);
     QCOMPARE(extractors.constFirst()->parent(), static_cast<QObject *>(&manager));
@@ -696,7 +707,7 @@ void TestDownloadManager::oneAfterTheOther()
     HttpServer server;
     server.serveHeld(text("b.zip"), "first", 2);
     server.serve(text("a.zip"), "second");
-    Archives::provideExtractorScript("cat \"$1\" >> order.txt; echo >> order.txt");
+    Archives::provideExtractorScript("append order.txt\nnote order.txt");
     DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
     QSignalSpy finished(&manager, &DownloadManager::finished);
     QSignalSpy ended(&manager, &DownloadManager::updateFinished);
@@ -724,7 +735,7 @@ void TestDownloadManager::appendWhileDownloadingWaitsItsTurn()
     HttpServer server;
     server.serveHeld(text("a.zip"), "first", 2);
     server.serve(text("b.zip"), "second");
-    Archives::provideExtractorScript("cat \"$1\" >> order.txt; echo >> order.txt");
+    Archives::provideExtractorScript("append order.txt\nnote order.txt");
     DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
     QSignalSpy finished(&manager, &DownloadManager::finished);
     QSignalSpy ended(&manager, &DownloadManager::updateFinished);
@@ -789,8 +800,16 @@ void TestDownloadManager::saveFileThatCannotBeOpened()
     QFETCH(QString, name);
     QFETCH(QString, reason);
     const ScratchFolder folder;
-    QVERIFY(QFile::link(text("missing/x.zip"), text("to nowhere.zip")));
-    QVERIFY(QFile::link(text("round.zip"), text("round.zip")));
+    if (QByteArray(QTest::currentDataTag()).contains("link")) {
+        MAKE_LINK(text("missing/x.zip"), text("to nowhere.zip"));
+        MAKE_LINK(text("round.zip"), text("round.zip"));
+    }
+#ifdef Q_OS_WIN
+    // Each Windows says it in its own language.
+    QFile probe(name);
+    QVERIFY(!probe.open(QIODevice::WriteOnly));
+    reason = probe.errorString();
+#endif
     const QStringList before = ScratchFolder::tree();
     HttpServer server;
     const QUrl url(server.url(name));
@@ -824,8 +843,8 @@ void TestDownloadManager::skippedAddressDoesNotStopTheQueue()
     HttpServer server;
     server.serve(text("a.zip"), "a");
     server.serve(text("b.zip"), "b");
-    QVERIFY(QFile::link(text("round.zip"), text("round.zip")));
-    Archives::provideExtractorScript("cat \"$1\" >> order.txt");
+    MAKE_LINK(text("round.zip"), text("round.zip"));
+    Archives::provideExtractorScript("append order.txt");
     DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
     QSignalSpy ended(&manager, &DownloadManager::updateFinished);
     QByteArray out;
@@ -874,13 +893,19 @@ void TestDownloadManager::listOfEncodedAddresses()
     const QString beyond = QString::fromUtf8("\xD0\xB8\xD0\xB3\xD1\x80\xD0\xB0.zip");
     server.serve(text("my client.zip"), "blank");
     server.serve(beyond, "letters");
-    Archives::provideExtractorScript("echo \"${1##*/}\" >> order.txt");
+    Archives::provideExtractorScript("note order.txt {archive}");
     DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
     QSignalSpy finished(&manager, &DownloadManager::finished);
     QByteArray out;
     {
         ConsoleCapture console;
-        manager.append(QStringList{server.url(text("my%20client.zip")), server.url(beyond)});
+#ifdef Q_OS_WIN
+        // The code page, which an address passes through, has no room for the letters themselves.
+        const QString second = QString::fromLatin1(QUrl(server.url(beyond)).toEncoded());
+#else
+        const QString second = server.url(beyond);
+#endif
+        manager.append(QStringList{server.url(text("my%20client.zip")), second});
         QCOMPARE(manager.totalCount, 2);
         finished.wait(30000);
         out = console.out();
@@ -900,7 +925,7 @@ void TestDownloadManager::idleManagerCanBeUsedAgain()
     const ScratchFolder folder;
     HttpServer server;
     server.serve(text("a.zip"), "a");
-    Archives::provideExtractorScript("true");
+    Archives::provideExtractorScript("exit 0");
     DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
     manager.append(QUrl(server.url(text("a.zip"))));
     QVERIFY(runToTheEnd(manager));
@@ -922,6 +947,7 @@ void TestDownloadManager::fullDisk_data()
 
 void TestDownloadManager::fullDisk()
 {
+#ifdef Q_OS_LINUX
     QFETCH(int, size);
     QFETCH(bool, progressIsDue);
     const ScratchFolder folder;
@@ -957,6 +983,9 @@ void TestDownloadManager::fullDisk()
     QCOMPARE(manager.downloadedCount, 0);
     // No folder of the version, and the extractor did not run.
     QCOMPARE(ScratchFolder::tree(), (QStringList{text("client.zip"), text("unzip.exe")}));
+#else
+    QSKIP("only Linux offers a full disk to try it on");
+#endif
 }
 
 void TestDownloadManager::diskThatFillsUp_data()
@@ -969,6 +998,7 @@ void TestDownloadManager::diskThatFillsUp_data()
 
 void TestDownloadManager::diskThatFillsUp()
 {
+#ifdef Q_OS_LINUX
     QFETCH(int, size);
     QFETCH(int, limit);
     const ScratchFolder folder;
@@ -994,10 +1024,14 @@ void TestDownloadManager::diskThatFillsUp()
     QCOMPARE(ended.count(), 1);
     QCOMPARE(ScratchFolder::tree(), (QStringList{text("client.zip"), text("unzip.exe")}));
     QCOMPARE(ScratchFolder::read(text("client.zip")), body.left(limit));
+#else
+    QSKIP("only Linux offers a full disk to try it on");
+#endif
 }
 
 void TestDownloadManager::unwritableArchiveDoesNotSpoilTheNext()
 {
+#ifdef Q_OS_LINUX
     const ScratchFolder folder;
     HttpServer server;
     server.serve(text("large.zip"), QByteArray(4 * 1024 * 1024, 'x'));
@@ -1014,10 +1048,14 @@ void TestDownloadManager::unwritableArchiveDoesNotSpoilTheNext()
     }
     QVERIFY2(out.endsWith("\nSucceeded.\n\n1/2 files downloaded successfully\n"), out.constData());
     QCOMPARE(ScratchFolder::read(text("archive.seen")), QByteArray("small"));
+#else
+    QSKIP("only Linux offers a full disk to try it on");
+#endif
 }
 
 void TestDownloadManager::memoryStaysBounded()
 {
+#ifdef Q_OS_LINUX
 #if defined(__SANITIZE_ADDRESS__)
     QSKIP("the sanitizer keeps freed memory for a while, so the peak says nothing");
 #endif
@@ -1026,7 +1064,7 @@ void TestDownloadManager::memoryStaysBounded()
     const ScratchFolder folder;
     HttpServer server;
     server.serveLarge(text("client.zip"), size);
-    Archives::provideExtractorScript("sha1sum < \"$1\" > sum.txt; stat -c %s \"$1\" > size.txt");
+    Archives::provideExtractorScript("keep kept.zip");
     DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
     forgetPeakOfMemory();
     const qint64 before = processStatus("VmRSS");
@@ -1052,13 +1090,20 @@ void TestDownloadManager::memoryStaysBounded()
     const qint64 grown = processStatus("VmHWM") - before;
     QVERIFY2(grown < allowed, qPrintable(text("%1 bytes").arg(grown)));
 
-    QCOMPARE(ScratchFolder::read(text("size.txt")), QByteArray::number(size) + '\n');
+    QFile kept(text("kept.zip"));
+    QVERIFY(kept.open(QIODevice::ReadOnly));
+    QCOMPARE(kept.size(), size);
+    QCryptographicHash keptSum(QCryptographicHash::Sha1);
+    QVERIFY(keptSum.addData(&kept));
     QCryptographicHash sum(QCryptographicHash::Sha1);
     const QByteArray block(1000 * 1000, 'e');
     for (qint64 sent = 0; sent < size; sent += block.size()) {
         sum.addData(block);
     }
-    QCOMPARE(ScratchFolder::read(text("sum.txt")).left(40), sum.result().toHex());
+    QCOMPARE(keptSum.result(), sum.result());
+#else
+    QSKIP("measured on Linux, where the peak can be forgotten first");
+#endif
 }
 
 void TestDownloadManager::destroyedWhileDownloading_data()

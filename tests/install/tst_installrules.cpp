@@ -3,6 +3,7 @@
 #include "install/speedtext.h"
 #include "install/textprogressbar.h"
 #include "install/versionweight.h"
+#include "support/links.h"
 
 #include <QDir>
 #include <QFile>
@@ -43,6 +44,12 @@ void makeFile(const QString &name)
     if (!file.open(QIODevice::WriteOnly)) {
         qFatal("cannot write %s", qPrintable(name));
     }
+}
+
+// Whether the data row of now is about links.
+bool needsLinks()
+{
+    return QByteArray(QTest::currentDataTag()).contains("link");
 }
 
 void makeFolder(const QString &name)
@@ -520,9 +527,11 @@ void TestInstallRules::folderInsideWorkingDirectory()
     QFETCH(bool, inside);
     makeFolder(QStringLiteral("Alpha/Official"));
     makeFolder(QStringLiteral("../installation2"));
-    QVERIFY(QFile::link(QStringLiteral("Alpha"), QStringLiteral("inner")));
-    QVERIFY(QFile::link(QStringLiteral("../elsewhere"), QStringLiteral("outer")));
-    QVERIFY(QFile::link(QStringLiteral("nowhere"), QStringLiteral("broken")));
+    if (needsLinks()) {
+        MAKE_LINK(QStringLiteral("Alpha"), QStringLiteral("inner"));
+        MAKE_LINK(QStringLiteral("../elsewhere"), QStringLiteral("outer"));
+        MAKE_LINK(QStringLiteral("nowhere"), QStringLiteral("broken"));
+    }
     if (folder.contains(QLatin1Char('%'))) {
         folder = folder.arg(QDir::currentPath());
     }
@@ -568,7 +577,9 @@ void TestInstallRules::nothingLiesInARemovedWorkingDirectory()
     const QString removed = m_scratch->filePath(QStringLiteral("removed"));
     makeFolder(removed);
     QVERIFY(QDir::setCurrent(removed));
-    QVERIFY(QDir().rmdir(removed));
+    if (!QDir().rmdir(removed)) {
+        QSKIP("this system keeps a folder that somebody works in");
+    }
     QVERIFY(!liesInsideWorkingDirectory(m_scratch->filePath(QStringLiteral("elsewhere"))));
     QVERIFY(!liesInsideWorkingDirectory(QStringLiteral("/tmp")));
     QVERIFY(!isFileOfWorkingDirectory(m_scratch->filePath(QStringLiteral("elsewhere/a.png"))));
@@ -603,11 +614,13 @@ void TestInstallRules::fileOfWorkingDirectory()
     makeFolder(QStringLiteral("Alpha"));
     makeFolder(QStringLiteral("../installation2"));
     makeFile(QStringLiteral("settings.txt"));
-    QVERIFY(QFile::link(QStringLiteral("../elsewhere"), QStringLiteral("outer")));
     makeFile(QStringLiteral("../elsewhere/letter.txt"));
-    QVERIFY(QFile::link(QStringLiteral("../elsewhere/letter.txt"), QStringLiteral("out.txt")));
-    QVERIFY(QFile::link(QStringLiteral("settings.txt"), QStringLiteral("in.txt")));
-    QVERIFY(QFile::link(QStringLiteral("../elsewhere/new.txt"), QStringLiteral("broken.txt")));
+    if (needsLinks()) {
+        MAKE_LINK(QStringLiteral("../elsewhere"), QStringLiteral("outer"));
+        MAKE_LINK(QStringLiteral("../elsewhere/letter.txt"), QStringLiteral("out.txt"));
+        MAKE_LINK(QStringLiteral("settings.txt"), QStringLiteral("in.txt"));
+        MAKE_LINK(QStringLiteral("../elsewhere/new.txt"), QStringLiteral("broken.txt"));
+    }
     QCOMPARE(isFileOfWorkingDirectory(file), inside);
 }
 

@@ -1,7 +1,9 @@
 #include "support/archives.h"
 
 #include "support/scratchfolder.h"
+#include "support/standin.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -31,14 +33,40 @@ QByteArray Archives::zip(const QMap<QString, QByteArray> &files, const QString &
 void Archives::provideExtractor()
 {
     const QString unzip = QStandardPaths::findExecutable(QStringLiteral("unzip"));
-    if (unzip.isEmpty() || !QFile::link(unzip, QStringLiteral("unzip.exe"))) {
+#ifdef Q_OS_WIN
+    const bool provided = QFile::copy(unzip, QStringLiteral("unzip.exe"));
+#else
+    const bool provided = QFile::link(unzip, QStringLiteral("unzip.exe"));
+#endif
+    if (unzip.isEmpty() || !provided) {
         qFatal("there is no unzip");
     }
 }
 
-void Archives::provideExtractorScript(const QByteArray &script)
+void Archives::provideExtractorScript(const QByteArray &orders)
 {
-    ScratchFolder::write(QStringLiteral("unzip.exe"), "#!/bin/sh\n" + script + "\n");
-    QFile::setPermissions(QStringLiteral("unzip.exe"),
-                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    (void)provideStandin(QStringLiteral("unzip"), orders);
+#ifndef Q_OS_WIN
+    if (!QFile::rename(QStringLiteral("unzip"), QStringLiteral("unzip.exe"))) {
+        qFatal("there is an unzip.exe already");
+    }
+#endif
+}
+
+QString Archives::provideStandin(const QString &name, const QByteArray &orders)
+{
+#ifdef Q_OS_WIN
+    const QString ending = QStringLiteral(".exe");
+#else
+    const QString ending;
+#endif
+    const QString original =
+        QCoreApplication::applicationDirPath() + QStringLiteral("/standin") + ending;
+    const QByteArray program = ScratchFolder::read(original);
+    if (program.isEmpty()) {
+        qFatal("there is no stand-in: %s", qPrintable(original));
+    }
+    ScratchFolder::write(name + ending, program + Standin::mark() + orders);
+    QFile::setPermissions(name + ending, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    return QDir::current().absoluteFilePath(name + ending);
 }

@@ -4,14 +4,17 @@
 #include <QMap>
 #include <QString>
 
-// Client archives and extractors, made with the distribution's own zip and unzip.
+// Real client archives and the extractor that unpacks them.
 namespace Archives
 {
-// A zip archive with these files, encrypted when a password is given.
+// A zip file with these contents by path, encrypted when there is a password.
 QByteArray zip(const QMap<QString, QByteArray> &files, const QString &password = {});
 
-// Puts the distribution's unzip into the working directory as "unzip.exe".
+// Puts the real extractor into the working directory, as the player has it.
 void provideExtractor();
-// Puts a shell script there instead.
-void provideExtractorScript(const QByteArray &script);
+// Puts a stand-in there instead, which carries out these orders (standin.cpp lists them).
+void provideExtractorScript(const QByteArray &orders);
+// Puts such a stand-in under any name (on Windows without ".exe") beside or below the working
+// directory and returns its full path.
+QString provideStandin(const QString &name, const QByteArray &orders);
 } // namespace Archives

@@ -1,9 +1,9 @@
+#include "support/pointer.h"
 #include "support/scratchfolder.h"
 #include "support/windowdriver.h"
 #include "ui_testform.h"
 #include "window/testform.h"
 
-#include <QProcess>
 #include <QTest>
 
 // The window among others: a real window manager, and a pointer moved by the display server.
@@ -19,9 +19,6 @@ private slots:
     void fullScreenButton();
 
 private:
-    // Runs the pointer's tool; its events arrive while it runs and after.
-    static bool pointer(const QStringList &arguments);
-    static bool moveTo(QPoint place);
     QPoint middleOf(const QWidget *widget) const;
 
     std::unique_ptr<ScratchFolder> m_folder;
@@ -45,18 +42,6 @@ void TestWindowManager::cleanup()
     m_folder.reset();
 }
 
-bool TestWindowManager::pointer(const QStringList &arguments)
-{
-    return QProcess::execute(QStringLiteral("xdotool"), arguments) == 0;
-}
-
-bool TestWindowManager::moveTo(QPoint place)
-{
-    return pointer({QStringLiteral("mousemove"), QString::number(place.x()),
-                    QString::number(place.y())}) &&
-           QTest::qWaitFor([place] { return QCursor::pos() == place; });
-}
-
 QPoint TestWindowManager::middleOf(const QWidget *widget) const
 {
     return widget->mapToGlobal(widget->rect().center());
@@ -66,22 +51,22 @@ void TestWindowManager::bareAreaDragsTheWindow()
 {
     // Bare background under the slide.
     const QPoint grip = m_window->mapToGlobal(QPoint(500, 450));
-    QVERIFY(moveTo(grip));
-    QVERIFY(pointer({QStringLiteral("mousedown"), QStringLiteral("1")}));
+    QVERIFY(Pointer::moveTo(grip));
+    QVERIFY(Pointer::press());
     QTRY_COMPARE(m_window->mousePos, grip);
-    QVERIFY(moveTo(grip + QPoint(60, 25)));
+    QVERIFY(Pointer::moveTo(grip + QPoint(60, 25)));
     QTRY_COMPARE(m_window->pos(), QPoint(260, 175));
-    QVERIFY(moveTo(grip + QPoint(133, -47)));
+    QVERIFY(Pointer::moveTo(grip + QPoint(133, -47)));
     QTRY_COMPARE(m_window->pos(), QPoint(333, 103));
-    QVERIFY(pointer({QStringLiteral("mouseup"), QStringLiteral("1")}));
-    QVERIFY(moveTo(grip));
+    QVERIFY(Pointer::release());
+    QVERIFY(Pointer::moveTo(grip));
     QTRY_COMPARE(m_window->pos(), QPoint(333, 103));
 }
 
 void TestWindowManager::minimizeButton()
 {
-    QVERIFY(moveTo(middleOf(m_window->ui->btnMinimize)));
-    QVERIFY(pointer({QStringLiteral("click"), QStringLiteral("1")}));
+    QVERIFY(Pointer::moveTo(middleOf(m_window->ui->btnMinimize)));
+    QVERIFY(Pointer::press() && Pointer::release());
     QTRY_VERIFY(m_window->isMinimized());
     m_window->on_btnMinimize_clicked();
     QTRY_VERIFY(!m_window->isMinimized());
@@ -90,10 +75,13 @@ void TestWindowManager::minimizeButton()
 
 void TestWindowManager::fullScreenButton()
 {
-    QVERIFY(moveTo(middleOf(m_window->ui->btnFullscreen)));
-    QVERIFY(pointer({QStringLiteral("click"), QStringLiteral("1")}));
+    QVERIFY(Pointer::moveTo(middleOf(m_window->ui->btnFullscreen)));
+    QVERIFY(Pointer::press() && Pointer::release());
+    QTRY_VERIFY(m_window->isMax);
+#ifndef Q_OS_WIN
+    // There the toolkit takes a window that does not fill the screen for a normal one again.
     QTRY_VERIFY(m_window->isFullScreen());
-    QVERIFY(m_window->isMax);
+#endif
     QCOMPARE(QSize(m_window->prevWidth, m_window->prevHeight), QSize(1842, 1080));
     m_window->on_btnFullscreen_clicked();
     QVERIFY(!m_window->isMax);

@@ -1,0 +1,99 @@
+#!/usr/bin/python3
+"""Two encrypted web servers on free ports of the loopback, for one run of one test program.
+
+    https_server.py FOLDER COMMAND...
+
+Makes two test authorities in FOLDER, and a certificate of each for a server of
+its own. Both serve /client.zip (48 MiB, every MiB of it one letter: a, b, c
+...). The command finds in its environment
+
+    EMBERWAKE_TEST_HTTPS      the first server's address, ending in a slash
+    EMBERWAKE_TEST_AUTHORITY  the certificate of its authority (PEM)
+    EMBERWAKE_TEST_STRANGER   the second server's address
+
+Ends with the command's exit code.
+"""
+
+from __future__ import annotations
+
+import os
+import ssl
+import subprocess
+import sys
+import threading
+from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
+from pathlib import Path
+
+MEGABYTE = 1024 * 1024
+MEGABYTES = 48
+
+
+class Handler(BaseHTTPRequestHandler):
+    # Keeps the connection, as web servers do.
+    protocol_version = "HTTP/1.1"
+
+    def do_GET(self) -> None:
+        if self.path != "/client.zip":
+            self.send_error(404)
+            return
+        self.send_response(200)
+        self.send_header("Content-Length", str(MEGABYTES * MEGABYTE))
+        self.end_headers()
+        try:
+            for number in range(MEGABYTES):
+                self.wfile.write(bytes([ord("a") + number % 26]) * MEGABYTE)
+        except OSError:
+            pass  # the test has seen enough
+
+    def log_message(self, format: str, *args) -> None:
+        pass
+
+
+def openssl(*arguments: str) -> None:
+    subprocess.run(["openssl", *arguments], check=True, stderr=subprocess.DEVNULL)
+
+
+def make_certificates(folder: Path) -> None:
+    """ca.pem is the authority, chain.pem and key.pem are the server's."""
+    key, request, extensions = folder / "key.pem", folder / "request.pem", folder / "extensions"
+    openssl(
+        *["req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj", f"/CN=Emberwake test authority {folder.name}"],
+        *["-addext", "basicConstraints=critical,CA:TRUE", "-addext", "keyUsage=critical,keyCertSign,cRLSign"],
+        *["-keyout", f"{folder}/ca-key.pem", "-out", f"{folder}/ca.pem"],
+    )
+    openssl(
+        *["req", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=127.0.0.1", "-keyout", f"{key}", "-out", f"{request}"]
+    )
+    extensions.write_text("subjectAltName=IP:127.0.0.1\nextendedKeyUsage=serverAuth\n", encoding="ascii")
+    openssl(
+        *["x509", "-req", "-days", "2", "-in", f"{request}", "-extfile", f"{extensions}", "-set_serial", "2"],
+        *["-CA", f"{folder}/ca.pem", "-CAkey", f"{folder}/ca-key.pem", "-out", f"{folder}/chain.pem"],
+    )
+
+
+def serve(folder: Path) -> str:
+    """Starts a server with an authority of its own; returns its address."""
+    folder.mkdir()
+    make_certificates(folder)
+    context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+    context.load_cert_chain(folder / "chain.pem", folder / "key.pem")
+    server = ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+    # The handshake in the thread of its connection: a client that never finishes it holds up none.
+    server.socket = context.wrap_socket(server.socket, server_side=True, do_handshake_on_connect=False)
+    # A client that refuses the certificate is not worth a trace.
+    server.handle_error = lambda request, address: None
+    threading.Thread(target=server.serve_forever, daemon=True).start()
+    return f"https://127.0.0.1:{server.server_address[1]}/"
+
+
+def main() -> int:
+    folder = Path(sys.argv[1])
+    environment = dict(os.environ)
+    environment["EMBERWAKE_TEST_HTTPS"] = serve(folder / "own")
+    environment["EMBERWAKE_TEST_AUTHORITY"] = (folder / "own" / "ca.pem").read_text(encoding="ascii")
+    environment["EMBERWAKE_TEST_STRANGER"] = serve(folder / "stranger")
+    return subprocess.run(sys.argv[2:], env=environment, check=False).returncode
+
+
+if __name__ == "__main__":
+    sys.exit(main())
