@@ -65,8 +65,8 @@ class WorldHandler(SimpleHTTPRequestHandler):
 class LastingWorldHandler(WorldHandler):
     """The same, keeping the connection for the next request, as web servers do.
 
-    Of an answer whose end is the connection's end, the Windows launcher may
-    lose the last part: its TLS drops what it has not decrypted by then.
+    Of an answer at whose end the connection ends, the Windows launcher may lose
+    the last part: the toolkit's TLS there drops what it has not decrypted yet.
     """
 
     protocol_version = "HTTP/1.1"

@@ -3,11 +3,10 @@
 
    Which server, client and version it is stands behind the program itself, where make_world.py
    appends it, so that one compiled program serves every archive. */
-#include <windows.h>
-
 #include <stdio.h>
 #include <string.h>
 #include <wchar.h>
+#include <windows.h>
 
 #define LEAVE 1
 
@@ -54,16 +53,19 @@ static BOOL leave_mark(const WCHAR *path)
     _snwprintf(unfinished, 1023, L"%.*lsstarted.txt.part", folder, path);
     mark[1023] = unfinished[1023] = L'\0';
 
-    /* Its own file name, not something it was told: two programs of one client differ in nothing else. */
+    /* Its own file name, not something it was told: two programs of one client differ in nothing
+     * else. */
     WideCharToMultiByte(CP_UTF8, 0, path + folder, -1, program, sizeof program - 1, NULL, NULL);
-    const int length =
-        snprintf(text, sizeof text, "%sprogram: %s\nprocess: %lu\n", told, program, GetCurrentProcessId());
+    const int length = snprintf(text, sizeof text, "%sprogram: %s\nprocess: %lu\n", told, program,
+                                GetCurrentProcessId());
 
-    HANDLE file = CreateFileW(unfinished, GENERIC_WRITE, 0, NULL, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, NULL);
+    HANDLE file =
+        CreateFileW(unfinished, GENERIC_WRITE, 0, NULL, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, NULL);
     if (file == INVALID_HANDLE_VALUE) {
         return FALSE;
     }
-    const BOOL whole = WriteFile(file, text, (DWORD)length, &written, NULL) && written == (DWORD)length;
+    const BOOL whole =
+        WriteFile(file, text, (DWORD)length, &written, NULL) && written == (DWORD)length;
     CloseHandle(file);
     /* Written under another name first: nobody ever reads half a mark. */
     return whole && MoveFileExW(unfinished, mark, MOVEFILE_REPLACE_EXISTING);
@@ -118,13 +120,14 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE previous, PWSTR arguments, int
     kind.hbrBackground = CreateSolidBrush(RGB(0x14, 0x18, 0x1f));
     kind.lpszClassName = L"emberwake-sample-client";
     RegisterClassW(&kind);
-    HWND window = CreateWindowW(kind.lpszClassName, L"Emberwake", WS_CAPTION | WS_SYSMENU | WS_VISIBLE, 440, 260, 420,
-                                280, NULL, NULL, instance, NULL);
+    HWND window =
+        CreateWindowW(kind.lpszClassName, L"Emberwake", WS_CAPTION | WS_SYSMENU | WS_VISIBLE, 440,
+                      260, 420, 280, NULL, NULL, instance, NULL);
     RECT area;
     GetClientRect(window, &area);
     /* In the lower left corner, as in the script's window. */
-    CreateWindowW(L"BUTTON", L"Leave the game", WS_CHILD | WS_VISIBLE, 12, area.bottom - 40, 130, 28, window,
-                  (HMENU)(INT_PTR)LEAVE, instance, NULL);
+    CreateWindowW(L"BUTTON", L"Leave the game", WS_CHILD | WS_VISIBLE, 12, area.bottom - 40, 130,
+                  28, window, (HMENU)(INT_PTR)LEAVE, instance, NULL);
     ShowWindow(window, show);
 
     MSG message;
