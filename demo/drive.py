@@ -6,6 +6,10 @@ is moved and clicks, and what counts is what can be seen: the screen's pixels,
 the files in the installation folder, the exit code and, at the end of the road,
 the mark that the sample client leaves when it starts.
 
+With --package in place of --program it is the Windows program, out of its
+portable package, under Wine (see platforms.py); the same road then leads over
+https, and begins with a launcher that does not trust the server.
+
 Every stop leaves a picture in the output folder. The exit code is 0 only when
 every stop was reached.
 """
@@ -15,7 +19,6 @@ from __future__ import annotations
 import argparse
 import ctypes
 import os
-import shutil
 import signal
 import subprocess
 import sys
@@ -23,11 +26,14 @@ import time
 import zipfile
 import zlib
 from pathlib import Path
+from urllib.parse import urlsplit
 from urllib.request import urlopen
 
 import make_world
+from authority import Authority
 from make_world import WorldError, fresh_folder
-from scene import Desktop, World, end_process, exit_on_terminate, prepare_installation, say
+from platforms import Native, Wine
+from scene import Desktop, World, end_process, exit_on_terminate, say
 from screen import Rect, Screen
 
 ROOT = Path(__file__).resolve().parent.parent
@@ -37,6 +43,7 @@ WINDOW_SIZE = (974, 571)
 ACTION_BUTTON = Rect(730, 463, 196, 81)  # Download, Update, or Play alone
 SECOND_PLAY_BUTTON = Rect(510, 463, 196, 81)  # Play beside Update
 CLOSE_BUTTON = Rect(949, 8, 12, 12)
+CLOSE_BUTTON_OF_PANEL = Rect(931, 10, 25, 25)
 HOME_TAB = Rect(428, 0, 127, 63)
 NEWS_TAB = Rect(555, 0, 127, 63)
 SELECT_SERVER = Rect(690, 0, 201, 63)
@@ -48,6 +55,7 @@ PROGRESS_TEXT = Rect(67, 488, 663, 20)
 # Between the first two columns, where the end of "Connecting to server..." would
 # look out from behind the middle one.
 BESIDE_THE_COLUMNS = Rect(340, 250, 45, 70)
+CONNECTING_TEXT = Rect(260, 180, 481, 181)
 
 # Picture of each news tile in document order, and how much of its height lies
 # above the strip that carries the texts.
@@ -109,13 +117,12 @@ def logo(server: str) -> Rect:
 class Road:
     """One drive: the folders, the screen, and the launcher that runs just now."""
 
-    def __init__(self, program: Path, base_url: str, out: Path, scratch: Path):
-        # Absolute: the launcher and what it starts work in another folder.
-        self.program = program.resolve()
+    def __init__(self, platform: Native | Wine, base_url: str, out: Path, scratch: Path):
+        self.platform = platform
         self.out = out.resolve()
         scratch = scratch.resolve()
         self.scratch = scratch
-        self.installation = scratch / "install"
+        self.installation = platform.installation(scratch)
         self.pages_list = scratch / "pages.txt"
         self.world = World(scratch / "world", base_url, scratch / "access.log")
         self.screen: Screen | None = None
@@ -135,9 +142,11 @@ class Road:
         for old in [*self.out.glob("[0-9][0-9]-*.png"), *self.out.glob("failed.png")]:
             old.unlink()
 
+        self.world.client_program = self.platform.client_program(self.scratch)
+        if urlsplit(self.world.base_url).scheme == "https":
+            self.world.authority = Authority(self.scratch / "authority")
         self.world.start()
         say(f"The demo world is served at {self.world.base_url}")
-        prepare_installation(self.installation)
         self.desktop = Desktop(self.installation, self.pages_list)
 
         home = self.scratch / "home"
@@ -158,10 +167,14 @@ class Road:
         self.environment = self.desktop.environment(kept)
         manager = self.screen.start_manager(self.environment)
         say(f"A screen of its own is open at {self.screen.display}, window manager: {manager or 'none'}")
+        told = self.platform.prepare(self.scratch, self.environment)
+        if told:
+            say(told)
 
     def close(self) -> None:
         if self.launcher is not None:
             end_process(self.launcher)
+        self.platform.close()
         self.end_descendants()
         if self.screen is not None:
             self.screen.close()
@@ -238,14 +251,7 @@ class Road:
         self.starts += 1
         log = self.scratch / f"launcher-{self.starts}"
         with log.with_suffix(".stdout").open("wb") as output, log.with_suffix(".stderr").open("wb") as errors:
-            self.launcher = subprocess.Popen(
-                [self.program],
-                cwd=self.installation,
-                env=self.environment,
-                stdin=subprocess.DEVNULL,
-                stdout=output,
-                stderr=errors,
-            )
+            self.launcher = self.platform.start(self.installation, self.environment, output, errors)
         self.meet_window(self.launcher.pid)
 
     def meet_window(self, process: int) -> None:
@@ -270,9 +276,9 @@ class Road:
         self.screen.click(*self.on_screen(area).centre)
         self.screen.park_pointer()
 
-    def close_by_button(self) -> None:
+    def close_by_button(self, button: Rect = CLOSE_BUTTON) -> None:
         launcher = self.launcher
-        self.click(CLOSE_BUTTON)
+        self.click(button)
         self.wait_for("the launcher to end after its close button", lambda: launcher.poll() is not None, watch=False)
         self.check(f"exit code 0 (it is {launcher.returncode})", launcher.returncode == 0)
         self.launcher = None
@@ -407,16 +413,18 @@ class Road:
         if before is not None:
             before()
         mark = self.wait_for("the mark of the started client", lambda: self.mark(server, client, version))
-        process = int(mark.pop("process"))
+        told = int(mark.pop("process"))
         self.check(
             f"the right client started ({mark})",
             mark == {"server": server, "client": client, "version": version, "program": program},
         )
-        if shutil.which("xmessage"):
+        window = ""
+        if self.platform.client_has_window:
             window = self.wait_for("the client's window", lambda: self.screen.windows_titled("^Emberwake$"))[0]
             place = self.wait_for("the client's window to be drawn", lambda: self.screen.is_drawn(window))
         self.stop_here(stop, f"the client's mark: Emberwake {version}, {server}, {client}, {program}")
-        if shutil.which("xmessage"):
+        process = self.platform.client_process(told, self.screen, window)
+        if window:
             # Its only button, in the lower left corner.
             self.screen.click(place[0] + 40, place[1] + place[3] - 20)
             self.screen.park_pointer()
@@ -431,7 +439,8 @@ class Road:
             f"{page} being opened",
             lambda: self.pages_list.exists() and self.pages_list.read_text(encoding="utf-8").split()[-1:] == [address],
         )
-        with urlopen(address, timeout=10) as answer:
+        context = self.world.authority.context() if self.world.authority is not None else None
+        with urlopen(address, timeout=10, context=context) as answer:
             self.check(f"the world has {page}", answer.status == 200 and b"<h1>" in answer.read())
 
 
@@ -471,6 +480,28 @@ def ended(number: int) -> bool:
 
 
 # The roads
+
+
+def distrust_road(road: Road) -> None:
+    """A server whose certificate nobody vouches for gets nothing out of the launcher."""
+    say("A first try, before the server's authority is trusted:")
+    road.start_launcher()
+    road.wait_for("the launcher to meet the server", lambda: "TLS " in road.world.requests())
+    # As long as a trusted document takes to be shown, and longer.
+    time.sleep(3)
+    road.check("nothing was asked for", "GET " not in road.world.requests())
+    road.check("the panel has no columns", not any(any(buttons) for buttons in road.panel().values()))
+    road.check("the connecting text is shown", road.text_pixels(CONNECTING_TEXT) > 100)
+    road.check("the connecting text looks out beside the columns", not road.panel_is_bare_beside_the_columns())
+    # The copy is made of whatever arrived.
+    road.check("nothing arrived", (road.installation / "offline.txt").read_bytes() == b"" and not road.settings())
+    road.stop_here("distrusted", "the launcher refuses the server and stays at: Connecting to server...")
+    road.close_by_button(CLOSE_BUTTON_OF_PANEL)
+    road.check("no choice in settings.txt", road.settings() == "||true|")
+    # The next start is to be a first one.
+    for name in ("settings.txt", "offline.txt"):
+        (road.installation / name).unlink()
+    road.platform.trust(road.world.authority)
 
 
 def main_road(road: Road) -> None:
@@ -528,7 +559,7 @@ def main_road(road: Road) -> None:
     road.stop_here("remembered", "the choice is applied at once, without the panel")
     road.close_by_button()
 
-    make_world.publish(base, server, client, new)
+    road.world.publish(server, client, new)
     say(f"Third start, after version {new} was published:")
     road.start_launcher()
     road.wait_for_version("orange")
@@ -559,6 +590,7 @@ def code_road(road: Road) -> None:
     road.screen.key("F12")
     dialog = road.wait_for("the code dialog", lambda: road.screen.windows(first.pid, "^Authentication$"))[0]
     road.screen.focus(dialog)
+    road.wait_for("the code dialog to be drawn", lambda: road.screen.has_ground(dialog))
     road.screen.type(code)
     road.stop_here("code", "F12 asks for the code")
     road.screen.key("Return")
@@ -568,6 +600,7 @@ def code_road(road: Road) -> None:
         lambda: [w for w in road.screen.windows(first.pid, ".*") if w not in (road.window, dialog)],
     )[0]
     road.screen.focus(question)
+    road.wait_for("the restart question to be drawn", lambda: road.screen.has_ground(question))
     road.stop_here("restart", "the launcher offers to restart")
     # Yes is the default button.
     road.screen.key("Return")
@@ -603,6 +636,7 @@ def code_road(road: Road) -> None:
             "the engine question", lambda: [w for w in road.screen.windows(second, ".*") if w != road.window]
         )[0]
         road.screen.focus(box)
+        road.wait_for("the engine question to be drawn", lambda: road.screen.has_ground(box))
         road.stop_here("engine", "Play asks for the graphics engine")
         # The first button, DirectX, has the focus.
         road.screen.key("Return")
@@ -615,23 +649,29 @@ def code_road(road: Road) -> None:
 
 def main() -> int:
     parser = argparse.ArgumentParser(description="Drive the real launcher through the Emberwake demo world.")
-    parser.add_argument("--program", required=True, type=Path, help="the built launcher")
-    parser.add_argument("--base-url", required=True, help="the base URL it was built for: http://127.0.0.1:PORT/")
+    what = parser.add_mutually_exclusive_group(required=True)
+    what.add_argument("--program", type=Path, help="the built launcher")
+    what.add_argument("--package", type=Path, metavar="ZIP", help="the Windows launcher's portable package")
+    parser.add_argument(
+        "--base-url", required=True, help="the base URL it was built for: http://127.0.0.1:PORT/ (--package: https)"
+    )
     parser.add_argument("--out", required=True, type=Path, help="folder for the pictures")
     parser.add_argument("--scratch", required=True, type=Path, help="folder for everything else; emptied first")
     given = parser.parse_args()
 
     exit_on_terminate()
-    needed = ("Xvfb", "xdotool", "xprop", "xwininfo", "xdg-open", "unzip", "zip")
-    missing = [name for name in needed if shutil.which(name) is None]
-    if missing or not given.program.is_file():
-        say(f"drive.py: missing: {', '.join(missing) or given.program}")
+    platform = Native(given.program) if given.package is None else Wine(given.package)
+    missing = platform.missing()
+    if missing:
+        say(f"drive.py: missing: {', '.join(missing)}")
         return 1
 
-    road = Road(given.program, given.base_url, given.out, given.scratch)
+    road = Road(platform, given.base_url, given.out, given.scratch)
     try:
         adopt_orphans()
         road.open()
+        if road.world.authority is not None:
+            distrust_road(road)
         main_road(road)
         code_road(road)
     except RoadError as error:

@@ -41,6 +41,9 @@ DEFAULT_DATA_BYTES = 6 * 1024 * 1024
 PROGRAMS_BY_KIND = {"Beta": ("Emberwake_dx.exe", "Emberwake_gl.exe")}
 DEFAULT_PROGRAMS = ("Emberwake.exe",)
 
+# What demo/client/emberwake-client.c looks for at the end of its own file.
+TOLD_START = "\n-- emberwake client --\n"
+
 # A folder that carries this file was made by the demo and may be emptied by it.
 MARKER = ".emberwake-demo"
 
@@ -76,10 +79,30 @@ def client_script(server: str, client: str, version: str, program: str) -> str:
     return text
 
 
-def pack_client(target: Path, server: str, client: str, version: str, data_bytes: int, password: str = "") -> None:
+def client_from_file(path: Path, server: str, client: str, version: str) -> bytes:
+    """A compiled sample client, told behind its own end which one it is."""
+    try:
+        program = path.read_bytes()
+    except OSError as error:
+        raise WorldError(f"{path}: {error.strerror}") from error
+    return program + f"{TOLD_START}server: {server}\nclient: {client}\nversion: {version}\n".encode()
+
+
+def pack_client(
+    target: Path,
+    server: str,
+    client: str,
+    version: str,
+    data_bytes: int,
+    password: str = "",
+    client_program: Path | None = None,
+) -> None:
     """Writes the archive of one client to `target`, locked when there is a password."""
     programs = PROGRAMS_BY_KIND.get(client, DEFAULT_PROGRAMS)
-    files = {program: client_script(server, client, version, program).encode() for program in programs}
+    if client_program is not None:
+        files = {program: client_from_file(client_program, server, client, version) for program in programs}
+    else:
+        files = {program: client_script(server, client, version, program).encode() for program in programs}
     # Seeded by what it is, so that the same client has the same bytes every time.
     files["world.dat"] = random.Random(f"{server}/{client}/{version}").randbytes(data_bytes)
     files["README.txt"] = f"Emberwake {version}, {client} client for {server}: the demo world's sample game.\n".encode()
@@ -137,7 +160,13 @@ def write_document(world: Path, text: str) -> None:
     unfinished.replace(world / "launcher.xml")
 
 
-def lay(world: Path, base_url: str, launcher_version: int = 1, data_bytes: int = DEFAULT_DATA_BYTES) -> None:
+def lay(
+    world: Path,
+    base_url: str,
+    launcher_version: int = 1,
+    data_bytes: int = DEFAULT_DATA_BYTES,
+    client_program: Path | None = None,
+) -> None:
     """Makes the whole world anew in `world`, for a server that answers at `base_url`."""
     parts = urlsplit(base_url)
     if parts.scheme not in ("http", "https") or not parts.netloc or not base_url.endswith("/"):
@@ -162,13 +191,20 @@ def lay(world: Path, base_url: str, launcher_version: int = 1, data_bytes: int =
         if element.get("url") != f"{base_url}clients/{name}":
             raise WorldError(f"the document names another archive than {name} for {server} {client}")
         password = BETA_CODE if element.get("auth") else ""
-        pack_client(world / "clients" / name, server, client, version, data_bytes, password)
+        pack_client(world / "clients" / name, server, client, version, data_bytes, password, client_program)
 
     check_links(world, base_url, document)
     write_document(world, text)
 
 
-def publish(world: Path, server: str, client: str, version: str, data_bytes: int = DEFAULT_DATA_BYTES) -> None:
+def publish(
+    world: Path,
+    server: str,
+    client: str,
+    version: str,
+    data_bytes: int = DEFAULT_DATA_BYTES,
+    client_program: Path | None = None,
+) -> None:
     """Adds a new version of one client to a world that is already laid out."""
     try:
         text = (world / "launcher.xml").read_text(encoding="utf-8")
@@ -183,7 +219,8 @@ def publish(world: Path, server: str, client: str, version: str, data_bytes: int
 
     entry = found[0]
     name = archive_name(server, client, version)
-    pack_client(world / "clients" / name, server, client, version, data_bytes, BETA_CODE if entry.get("auth") else "")
+    password = BETA_CODE if entry.get("auth") else ""
+    pack_client(world / "clients" / name, server, client, version, data_bytes, password, client_program)
     # The archive is there before the document names it.
     entry.set("version", version)
     entry.set("url", entry.get("url").rpartition("/")[0] + "/" + name)
@@ -206,13 +243,18 @@ def main() -> int:
     for command in (making, adding):
         command.add_argument("--out", required=True, type=Path, help="the world's folder")
         command.add_argument("--data-bytes", type=int, default=DEFAULT_DATA_BYTES, help="size of a client's data file")
+        command.add_argument(
+            "--client-program", type=Path, metavar="EXE", help="the sample client (default: a shell script)"
+        )
 
     given = parser.parse_args()
     try:
         if given.command == "lay":
-            lay(given.out, given.base_url, given.launcher_version, given.data_bytes)
+            lay(given.out, given.base_url, given.launcher_version, given.data_bytes, given.client_program)
         else:
-            publish(given.out, given.server, given.client, given.version, given.data_bytes)
+            publish(
+                given.out, given.server, given.client, given.version, given.data_bytes, given.client_program
+            )
     except WorldError as error:
         print(f"make_world.py: {error}", file=sys.stderr)
         return 1

@@ -20,6 +20,7 @@ from pathlib import Path
 from urllib.parse import urlsplit
 
 import make_world
+from authority import Authority
 from make_world import WorldError, fresh_folder
 
 DEMO = Path(__file__).resolve().parent
@@ -91,18 +92,26 @@ class World:
         self.folder = folder
         self.base_url = base_url
         self.access_log = access_log
+        # Set before the start by whoever serves https, or has a client program
+        # in place of the shell script.
+        self.authority: Authority | None = None
+        self.client_program: Path | None = None
         self._server: subprocess.Popen | None = None
 
     def start(self, bytes_per_second: int = ARCHIVE_BYTES_PER_SECOND) -> None:
         parts = urlsplit(self.base_url)
-        if parts.scheme != "http" or parts.hostname != "127.0.0.1" or not parts.port:
-            raise WorldError(f"the demo serves http://127.0.0.1:PORT/ only, not {self.base_url}")
-        make_world.lay(self.folder, self.base_url)
+        scheme = "http" if self.authority is None else "https"
+        if parts.scheme != scheme or parts.hostname != "127.0.0.1" or not parts.port:
+            raise WorldError(f"the demo serves {scheme}://127.0.0.1:PORT/ only, not {self.base_url}")
+        make_world.lay(self.folder, self.base_url, client_program=self.client_program)
+        secure = []
+        if self.authority is not None:
+            secure = ["--certificate", self.authority.certificate, "--key", self.authority.key]
 
         self.access_log.unlink(missing_ok=True)
         self._server = subprocess.Popen(
             [sys.executable, DEMO / "serve.py", self.folder, "--port", str(parts.port)]
-            + ["--log", self.access_log, "--throttle", str(bytes_per_second)],
+            + ["--log", self.access_log, "--throttle", str(bytes_per_second), *secure],
             # The server ends with this pipe, even if nobody gets to end it.
             stdin=subprocess.PIPE,
             stdout=subprocess.PIPE,
@@ -110,6 +119,9 @@ class World:
         if read_line(self._server, 10) != f"READY {self.base_url}":
             self.stop()
             raise WorldError(f"the demo's server did not come up at {self.base_url}")
+
+    def publish(self, server: str, client: str, version: str) -> None:
+        make_world.publish(self.folder, server, client, version, client_program=self.client_program)
 
     def stop(self) -> None:
         if self._server is not None:

@@ -169,6 +169,14 @@ class Screen:
         place = self.geometry(window)
         return place if place is not None and place[2] > 50 and len(self.colours(place)) > 1 else None
 
+    def has_ground(self, window: str) -> bool:
+        """Whether a dialog is painted: one colour, its ground, covers a third of it.
+
+        A window is there before its content is, and lets through meanwhile what lies behind it.
+        """
+        place = self.geometry(window)
+        return place is not None and 3 * max(self.colours(place).values()) >= place[2] * place[3]
+
     def has_frame(self, window: str) -> bool:
         """Whether a window manager draws, or would be allowed to draw, a frame."""
         hints = re.search(r"= (.*)", self._ask("xprop", "-id", window, "_MOTIF_WM_HINTS"))

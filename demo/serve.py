@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 """Serves the demo world on the loopback with Python's own web server.
 
-Prints one line, `READY http://127.0.0.1:PORT/`, once connections are accepted,
-and serves until its standard input ends or it is told to terminate. Ending with
+Prints one line, `READY http://127.0.0.1:PORT/` (https with --certificate and
+--key), once connections are accepted, and serves until its standard input ends or it is told to terminate. Ending with
 the standard input means that no server stays behind when the program that
 started it dies without a word.
 """
@@ -12,6 +12,7 @@ from __future__ import annotations
 import argparse
 import os
 import signal
+import ssl
 import sys
 import threading
 import time
@@ -61,23 +62,79 @@ class WorldHandler(SimpleHTTPRequestHandler):
         self.log.write(f"{self.log_date_time_string()} {format % args}\n")
 
 
+class LastingWorldHandler(WorldHandler):
+    """The same, keeping the connection for the next request, as web servers do.
+
+    Of an answer at whose end the connection ends, the Windows launcher may lose
+    the last part: the toolkit's TLS there drops what it has not decrypted yet.
+    """
+
+    protocol_version = "HTTP/1.1"
+
+
+class SecureServer(ThreadingHTTPServer):
+    """The same over TLS. Every handshake leaves a log line, whatever comes of it."""
+
+    def __init__(self, address, handler, context: ssl.SSLContext, log):
+        self.context = context
+        self.log = log
+        super().__init__(address, handler)
+
+    def finish_request(self, request, client_address):
+        # Here, in the connection's own thread: a client that never says a word
+        # must not keep the others from connecting.
+        request.settimeout(60)
+        try:
+            secured = self.context.wrap_socket(request, server_side=True)
+        except (ssl.SSLError, OSError) as error:
+            self.log.write(f"TLS handshake failed: {error}\n")
+            return
+        # A client may judge the certificate only now, and leave without a word.
+        self.log.write(f"TLS handshake: {secured.version()}\n")
+        with secured:
+            try:
+                super().finish_request(secured, client_address)
+                # Says that the answer is whole, without waiting for the same word back.
+                secured.settimeout(0)
+                secured.unwrap()
+            except ssl.SSLWantReadError:
+                pass
+            except (ssl.SSLError, OSError) as error:
+                self.log.write(f"TLS broken off: {error}\n")
+
+
 def main() -> int:
     parser = argparse.ArgumentParser(description="Serve the Emberwake demo world on the loopback.")
     parser.add_argument("folder", type=Path, help="the world's folder")
     parser.add_argument("--port", type=int, default=0, help="0 (default) takes a free one")
     parser.add_argument("--log", type=Path, help="access log (default: standard error)")
+    parser.add_argument("--certificate", type=Path, metavar="PEM", help="serve over TLS with this certificate")
+    parser.add_argument("--key", type=Path, metavar="PEM", help="the certificate's key")
     parser.add_argument("--throttle", type=int, default=0, metavar="BYTES", help="bytes per second for .zip files")
     given = parser.parse_args()
 
     if not given.folder.is_dir():
         print(f"serve.py: no such folder: {given.folder}", file=sys.stderr)
         return 1
+    if (given.certificate is None) != (given.key is None):
+        print("serve.py: --certificate and --key go together", file=sys.stderr)
+        return 1
     # Line by line, so that whoever waits for a request finds it at once.
     log = given.log.open("a", buffering=1, encoding="utf-8") if given.log else sys.stderr
 
-    handler = partial(WorldHandler, directory=os.fspath(given.folder), bytes_per_second=given.throttle, log=log)
+    kind = WorldHandler if given.certificate is None else LastingWorldHandler
+    handler = partial(kind, directory=os.fspath(given.folder), bytes_per_second=given.throttle, log=log)
+    address = ("127.0.0.1", given.port)
     try:
-        server = ThreadingHTTPServer(("127.0.0.1", given.port), handler)
+        if given.certificate is not None:
+            context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+            context.load_cert_chain(given.certificate, given.key)
+            server = SecureServer(address, handler, context, log)
+        else:
+            server = ThreadingHTTPServer(address, handler)
+    except ssl.SSLError as error:
+        print(f"serve.py: {given.certificate}, {given.key}: {error}", file=sys.stderr)
+        return 1
     except OSError as error:
         print(f"serve.py: port {given.port}: {error.strerror}", file=sys.stderr)
         return 1
@@ -92,7 +149,8 @@ def main() -> int:
     signal.signal(signal.SIGTERM, lambda *_: threading.Thread(target=server.shutdown).start())
     threading.Thread(target=end_with_input, daemon=True).start()
 
-    print(f"READY http://127.0.0.1:{server.server_address[1]}/", flush=True)
+    scheme = "http" if given.certificate is None else "https"
+    print(f"READY {scheme}://127.0.0.1:{server.server_address[1]}/", flush=True)
     try:
         server.serve_forever(poll_interval=0.1)
     except KeyboardInterrupt:

@@ -49,23 +49,7 @@ fi
 
 # The launcher knows its base URL from the build. One port is preferred, so that
 # building again changes nothing; another is taken when it is not free.
-port=$("$python" - 18473 << 'PYTHON'
-import socket
-import sys
-
-for port in (int(sys.argv[1]), 0):
-    with socket.socket() as server:
-        # As the server itself does: a port whose last connections are only
-        # waiting to be forgotten is free.
-        server.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
-        try:
-            server.bind(("127.0.0.1", port))
-        except OSError:
-            continue
-        print(server.getsockname()[1])
-        break
-PYTHON
-)
+port=$("$python" "$root/demo/free_port.py" 18473)
 base_url=http://127.0.0.1:$port/
 
 echo "Building the launcher for $base_url ..."
