@@ -122,8 +122,13 @@ done
 grep -q 'Runtime Library Exception' "$licenses/gcc-copyright.txt" || fail 'the runtime exception is missing'
 grep -q 'winpthreads' "$licenses/mingw-w64-copyright.txt" || fail 'the terms of the thread library are missing'
 unzip_source=$(sed 's/ unzip_/ /' "$unzip/unzip-SOURCE-PACKAGE")
+# The compiler's package repacks the distribution's own compiler, and bears both versions.
+gcc_source=$(source_of gcc-mingw-w64-x86-64-posix-runtime)
+# shellcheck disable=SC2016 # dpkg-query's own variables
+gcc_version=$(dpkg-query --show --showformat='${Version}' gcc-mingw-w64-x86-64-posix-runtime)
+gcc_source+=", from gcc-${gcc_version%%.*} ${gcc_version%+"${gcc_source##* }"*}"
 sed -e "s|@QT_SOURCE@|$qt_source|" -e "s|@UNZIP_SOURCE@|$unzip_source|" \
-  -e "s|@GCC_SOURCE@|$(source_of gcc-mingw-w64-x86-64-posix-runtime)|" \
+  -e "s|@GCC_SOURCE@|$gcc_source|" \
   -e "s|@MINGW_SOURCE@|$(source_of mingw-w64-x86-64-dev)|" \
   "$here/licenses-README.txt.in" > "$licenses/README.txt"
 ! grep -n '@' "$licenses/README.txt" || fail 'licenses/README.txt has a gap'

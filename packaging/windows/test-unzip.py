@@ -278,6 +278,8 @@ def zip64(world):
     _, text = world.unzip(folder, "-v")
     for feature in ("LARGE_FILE_SUPPORT", "ZIP64_SUPPORT", "UNICODE_SUPPORT"):
         check(feature in text, f"-v does not name {feature}")
+    # The licence wants it.
+    check("altered for the Emberwake Online Launcher" in text, "-v does not say that it is altered")
 
 
 def over_4_gib(world):
