@@ -17,6 +17,7 @@ if [ ! -f "$toolkit/lib/cmake/Qt5/Qt5Config.cmake" ]; then
   echo "The toolkit for Windows is not in $toolkit; packaging/windows/build-qt.sh builds it." >&2
   exit 1
 fi
+. scripts/summary.sh
 scripts/install-packages.sh windows windows-test source
 
 build=build/windows-test
@@ -26,7 +27,8 @@ jobs=$(nproc)
 echo '== Making the tools'
 [ -f "$httplib/httplib.h" ] || packaging/windows/fetch-source.sh cpp-httplib "$httplib"
 tests/support/build-windows-zip.sh "$tools/zip.exe"
-packaging/windows/build-unzip.sh "$tools/unzip.exe"
+packaging/windows/build-unzip.sh
+install -m 755 build/windows-unzip/unzip.exe "$tools/"
 
 echo "== Configuring $build"
 cmake -S . -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64.cmake \
@@ -38,7 +40,7 @@ cmake --build "$build" --parallel "$jobs"
 echo '== Setting up a Windows'
 # In /tmp, where the copies are made: files that nobody changes can be linked then.
 template=$(mktemp -d /tmp/emberwake-windows.XXXXXX)
-trap 'rm -rf "$template"' EXIT
+trap 'rm -rf "$template" "$summary_log"' EXIT
 export EMBERWAKE_WINE_TEMPLATE=$template/prefix
 WINEPREFIX=$EMBERWAKE_WINE_TEMPLATE WINEARCH=win64 WINEDEBUG=-all \
   WINEDLLOVERRIDES='mscoree,mshtml=;winedbg.exe,winemenubuilder.exe=d' DISPLAY='' \
@@ -59,11 +61,25 @@ WINEPATH=$(windows_path "$toolkit/bin" "$libraries" /usr/x86_64-w64-mingw32/lib 
 QT_PLUGIN_PATH=$(windows_path "$toolkit/plugins")
 export WINEPATH QT_PLUGIN_PATH
 
-echo '== Testing'
 rm -rf "$build/tests/results"
 mkdir -p "$build/tests/results"
-status=0
-ctest --test-dir "$build" --parallel "$jobs" --output-on-failure --timeout 1800 \
-  --output-junit tests/results/ctest.junit.xml "$@" || status=$?
-/usr/bin/python3 scripts/count_tests.py "$build/tests/results" || status=1
-exit "$status"
+test_programs() {
+  local status=0
+  ctest --test-dir "$build" --parallel "$jobs" --output-on-failure --timeout 1800 \
+    --output-junit tests/results/ctest.junit.xml "$@" || status=$?
+  /usr/bin/python3 scripts/count_tests.py "$build/tests/results" || status=1
+  return "$status"
+}
+
+echo '== Testing'
+run_counted test_programs "$@"
+if [ "$#" -eq 0 ]; then
+  # The packages find what they need by themselves, as a player's Windows does.
+  unset WINEPATH QT_PLUGIN_PATH
+  echo '== Packing'
+  packaging/windows/package.sh
+  run_counted packaging/windows/test.sh
+  echo '== The road of one launch'
+  run_as_one scripts/demo-windows.sh
+fi
+print_summary

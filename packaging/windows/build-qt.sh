@@ -66,5 +66,7 @@ cp "$work/source"/LICENSE.* "$work/installed$prefix/licenses/"
 cp "$work/source/SOURCE-PACKAGE" "$work/installed$prefix/licenses/"
 # Who gets the libraries may see what was changed.
 cp "$here"/qt/*.patch "$work/installed$prefix/licenses/"
+# The authors and terms of everything inside, the bundled libraries included.
+cp "$work/source/debian/copyright" "$work/installed$prefix/licenses/copyright"
 mv "$work/installed$prefix" "$prefix"
 echo "The toolkit for Windows is installed: $prefix"

@@ -1,0 +1,142 @@
+#!/usr/bin/python3
+"""Checks that a folder with the Windows program holds what the program loads, and nothing else.
+
+    packaging/windows/check-imports.py FOLDER [WINDOWS-DLLS.TXT]
+
+Fails, with a line for each reason, when
+- a program or library imports something that is neither shipped beside the program nor part of
+  Windows (delayed imports count: they only fail later);
+- a shipped library is imported by nobody, and is no plug-in known here;
+- a plug-in is missing, or one is there that was left out on purpose;
+- a file is for another processor, or a line of the list is of no use any more.
+"""
+import pathlib
+import struct
+import sys
+
+HERE = pathlib.Path(__file__).resolve().parent
+X86_64 = 0x8664
+
+# Loaded by name at run time, so that nothing imports them.
+PLUGINS = {
+    "platforms/qwindows.dll",
+    "styles/qwindowsvistastyle.dll",
+    "imageformats/qgif.dll",
+    "imageformats/qico.dll",
+    "imageformats/qjpeg.dll",
+}
+PROGRAMS = {"emberwake-launcher.exe", "unzip.exe"}
+
+
+class NoProgramFile(Exception):
+    """The file is not what Windows can load."""
+
+
+class ProgramFile:
+    """The processor and the imports of a program or library."""
+
+    def __init__(self, path):
+        self.data = path.read_bytes()
+        try:
+            self._read()
+        except (struct.error, IndexError, ValueError) as error:
+            raise NoProgramFile(str(error)) from error
+
+    def _read(self):
+        header = self._number("<I", 0x3C)
+        if self.data[header:header + 4] != b"PE\0\0":
+            raise NoProgramFile("no PE header")
+        self.machine = self._number("<H", header + 4)
+        section_count = self._number("<H", header + 6)
+        optional = header + 24
+        if self._number("<H", optional) != 0x20B:
+            # The 32-bit layout; the processor is wrong anyway.
+            self.imports = set()
+            return
+        self.sections = []
+        first = optional + self._number("<H", header + 20)
+        for index in range(section_count):
+            section = first + 40 * index
+            size, address, raw_size, raw = struct.unpack_from("<4I", self.data, section + 8)
+            self.sections.append((address, max(size, raw_size), raw))
+        directory_count = self._number("<I", optional + 108)
+        # 1: imports, names 12 bytes into entries of 20; 13: delayed ones, 4 bytes into 32.
+        self.imports = set()
+        for directory, entry_size, name_offset in ((1, 20, 12), (13, 32, 4)):
+            if directory >= directory_count:
+                continue
+            address = self._number("<I", optional + 112 + 8 * directory)
+            if address:
+                self._read_names(self._offset(address), entry_size, name_offset)
+
+    def _number(self, layout, offset):
+        return struct.unpack_from(layout, self.data, offset)[0]
+
+    def _offset(self, address):
+        for start, size, raw in self.sections:
+            if start <= address < start + size:
+                return raw + address - start
+        raise ValueError(f"address {address:#x} is in no section")
+
+    def _read_names(self, entry, entry_size, name_offset):
+        while any(self.data[entry:entry + entry_size]):
+            start = self._offset(self._number("<I", entry + name_offset))
+            self.imports.add(self.data[start:self.data.index(b"\0", start)].decode("ascii").lower())
+            entry += entry_size
+
+
+def problems(folder, windows_dlls):
+    """Every reason why the folder cannot be shipped."""
+    found = []
+    files = {}
+    for path in sorted(folder.rglob("*")):
+        name = path.relative_to(folder).as_posix()
+        if path.is_file() and path.read_bytes()[:2] == b"MZ":
+            try:
+                files[name] = ProgramFile(path)
+            except NoProgramFile as error:
+                found.append(f"{name} cannot be read: {error}")
+    for name in sorted(PROGRAMS | PLUGINS):
+        if name not in files:
+            found.append(f"{name} is missing")
+
+    # Windows looks beside the program, not beside the library that imports.
+    beside = {name.lower(): name for name in files if "/" not in name}
+    imported = set()
+    of_windows = set()
+    for name, file in files.items():
+        if file.machine != X86_64:
+            found.append(f"{name} is for another processor ({file.machine:#x})")
+        for wanted in sorted(file.imports):
+            if wanted in beside:
+                imported.add(beside[wanted])
+            elif wanted in windows_dlls:
+                of_windows.add(wanted)
+            elif not wanted.startswith("api-ms-win-"):
+                found.append(f"{name} imports {wanted}, which is neither shipped nor part of Windows")
+
+    for name in files:
+        if name.startswith("bearer/"):
+            found.append(f"{name} must not be shipped: it polls the network all the time")
+        elif name not in PROGRAMS | PLUGINS | imported:
+            found.append(f"{name} is loaded by nothing that is shipped")
+    for name in sorted(windows_dlls - of_windows):
+        found.append(f"{name} is listed as part of Windows, but nothing imports it")
+    return found
+
+
+def main():
+    if len(sys.argv) not in (2, 3):
+        print("usage: check-imports.py FOLDER [WINDOWS-DLLS.TXT]", file=sys.stderr)
+        return 64
+    listing = pathlib.Path(sys.argv[2] if len(sys.argv) == 3 else HERE / "windows-dlls.txt")
+    windows_dlls = {line.strip().lower() for line in listing.read_text().splitlines()
+                    if line.strip() and not line.startswith("#")}
+    found = problems(pathlib.Path(sys.argv[1]), windows_dlls)
+    for problem in found:
+        print(f"check-imports.py: {problem}", file=sys.stderr)
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,164 @@
+#!/usr/bin/env bash
+# Makes the packages for players on Windows: a zip archive and an installer.
+#
+#   packaging/windows/package.sh [--output FOLDER] [--build FOLDER] [-DEMBERWAKE_...=...]...
+#
+#   --output FOLDER   where the packages go              default: build/packages
+#   --build FOLDER    where the program is built         default: build/windows-release
+#   -DNAME=VALUE      a product setting (cmake/ProductSettings.cmake); those not given have their
+#                     defaults, whatever the last call was given
+#
+# The toolkit is expected where packaging/windows/build-qt.sh puts it, or in EMBERWAKE_WINDOWS_QT.
+# UNZIP_SOURCE is passed on to build-unzip.sh.
+set -euo pipefail
+
+root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../.." && pwd)
+here=$root/packaging/windows
+output=$root/build/packages
+build=$root/build/windows-release
+settings=()
+usage() {
+  echo 'usage: package.sh [--output FOLDER] [--build FOLDER] [-DEMBERWAKE_...=...]...' >&2
+  exit 64
+}
+while [ "$#" -gt 0 ]; do
+  case $1 in
+    --output) output=${2:-}; shift ;;
+    --build) build=${2:-}; shift ;;
+    -D?*=*) settings+=("$1") ;;
+    *) usage ;;
+  esac
+  shift || usage
+done
+if [ -z "$output" ] || [ -z "$build" ]; then usage; fi
+mkdir -p "$output" "$build"
+output=$(cd "$output" && pwd)
+build=$(cd "$build" && pwd)
+
+fail() {
+  echo "package.sh: $*" >&2
+  exit 1
+}
+
+"$root/scripts/install-packages.sh" windows
+qt=${EMBERWAKE_WINDOWS_QT:-/opt/qt5-mingw-w64}
+[ -f "$qt/lib/cmake/Qt5/Qt5Config.cmake" ] ||
+  fail "no toolkit for Windows in $qt; packaging/windows/build-qt.sh makes it"
+
+# One date for everything inside, so that the same commit gives the same packages.
+SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git -C "$root" log -1 --format=%ct 2>/dev/null || date +%s)}
+export SOURCE_DATE_EPOCH TZ=UTC
+
+echo 'Building the program ...'
+# The settings of the last call are forgotten first: the cache would keep them.
+(cd "$root" && cmake --preset windows-release -B "$build" -U 'EMBERWAKE_*_URL' "${settings[@]}")
+cmake --build "$build" --parallel "$(nproc)" --target emberwake-launcher
+version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
+[ -n "$version" ] || fail "no version in $build/CMakeCache.txt"
+
+"$here/build-unzip.sh"
+unzip=$root/build/windows-unzip
+
+work=$(mktemp -d "${TMPDIR:-/tmp}/package.XXXXXX")
+trap 'rm -rf "$work"' EXIT
+name=emberwake-launcher-$version-windows-x86_64
+folder=$work/$name
+mkdir -p "$folder"/{platforms,styles,imageformats,licenses}
+
+echo 'Collecting the files ...'
+runtime_file() {
+  local file
+  file=$(x86_64-w64-mingw32-g++-posix -print-file-name="$1")
+  # The compiler answers with the bare name when it has none.
+  [ "$file" != "$1" ] || file=/usr/x86_64-w64-mingw32/lib/$1
+  [ -f "$file" ] || fail "$1 is not there"
+  echo "$file"
+}
+cp "$build/emberwake-launcher.exe" "$unzip/unzip.exe" "$folder/"
+for module in Core Gui Network Widgets; do
+  cp "$qt/bin/Qt5$module.dll" "$folder/"
+done
+# No "bearer" plug-in: it asks the system for the network interfaces every ten seconds, in a window
+# that stays open beside an online game. The launcher does not need what it finds.
+cp "$qt/plugins/platforms/qwindows.dll" "$folder/platforms/"
+cp "$qt/plugins/styles/qwindowsvistastyle.dll" "$folder/styles/"
+cp "$qt/plugins/imageformats"/{qgif,qico,qjpeg}.dll "$folder/imageformats/"
+for library in libgcc_s_seh-1.dll libstdc++-6.dll libwinpthread-1.dll; do
+  cp "$(runtime_file "$library")" "$folder/"
+done
+find "$folder" \( -name '*.exe' -o -name '*.dll' \) -exec x86_64-w64-mingw32-strip {} +
+
+echo 'Collecting the licences ...'
+licenses=$folder/licenses
+copy_license() {
+  [ -f "$1" ] || fail "$1 is not there: $3"
+  install -m 644 "$1" "$licenses/$2"
+}
+source_of() {
+  # shellcheck disable=SC2016 # dpkg-query's own variables
+  dpkg-query --show --showformat='${source:Package} ${source:Version}' "$1"
+}
+if [ -f "$qt/licenses/SOURCE-PACKAGE" ]; then
+  read -r qt_package qt_version < "$qt/licenses/SOURCE-PACKAGE"
+  qt_source="$qt_package ${qt_version#"${qt_package}"_}"
+else
+  # A toolkit that was built elsewhere says it in its description.
+  qt_source=$(grep -soE -m1 'qtbase-opensource-src [0-9][^ ]*[0-9]' "$qt/README.txt") ||
+    fail "nothing in $qt says which source package the toolkit was built from"
+fi
+qt_copyright=$qt/licenses/copyright
+[ -f "$qt_copyright" ] || qt_copyright=/usr/share/doc/libqt5core5a/copyright
+copy_license "$qt/licenses/LICENSE.LGPL3" qt-LGPL-3.txt 'the terms of the toolkit'
+copy_license "$qt_copyright" qt-copyright.txt 'the terms of the parts inside the toolkit (install libqt5core5a)'
+copy_license /usr/share/common-licenses/GPL-3 GPL-3.txt 'the terms that LGPL 3 and the exception build on'
+copy_license /usr/share/doc/gcc-mingw-w64-x86-64-posix-runtime/copyright gcc-copyright.txt \
+  "the terms of the compiler's libraries"
+copy_license /usr/share/doc/mingw-w64-x86-64-dev/copyright mingw-w64-copyright.txt \
+  'the terms of the C and thread libraries'
+copy_license "$unzip/unzip-LICENSE.txt" unzip-license.txt "the extractor's terms"
+for part in zlib pcre2 libpng jpeg freetype harfbuzz md4c double-conversion; do
+  grep -qi -- "$part" "$licenses/qt-copyright.txt" || fail "$qt_copyright says nothing of $part"
+done
+grep -q 'Runtime Library Exception' "$licenses/gcc-copyright.txt" || fail 'the runtime exception is missing'
+grep -q 'winpthreads' "$licenses/mingw-w64-copyright.txt" || fail 'the terms of the thread library are missing'
+unzip_source=$(sed 's/ unzip_/ /' "$unzip/unzip-SOURCE-PACKAGE")
+# The compiler's package repacks the distribution's own compiler, and bears both versions.
+gcc_source=$(source_of gcc-mingw-w64-x86-64-posix-runtime)
+# shellcheck disable=SC2016 # dpkg-query's own variables
+gcc_version=$(dpkg-query --show --showformat='${Version}' gcc-mingw-w64-x86-64-posix-runtime)
+gcc_source+=", from gcc-${gcc_version%%.*} ${gcc_version%+"${gcc_source##* }"*}"
+sed -e "s|@QT_SOURCE@|$qt_source|" -e "s|@UNZIP_SOURCE@|$unzip_source|" \
+  -e "s|@GCC_SOURCE@|$gcc_source|" \
+  -e "s|@MINGW_SOURCE@|$(source_of mingw-w64-x86-64-dev)|" \
+  "$here/licenses-README.txt.in" > "$licenses/README.txt"
+! grep -n '@' "$licenses/README.txt" || fail 'licenses/README.txt has a gap'
+# Notepad of the older systems knows no other line ends.
+find "$licenses" -type f -exec sed -i 's/\r$//; s/$/\r/' {} +
+
+"$here/check-imports.py" "$folder"
+
+find "$folder" -type f -exec chmod 644 {} +
+find "$folder" -exec touch --no-dereference --date="@$SOURCE_DATE_EPOCH" {} +
+
+echo 'Packing ...'
+archive=$output/$name.zip
+rm -f "$archive"
+(cd "$work" && find "$name" | LC_ALL=C sort | zip -9 -X -q -@ "$archive")
+
+# What the uninstaller removes: these files, and these folders when they are empty then.
+# shellcheck disable=SC2016 # a variable of the installer
+(
+  cd "$folder"
+  find . -type f -printf 'Delete "$INSTDIR\\%P"\n' | LC_ALL=C sort
+  find . -mindepth 1 -type d -printf 'RMDir "$INSTDIR\\%P"\n' | LC_ALL=C sort -r
+) | tr / '\134' > "$work/uninstall-files.nsh"
+installer=$output/emberwake-launcher-$version-setup.exe
+rm -f "$installer"
+makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DFILES=$folder" \
+  "-DUNINSTALL_FILES=$work/uninstall-files.nsh" "-DICON=$root/images/clienticon.ico" \
+  "-DSIZE=$(du -sk --apparent-size "$folder" | cut -f1)" "-DOUTPUT=$installer" \
+  "$here/installer.nsi"
+
+for package in "$archive" "$installer"; do
+  echo "$(stat --format=%s "$package") bytes: $package"
+done

@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Runs the tests of what the packages are made of: the check of imports, the extractor, and the
+# installer in build/packages (or in the folder given):
+#
+#   packaging/windows/test.sh [FOLDER]
+#
+# The last line is "N passed, N failed" over all of them, and the result says whether one failed.
+set -euo pipefail
+
+here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
+packages=${1:-$here/../../build/packages}
+"$here/../../scripts/install-packages.sh" windows windows-test
+
+. "$here/../../scripts/summary.sh"
+run_counted "$here/test-check-imports.py"
+run_counted "$here/test-unzip.py"
+run_counted "$here/test-installer.sh" "$packages"
+print_summary
