@@ -600,7 +600,7 @@ def code_road(road: Road) -> None:
         lambda: [w for w in road.screen.windows(first.pid, ".*") if w not in (road.window, dialog)],
     )[0]
     road.screen.focus(question)
-    road.wait_for("the restart question to be drawn", lambda: road.screen.has_ground(question))
+    road.wait_for("the restart question to be drawn", lambda: road.screen.is_settled(question))
     road.stop_here("restart", "the launcher offers to restart")
     # Yes is the default button.
     road.screen.key("Return")
@@ -636,7 +636,7 @@ def code_road(road: Road) -> None:
             "the engine question", lambda: [w for w in road.screen.windows(second, ".*") if w != road.window]
         )[0]
         road.screen.focus(box)
-        road.wait_for("the engine question to be drawn", lambda: road.screen.has_ground(box))
+        road.wait_for("the engine question to be drawn", lambda: road.screen.is_settled(box))
         road.stop_here("engine", "Play asks for the graphics engine")
         # The first button, DirectX, has the focus.
         road.screen.key("Return")

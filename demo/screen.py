@@ -177,6 +177,19 @@ class Screen:
         place = self.geometry(window)
         return place is not None and 3 * max(self.colours(place).values()) >= place[2] * place[3]
 
+    def is_settled(self, window: str) -> bool:
+        """Whether the window is painted and has stayed as it is for a moment.
+
+        Where a window stood before, its content remains in the picture until the next one is
+        painted, and looks like that one's ground.
+        """
+        place = self.geometry(window)
+        if place is None or not self.has_ground(window):
+            return False
+        before = self.grab(place)
+        time.sleep(0.4)
+        return ImageChops.difference(before, self.grab(place)).getbbox() is None
+
     def has_frame(self, window: str) -> bool:
         """Whether a window manager draws, or would be allowed to draw, a frame."""
         hints = re.search(r"= (.*)", self._ask("xprop", "-id", window, "_MOTIF_WM_HINTS"))

@@ -18,6 +18,18 @@ bool isBelow(const QString &path, QString root)
 }
 } // namespace
 
+bool hasStrayColon(const QString &path)
+{
+#ifdef Q_OS_WIN
+    const bool whole = path.size() > 2 && path.at(1) == QLatin1Char(':') &&
+                       QStringLiteral("/\\").contains(path.at(2));
+    return path.indexOf(QLatin1Char(':'), whole ? 2 : 0) >= 0;
+#else
+    Q_UNUSED(path)
+    return false;
+#endif
+}
+
 bool liesInsideWorkingDirectory(const QString &directory)
 {
     return isBelow(QDir(directory).canonicalPath(), QDir::current().canonicalPath());
@@ -26,7 +38,8 @@ bool liesInsideWorkingDirectory(const QString &directory)
 bool wouldLieInsideWorkingDirectory(const QString &directory)
 {
     const QDir root = QDir::current();
-    return isBelow(QDir::cleanPath(root.absoluteFilePath(directory)), root.path());
+    return !hasStrayColon(directory) &&
+           isBelow(QDir::cleanPath(root.absoluteFilePath(directory)), root.path());
 }
 
 bool isFileOfWorkingDirectory(const QString &fileName)

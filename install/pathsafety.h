@@ -5,6 +5,11 @@
 // Guards against removing or overwriting what is not the launcher's: ".." and links are resolved,
 // and a directory that does not exist lies nowhere.
 
+// Whether a colon stands elsewhere than behind the drive of a whole path. On Windows "C:folder"
+// lies wherever that drive was last worked on, and a colon further on names a stream of a file.
+// Nowhere else has it a meaning.
+bool hasStrayColon(const QString &path);
+
 // Whether the directory lies inside the working directory and is not that directory itself.
 bool liesInsideWorkingDirectory(const QString &directory);
 

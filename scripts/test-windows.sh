@@ -28,7 +28,7 @@ echo '== Making the tools'
 [ -f "$httplib/httplib.h" ] || packaging/windows/fetch-source.sh cpp-httplib "$httplib"
 tests/support/build-windows-zip.sh "$tools/zip.exe"
 packaging/windows/build-unzip.sh
-install -m 755 build/windows-unzip/unzip.exe "$tools/"
+install -D -m 755 build/windows-unzip/unzip.exe "$tools/unzip.exe"
 
 echo "== Configuring $build"
 cmake -S . -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64.cmake \
@@ -52,7 +52,7 @@ windows_path() {
   local folder
   local -a folders=()
   for folder in "$@"; do
-    folders+=("Z:$(cd "$folder" && pwd | tr / '\\')")
+    folders+=("Z:$(cd "$folder" && pwd | tr / '\134')")
   done
   (IFS=';' && echo "${folders[*]}")
 }

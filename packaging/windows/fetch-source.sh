@@ -14,7 +14,8 @@ if [ "$#" -ne 2 ]; then
   exit 64
 fi
 package=$1
-folder=$2
+# Absolute: some of it is done from other folders.
+folder=$(realpath -m "$2")
 [ ! -e "$folder" ] || { echo "fetch-source.sh: $folder is there already" >&2; exit 1; }
 mkdir -p "$(dirname "$folder")"
 
@@ -68,7 +69,7 @@ fetch() {
   local name=$1 checksum=$2 place uri other_name other_checksum
   for place in "${places[@]}"; do
     read -r uri other_name _ other_checksum <<< "$place"
-    [ "$other_name" = "$name" ] && [ "$other_checksum" = "$checksum" ] || continue
+    if [ "$other_name $other_checksum" != "$name $checksum" ]; then continue; fi
     uri=${uri#\'}
     if (cd "$scratch" && /usr/lib/apt/apt-helper "${options[@]}" download-file "${uri%\'}" "$name" "$checksum"); then
       return

@@ -11,6 +11,7 @@ here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
 packages=${1:-$here/../../build/packages}
 "$here/../../scripts/install-packages.sh" windows windows-test
 
+# shellcheck source=../../scripts/summary.sh
 . "$here/../../scripts/summary.sh"
 run_counted "$here/test-check-imports.py"
 run_counted "$here/test-unzip.py"

@@ -559,6 +559,18 @@ void TestInstallRules::folderToBeMade_data()
         << QStringLiteral("../installation2") << false;
     QTest::newRow("an absolute folder elsewhere") << QStringLiteral("/tmp/evil") << false;
     QTest::newRow("the root of the drive") << QStringLiteral("/") << false;
+#ifdef Q_OS_WIN
+    QTest::newRow("by the system's separators") << QStringLiteral("Alpha\\2.1") << true;
+    QTest::newRow("climbing out by them") << QStringLiteral("..\\evil") << false;
+    QTest::newRow("from the root by them") << QStringLiteral("\\evil") << false;
+    QTest::newRow("another machine") << QStringLiteral("\\\\server\\share") << false;
+    QTest::newRow("a drive") << QStringLiteral("C:") << false;
+    QTest::newRow("above where a drive was worked on") << QStringLiteral("C:..\\evil") << false;
+    QTest::newRow("where a drive was worked on") << QStringLiteral("C:evil") << false;
+    QTest::newRow("a stream of a folder") << QStringLiteral("Alpha:evil") << false;
+#else
+    QTest::newRow("a colon, which means nothing here") << QStringLiteral("Alpha: 2.1") << true;
+#endif
 }
 
 // By the text alone: none of them exists.

@@ -5,7 +5,7 @@
 #   build-windows-zip.sh FILE
 set -euo pipefail
 here=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")" && pwd)
-output=$1
+output=$(realpath -m "$1")
 [ ! -f "$output" ] || exit 0
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

@@ -29,6 +29,7 @@ export WINEPREFIX=$scratch/prefix WINEDEBUG=${WINEDEBUG:--all} WINEARCH=win64
 # No half-installed desktop integration of the one who runs this.
 export WINEDLLOVERRIDES="${WINEDLLOVERRIDES:-mscoree,mshtml=;winedbg.exe,winemenubuilder.exe=d}"
 unset QT_QPA_PLATFORM
+# shellcheck disable=SC2317 # the trap calls it
 finish() {
   "$wineserver" --kill 2>/dev/null || true
   "$wineserver" --wait 2>/dev/null || true

@@ -7,12 +7,7 @@
 #include <QTest>
 #include <qt_windows.h>
 
-#include <atomic>
-#include <functional>
-#include <thread>
-
-// The window's own borders as Windows asks for them: messages to the real window handle, and a
-// pointer that drags.
+// The window's own borders as Windows asks for them, by messages to the real window handle.
 class TestNativeChrome : public QObject
 {
     Q_OBJECT
@@ -33,9 +28,6 @@ private slots:
     void fullScreenKeepsTheBorders();
     void moveOverABorderRescales();
     void otherMessagesAreLeftToTheSystem();
-    void bordersCanBeDragged_data();
-    void bordersCanBeDragged();
-    void captionCanBeDragged();
 
 private:
     HWND handle() const { return reinterpret_cast<HWND>(m_window->winId()); }
@@ -50,72 +42,6 @@ namespace
 {
 // Not between -2 and 17: what Windows answers by itself when the window does not.
 constexpr LRESULT client = HTCLIENT;
-
-// Drags with the left button, from a thread of its own: while Windows resizes or moves a window, it
-// keeps the thread of the window for itself.
-class Hand
-{
-public:
-    Hand(QPoint from, QPoint to)
-        : m_window(GetCurrentThreadId())
-        , m_thread([this, from, to] { drag(from, to); })
-    {
-    }
-    ~Hand() { m_thread.join(); }
-    Hand(const Hand &) = delete;
-    Hand &operator=(const Hand &) = delete;
-
-    bool hasEnded() const { return m_ended; }
-    // Whether Windows took the drag for its own business.
-    bool wasTaken() const { return m_taken; }
-
-private:
-    static void put(DWORD what)
-    {
-        INPUT input{};
-        input.type = INPUT_MOUSE;
-        input.mi.dwFlags = what;
-        SendInput(1, &input, sizeof input);
-    }
-    bool isMovingOrSizing() const
-    {
-        GUITHREADINFO info{};
-        info.cbSize = sizeof info;
-        return GetGUIThreadInfo(m_window, &info) != 0 && (info.flags & GUI_INMOVESIZE) != 0;
-    }
-    // Looks until it is so, three seconds at most.
-    bool waitUntil(bool movingOrSizing) const
-    {
-        for (int look = 0; look < 300; ++look) {
-            if (isMovingOrSizing() == movingOrSizing) {
-                return true;
-            }
-            Sleep(10);
-        }
-        return false;
-    }
-    void drag(QPoint from, QPoint to)
-    {
-        constexpr int steps = 10;
-        SetCursorPos(from.x(), from.y());
-        put(MOUSEEVENTF_LEFTDOWN);
-        m_taken = waitUntil(true);
-        for (int step = 1; step <= steps; ++step) {
-            const QPoint place = from + (to - from) * step / steps;
-            SetCursorPos(place.x(), place.y());
-            Sleep(10); // a hand's speed
-        }
-        do {
-            put(MOUSEEVENTF_LEFTUP);
-        } while (!waitUntil(false));
-        m_ended = true;
-    }
-
-    DWORD m_window;
-    std::atomic<bool> m_taken{false};
-    std::atomic<bool> m_ended{false};
-    std::thread m_thread;
-};
 } // namespace
 
 void TestNativeChrome::init()
@@ -341,60 +267,6 @@ void TestNativeChrome::otherMessagesAreLeftToTheSystem()
     long result = 4711;
     QVERIFY(m_window->nativeEvent(QByteArray(), &message, &result));
     QCOMPARE(result, 4711L);
-}
-
-void TestNativeChrome::bordersCanBeDragged_data()
-{
-    QTest::addColumn<QPoint>("grip"); // negative: from the right or bottom edge
-    QTest::addColumn<QPoint>("distance");
-    QTest::addColumn<QSize>("dragged");
-    QTest::addColumn<QSize>("rescaled");
-    QTest::newRow("right border") << QPoint(-4, 300) << QPoint(226, 0) << QSize(1200, 571)
-                                  << QSize(1200, 703);
-    QTest::newRow("bottom border")
-        << QPoint(300, -4) << QPoint(0, 129) << QSize(974, 700) << QSize(1194, 700);
-    QTest::newRow("bottom right corner")
-        << QPoint(-4, -4) << QPoint(100, 20) << QSize(1074, 591) << QSize(1008, 591);
-    QTest::newRow("smaller than allowed")
-        << QPoint(-4, 300) << QPoint(-700, 0) << QSize(487, 571) << QSize(487, 285);
-}
-
-void TestNativeChrome::bordersCanBeDragged()
-{
-    QFETCH(QPoint, grip);
-    QFETCH(QPoint, distance);
-    QFETCH(QSize, dragged);
-    QFETCH(QSize, rescaled);
-    const RECT window = frame();
-    const QPoint from(int(grip.x() < 0 ? window.right : window.left) + grip.x(),
-                      int(grip.y() < 0 ? window.bottom : window.top) + grip.y());
-    {
-        const Hand hand(from, from + distance);
-        QVERIFY(QTest::qWaitFor([&hand] { return hand.hasEnded(); }, 20000));
-        QVERIFY(hand.wasTaken());
-    }
-    QTRY_VERIFY2(
-        m_window->size() == dragged || m_window->size() == rescaled,
-        qPrintable(QStringLiteral("%1 x %2").arg(m_window->width()).arg(m_window->height())));
-    // The pointer moves over the border again.
-    const RECT now = frame();
-    SetCursorPos(int(grip.x() < 0 ? now.right : now.left) + grip.x() + 1,
-                 int(grip.y() < 0 ? now.bottom : now.top) + grip.y() + 1);
-    QTRY_COMPARE(m_window->size(), rescaled);
-    QCOMPARE(m_window->ui->backgroundImage->size(), rescaled);
-}
-
-void TestNativeChrome::captionCanBeDragged()
-{
-    m_window->ui->mainwindow->resize(500, 571);
-    const QPoint from = m_window->mapToGlobal(QPoint(700, 300));
-    {
-        const Hand hand(from, from + QPoint(120, -60));
-        QVERIFY(QTest::qWaitFor([&hand] { return hand.hasEnded(); }, 20000));
-        QVERIFY(hand.wasTaken());
-    }
-    QTRY_COMPARE(m_window->pos(), QPoint(320, 90));
-    QCOMPARE(m_window->size(), QSize(974, 571));
 }
 
 QTEST_MAIN(TestNativeChrome)
