@@ -1,6 +1,7 @@
 // The installed clients on disk: <server>/<client>/<version>/ under the working directory.
 
 #include "install/pathsafety.h"
+#include "install/removal.h"
 #include "install/versionweight.h"
 #include "window/testform.h"
 
@@ -15,46 +16,6 @@ void makeDirectory(const QString &path)
 {
     if (!QDir(path).exists() && wouldLieInsideWorkingDirectory(path)) {
         (void)QDir::current().mkdir(path);
-    }
-}
-
-void removeFile(const QString &path)
-{
-    // Windows refuses to remove a file that is marked read-only. A link that cannot be removed is
-    // left as it is: the permissions would be those of what it leads to.
-    if (!QFile::remove(path) && !QFileInfo(path).isSymLink()) {
-        (void)QFile::setPermissions(path, QFile::permissions(path) | QFile::WriteUser);
-        (void)QFile::remove(path);
-    }
-}
-
-// The toolkit's own recursive removal follows a junction and would empty the folder that a player
-// has moved to another drive. Here a link goes, and what it leads to stays.
-void removeContents(const QString &path)
-{
-    const QFileInfoList entries = QDir(path).entryInfoList(QDir::AllEntries | QDir::Hidden |
-                                                           QDir::System | QDir::NoDotAndDotDot);
-    for (const QFileInfo &entry : entries) {
-        const QString name = entry.filePath();
-        if (entry.isJunction()) {
-            (void)QDir().rmdir(name);
-        } else if (entry.isDir() && !entry.isSymLink()) {
-            removeContents(name);
-            (void)QDir().rmdir(name);
-        } else {
-            removeFile(name);
-        }
-    }
-}
-
-// Directories only; a link in a directory's place is left alone, what it leads to does not lie in
-// the folder that is being tidied.
-void removeDirectory(const QString &path)
-{
-    const QFileInfo info(path);
-    if (info.isDir() && !info.isSymLink() && !info.isJunction()) {
-        removeContents(path);
-        (void)QDir().rmdir(path);
     }
 }
 } // namespace
@@ -101,7 +62,7 @@ void testform::deleteOlderVersions()
         }
         const QString path = parent + QLatin1Char('/') + name;
         if (!path.endsWith(current)) {
-            removeDirectory(path);
+            (void)Removal::removeFolder(path);
         }
     }
 }
@@ -110,8 +71,8 @@ void testform::deleteInstallationFiles()
 {
     const QStringList archives = QDir::current().entryList({QStringLiteral("*.zip")});
     for (const QString &archive : archives) {
-        // Fails on a directory of such a name, which therefore stays.
-        (void)QFile::remove(archive);
+        // A directory of such a name stays.
+        (void)Removal::removeFile(archive);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "info/console.h"
 #include "install/pathsafety.h"
+#include "install/removal.h"
 #include "install/savefilename.h"
 #include "install/speedtext.h"
 #include "window/testform.h"
@@ -187,7 +188,7 @@ void DownloadManager::install()
     // A document may name a server or a version that leads out of the game's folder, or no server
     // at all: nothing is unpacked there, and without the directory the download counts as failed.
     if (!wouldLieInsideWorkingDirectory(folder)) {
-        (void)output.remove();
+        (void)Removal::removeFile(filename);
         return;
     }
     const QDir workingDirectory = QDir::current();
@@ -197,7 +198,5 @@ void DownloadManager::install()
     const QString zipFile = QDir::toNativeSeparators(workingDirectory.absoluteFilePath(filename));
     const QString folderPath = QDir::toNativeSeparators(workingDirectory.absoluteFilePath(folder));
     testform::unzip2Folder(zipFile, folderPath, this, password);
-    if (QFile::exists(zipFile)) {
-        (void)QFile::remove(zipFile);
-    }
+    (void)Removal::removeFile(filename);
 }
