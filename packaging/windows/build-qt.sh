@@ -28,11 +28,6 @@ trap 'rm -rf "$work"' EXIT
 
 # These two libraries are named as Windows spells them, where case does not matter.
 sed -i 's/-lSecur32/-lsecur32/; s/-lCrypt32/-lcrypt32/' "$work/source/src/network/ssl/ssl.pri"
-# What we mend, each with its reason in its first lines.
-for patch in "$here"/qt/*.patch; do
-  echo "Applying $(basename "$patch")"
-  patch -s -p1 --fuzz=0 -d "$work/source" < "$patch"
-done
 # The configuration asks git for a version where there is a repository; there is none, and the
 # marker makes the build create the headers that a release archive would bring.
 mkdir -p "$work/source/.git"
@@ -64,8 +59,6 @@ make INSTALL_ROOT="$work/installed" install
 mkdir -p "$work/installed$prefix/licenses"
 cp "$work/source"/LICENSE.* "$work/installed$prefix/licenses/"
 cp "$work/source/SOURCE-PACKAGE" "$work/installed$prefix/licenses/"
-# Who gets the libraries may see what was changed.
-cp "$here"/qt/*.patch "$work/installed$prefix/licenses/"
 # The authors and terms of everything inside, the bundled libraries included.
 cp "$work/source/debian/copyright" "$work/installed$prefix/licenses/copyright"
 mv "$work/installed$prefix" "$prefix"

@@ -6,6 +6,7 @@
 #include <QSslConfiguration>
 #include <QSslSocket>
 #include <QTest>
+#include <QTimer>
 
 #ifdef Q_OS_WIN
 #include <qt_windows.h>
@@ -26,6 +27,7 @@ private slots:
     void unknownAuthorityIsRefused();
     void largeArchiveArrivesWhole();
     void wrongNameIsRefused();
+    void connectionThatEndsWithTheArchive();
 };
 
 namespace
@@ -124,6 +126,28 @@ void TestSecureDownload::wrongNameIsRefused()
     manager.append(url);
     QVERIFY(ended.wait(20000));
     QVERIFY(!QFile::exists(QStringLiteral("a/1.0")));
+}
+
+// What has arrived when the connection ends is still there to be read.
+void TestSecureDownload::connectionThatEndsWithTheArchive()
+{
+    constexpr int closingMegabytes = 6;
+    for (int download = 0; download < 10; ++download) {
+        const ScratchFolder folder;
+        Archives::provideExtractorScript("keep kept.zip");
+        DownloadManager manager(nullptr, QStringLiteral("1.0"), QStringLiteral("a"));
+        QSignalSpy ended(&manager, &DownloadManager::updateFinished);
+        // A launcher that is busy now and then, so that bytes wait at every station of their way.
+        QTimer busy;
+        connect(&busy, &QTimer::timeout, this, [] { QTest::qSleep(50); });
+        busy.start(0);
+        manager.append(
+            QUrl(qEnvironmentVariable("EMBERWAKE_TEST_HTTPS") + QStringLiteral("closing.zip")));
+        QVERIFY(ended.wait(20000));
+        const QByteArray content = ScratchFolder::read(QStringLiteral("kept.zip"));
+        QCOMPARE(content.size(), closingMegabytes * megabyte);
+        QCOMPARE(content.at(content.size() - 1), 'f');
+    }
 }
 
 QTEST_GUILESS_MAIN(TestSecureDownload)

@@ -5,7 +5,8 @@
 
 Makes two test authorities in FOLDER, and a certificate of each for a server of
 its own. Both serve /client.zip (48 MiB, every MiB of it one letter: a, b, c
-...). The command finds in its environment
+...), and /closing.zip (6 MiB of the same), behind which they close the
+connection. The command finds in its environment
 
     EMBERWAKE_TEST_HTTPS      the first server's address, ending in a slash
     EMBERWAKE_TEST_AUTHORITY  the certificate of its authority (PEM)
@@ -26,6 +27,7 @@ from pathlib import Path
 
 MEGABYTE = 1024 * 1024
 MEGABYTES = 48
+CLOSING_MEGABYTES = 6
 
 
 class Handler(BaseHTTPRequestHandler):
@@ -33,15 +35,22 @@ class Handler(BaseHTTPRequestHandler):
     protocol_version = "HTTP/1.1"
 
     def do_GET(self) -> None:
-        if self.path != "/client.zip":
+        megabytes = {"/client.zip": MEGABYTES, "/closing.zip": CLOSING_MEGABYTES}.get(self.path)
+        if megabytes is None:
             self.send_error(404)
             return
+        if self.path == "/closing.zip":
+            # As old servers do.
+            self.protocol_version = "HTTP/1.0"
         self.send_response(200)
-        self.send_header("Content-Length", str(MEGABYTES * MEGABYTE))
+        self.send_header("Content-Length", str(megabytes * MEGABYTE))
+        if self.path == "/closing.zip":
+            self.send_header("Connection", "close")  # which also makes this server do so
         self.end_headers()
         try:
-            for number in range(MEGABYTES):
-                self.wfile.write(bytes([ord("a") + number % 26]) * MEGABYTE)
+            for number in range(megabytes):
+                for _ in range(16):
+                    self.wfile.write(bytes([ord("a") + number % 26]) * (MEGABYTE // 16))
         except OSError:
             pass  # the test has seen enough
 
