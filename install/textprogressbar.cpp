@@ -3,6 +3,7 @@
 #include "info/console.h"
 
 #include <algorithm>
+#include <limits>
 
 void TextProgressBar::clear()
 {
@@ -20,7 +21,8 @@ void TextProgressBar::update()
         return;
     }
     const int percent = getProgress();
-    QString bar(percent / 2, QLatin1Char('#'));
+    // No longer than its field, should more come than was announced.
+    QString bar(std::clamp(percent / 2, 0, 50), QLatin1Char('#'));
     if (percent % 2 != 0) {
         bar += QLatin1Char('>');
     }
@@ -51,7 +53,14 @@ void TextProgressBar::setStatus(qint64 newValue, qint64 newMaximum)
 
 int TextProgressBar::getProgress() const
 {
-    return maximum > 0 ? static_cast<int>(value * 100 / maximum) : 0;
+    if (maximum <= 0) {
+        return 0;
+    }
+    // Beyond that only a broken server announces sizes, and the product would not fit.
+    constexpr qint64 largest = std::numeric_limits<qint64>::max() / 100;
+    const bool fits = value >= -largest && value <= largest;
+    return static_cast<int>(fits ? value * 100 / maximum
+                                 : value / std::max<qint64>(maximum / 100, 1));
 }
 
 // kept: the bracketed field widens and narrows with the bar instead of keeping its width, and the

@@ -2,7 +2,7 @@
 # Installs the Debian packages that a command of this project needs and the
 # machine lacks.
 #
-#   scripts/install-packages.sh GROUP...      groups: build test demo source windows windows-test
+#   scripts/install-packages.sh GROUP...      groups: build test demo fuzz source windows windows-test
 #
 # Ends with 0 when everything is there, with 1 and a message that names the
 # package when something cannot be had. Other scripts may source this file and
@@ -24,6 +24,10 @@ test_packages=(
   xdg-utils file procps ca-certificates git libssl-dev openssl x11-apps
 )
 
+# What the fuzz targets are built by.
+fuzz_packages=(
+  clang
+)
 # What unpacks the distribution's source packages.
 source_packages=(
   ca-certificates patch xz-utils
@@ -119,17 +123,18 @@ install_groups() {
       build) packages+=("${build_packages[@]}") ;;
       test) packages+=("${test_packages[@]}") ;;
       demo) packages+=("${demo_packages[@]}") ;;
+      fuzz) packages+=("${fuzz_packages[@]}") ;;
       source) packages+=("${source_packages[@]}") ;;
       windows) packages+=("${windows_packages[@]}") ;;
       windows-test) packages+=("${windows_test_packages[@]}") ;;
       *)
-        echo "install-packages.sh: no such group: $group (build, test, demo, source, windows, windows-test)" >&2
+        echo "install-packages.sh: no such group: $group (build, test, demo, fuzz, source, windows, windows-test)" >&2
         return 64
         ;;
     esac
   done
   if [ "${#packages[@]}" -eq 0 ]; then
-    echo "usage: scripts/install-packages.sh GROUP...   (build, test, demo, source, windows, windows-test)" >&2
+    echo "usage: scripts/install-packages.sh GROUP...   (build, test, demo, fuzz, source, windows, windows-test)" >&2
     return 64
   fi
 

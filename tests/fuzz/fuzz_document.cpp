@@ -1,0 +1,84 @@
+// The launcher document with everything it sets off: texts on labels, the table of clients, the
+// panel with its buttons, the choice that is applied at once.
+
+#include "info/filedownloader.h"
+#include "news/imagedownloader.h"
+#include "support/testsettings.h"
+#include "ui_testform.h"
+#include "window/testform.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QDir>
+#include <QMessageBox>
+#include <QNetworkProxy>
+#include <QTemporaryDir>
+#include <QThreadPool>
+#include <QTimer>
+
+#include <cstdio>
+
+namespace
+{
+// Takes the addresses that would go to the player's browser.
+class Nobody : public QObject
+{
+    Q_OBJECT
+public slots:
+    void open(const QUrl & /*url*/) {}
+};
+
+struct Stage {
+    Stage()
+    {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        static int count = 1;
+        static char name[] = "fuzz_document";
+        static char *arguments[] = {name, nullptr};
+        new QApplication(count, arguments); // as long as the process
+        QDir::setCurrent(folder.path());
+        // Whatever address a document names, nothing leaves this machine.
+        QNetworkProxy::setApplicationProxy(
+            QNetworkProxy(QNetworkProxy::HttpProxy, QStringLiteral("127.0.0.1"), 1));
+        for (const char *scheme : {"http", "https", "file"}) {
+            QDesktopServices::setUrlHandler(QString::fromLatin1(scheme), &nobody, "open");
+        }
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+        // The names of the elements, which the launcher prints.
+        (void)std::freopen("/dev/null", "w", stdout);
+    }
+    QTemporaryDir folder;
+    Nobody nobody;
+};
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, size_t size)
+{
+    static const Stage stage;
+    testform window;
+    window.settings =
+        Settings(QStringLiteral("Alpha"), QStringLiteral("Official"), true, QStringLiteral("code"));
+    window.infoDownloader->m_DownloadedData =
+        QByteArray(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    // An outdated launcher is told so; the player reads it and goes on.
+    QTimer reader;
+    QObject::connect(&reader, &QTimer::timeout, &reader, [] {
+        if (QWidget *box = QApplication::activeModalWidget()) {
+            box->close();
+        }
+    });
+    reader.start(1);
+    window.loadInfo();
+    // A few turns of the event loop, for what was set off.
+    for (int turn = 0; turn < 3; ++turn) {
+        QApplication::processEvents();
+    }
+    window.customResize(700, 400);
+    if (!window.clientInfos.isEmpty() && window.serverButtons.size() > window.clientInfos.size()) {
+        __builtin_trap();
+    }
+    QThreadPool::globalInstance()->waitForDone();
+    return 0;
+}
+
+#include "fuzz_document.moc"
