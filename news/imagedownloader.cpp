@@ -3,9 +3,11 @@
 #include "info/filedownloader.h"
 #include "install/pathsafety.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
+#include <QImageReader>
 #include <QLabel>
 #include <QPixmap>
 #include <QtConcurrent>
@@ -22,7 +24,30 @@ QString nameOf(const QLabel *label)
     }
     return label->objectName();
 }
+
+// Empty when the bytes are no picture, or one too large to be meant well: a file of a few kilobytes
+// can ask for gigabytes of memory.
+QPixmap decoded(const QByteArray &bytes)
+{
+    QPixmap picture;
+    if (isPictureOfReasonableSize(bytes)) {
+        (void)picture.loadFromData(bytes);
+    }
+    return picture;
+}
 } // namespace
+
+bool isPictureOfReasonableSize(const QByteArray &bytes)
+{
+    QByteArray data = bytes;
+    QBuffer buffer(&data);
+    if (!buffer.open(QIODevice::ReadOnly)) {
+        return false;
+    }
+    // The size as the header tells it, before anything is decoded.
+    const QSize size = QImageReader(&buffer).size();
+    return !size.isValid() || qint64(size.width()) * size.height() <= largestPicture;
+}
 
 QPixmap scaledToSize(const QPixmap &picture, QSize size)
 {
@@ -93,13 +118,9 @@ void ImageDownloader::loadData()
     if (px_orig == nullptr) {
         px_orig = new QPixmap;
     }
-    if (!px_orig->loadFromData(bytes)) {
-        *px_orig = QPixmap();
-    }
+    *px_orig = decoded(bytes);
     if (label != nullptr && px != nullptr) {
-        if (!px->loadFromData(bytes)) {
-            *px = QPixmap();
-        }
+        *px = decoded(bytes);
         showOnLabel(*px);
     }
     // Fire and forget, with a name and a picture of its own: the pool's thread touches nothing

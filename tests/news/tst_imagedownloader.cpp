@@ -176,6 +176,9 @@ private slots:
     void saveBufferWritesTheOriginal();
     void saveBufferWithoutAnOriginal();
 
+    void reasonableSize_data();
+    void reasonableSize();
+    void sizeThatIsNotTold();
     void noPicture_data();
     void noPicture();
     void brokenPicture_data();
@@ -534,6 +537,46 @@ void TestImageDownloader::saveBufferWithoutAnOriginal()
     downloader.saveBuffer();
     QVERIFY(QFile::exists(QStringLiteral("picture.png")));
     QCOMPARE(ScratchFolder::read(QStringLiteral("picture.png")), QByteArray());
+}
+
+void TestImageDownloader::reasonableSize_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    QTest::addColumn<bool>("reasonable");
+    QTest::newRow("the largest") << 8000 << 4000 << true;
+    QTest::newRow("one row more") << 8000 << 4001 << false;
+    QTest::newRow("a ribbon") << 30000 << 1066 << true;
+    QTest::newRow("both sides long") << 12000 << 12000 << false;
+}
+
+// Few bytes, many pixels.
+void TestImageDownloader::reasonableSize()
+{
+    QFETCH(int, width);
+    QFETCH(int, height);
+    QFETCH(bool, reasonable);
+    QImage picture(width, height, QImage::Format_Mono);
+    picture.fill(1);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    QVERIFY(buffer.open(QIODevice::WriteOnly));
+    QVERIFY(picture.save(&buffer, "PNG"));
+    QCOMPARE(isPictureOfReasonableSize(bytes), reasonable);
+    m_server->serve(QStringLiteral("picture"), bytes);
+    PictureLabel label({20, 10});
+    ImageDownloader downloader(QUrl(pictureUrl()), &label);
+    QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
+    downloader.downloadImage();
+    QVERIFY(loaded.wait(30000));
+    QCOMPARE(downloader.getOriginalPixmap()->isNull(), !reasonable);
+    QCOMPARE(label.pixmap(Qt::ReturnByValue).isNull(), !reasonable);
+}
+
+void TestImageDownloader::sizeThatIsNotTold()
+{
+    QVERIFY(isPictureOfReasonableSize(QByteArray()));
+    QVERIFY(isPictureOfReasonableSize("no picture"));
 }
 
 void TestImageDownloader::noPicture_data()
