@@ -50,3 +50,9 @@ for size in 16 24 32 48 64 128 256; do
     frames+=("$tmp/$size.png")
 done
 "$python" -B sources/finish.py icon clienticon.ico "${frames[@]}"
+
+# The same bytes come from the same renderer only; the check of the pictures asks which one it was.
+{
+    rsvg-convert --version
+    "$python" -c 'import PIL; from PIL import features; print("Pillow", PIL.__version__, "zlib", features.version("zlib"))'
+} > rendered-with.txt

@@ -51,6 +51,11 @@ def caption_ground(s, strip, lift):
                                   (top + .04, dark, .92), (top + .1, dark, .96), (1, dark, 1)]))
 
 
+def dark_edge(s):
+    """The lowest tenth of a slide sinks into the night of the window around it."""
+    s.rect(0, s.h * .88, s.w, s.h * .12, s.lin([(0, "#06060b", 0), (.55, "#06060b", .75), (1, "#06060b", .95)]))
+
+
 # ------------------------------------------------------------------- logos
 
 def cinderfall():
@@ -224,6 +229,7 @@ def slide_gate():
     s.ridge(640, 640, 8, "#06070d")
     s.embers(130, 120, 20, 540, 600, .9, 3.2, 1.1)
     s.vignette(.6)
+    dark_edge(s)
     s.save("demo/news/slide1")
 
 
@@ -272,6 +278,7 @@ def slide_dragon():
     s.figure(168, 594, 56, "#05060c")
     s.embers(60, 60, 240, 260, 580, .8, 2.6, 1.0, .95, 60)
     s.vignette(.5)
+    dark_edge(s)
     s.save("demo/news/slide2")
 
 
@@ -331,6 +338,7 @@ def slide_lighthouse():
     s.poly([(-10, 660), (-10, 590), (40, 584), (70, 606), (120, 602), (150, 630), (230, 640), (300, 660)], "#05090e")
     s.embers(110, 180, 40, 560, 460, .8, 2.8, .9, .95, -160)
     s.vignette(.55, "#03070b")
+    dark_edge(s)
     s.save("demo/news/slide3")
 
 
