@@ -40,6 +40,8 @@ for svg in sources/demo/*.svg sources/demo/news/*.svg; do
 done
 
 "$python" -B sources/finish.py shrink "${rendered[@]}"
+# Every start reads it, whether the panel is seen or not. It is dark enough that the dither is not.
+"$python" -B sources/finish.py palette servers_nobutton_dark.png
 
 # The program icon; the two smallest sizes have a simpler drawing.
 frames=()

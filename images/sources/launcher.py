@@ -114,9 +114,9 @@ def citadel(s, k):
     s.path("M792 446L812 432L824 434L836 420L850 423L862 408L876 412L890 402H948L956 408L966 404L982 414V460H792Z", near)
     # the gate, burning behind its arch, and slits of the same fire
     fire = s.lin([(0, "#ff7a2f"), (1, "#ffe0ae")])
-    arch = "M912 414V392Q912 381 918 375Q924 381 924 392V414Z"
+    arch = "M912 402.500V388Q912 377 918 371Q924 377 924 388V402.500Z"
     s.path(arch, fire, 'opacity="%s"' % n(.95 * k))
-    s.glow(918, 398, 34, 40, "#ff8a3c", .75 * k)
+    s.glow(918, 392, 34, 40, "#ff8a3c", .75 * k)
     for x, y, h in ((918, 300, 8), (918, 324, 7), (915, 262, 6), (884, 316, 6), (951, 300, 7), (951, 338, 6), (886, 352, 5), (948, 276, 5), (858, 392, 4)):
         s.path("M%s %sq.800 -2.200 1.600 0v%sh-1.600Z" % (n(x - .8), n(y), n(h * .8)), fire, 'opacity="%s"' % n(.85 * k))
         s.glow(x, y + h / 2, 6, 9, "#ff7a2f", .45 * k)
@@ -135,8 +135,8 @@ def plain(s, k):
 
 def wake(s, k):
     """The wake of embers: from the gate down to the left, past the button to the lower edge."""
-    upper = [(926, 416), (950, 434), (948, 452), (926, 470), (880, 486), (800, 506), (700, 526), (590, 541), (470, 553), (330, 566)]
-    lower = [(932, 416), (962, 434), (966, 454), (956, 474), (930, 496), (872, 524), (800, 552), (740, 575), (600, 585), (330, 585)]
+    upper = [(914, 402), (926, 414), (948, 432), (948, 452), (926, 470), (880, 486), (800, 506), (700, 526), (590, 541), (470, 553), (330, 566)]
+    lower = [(922, 402), (938, 414), (962, 433), (966, 454), (956, 474), (930, 496), (872, 524), (800, 552), (740, 575), (600, 585), (330, 585)]
 
     def smooth(pts):
         d = "M%s %s" % (n(pts[0][0]), n(pts[0][1]))
@@ -145,12 +145,12 @@ def wake(s, k):
         return d + "L%s %s" % (n(pts[-1][0]), n(pts[-1][1]))
 
     d = smooth(upper) + "L" + smooth(lower[::-1])[1:] + "Z"
-    along = s.lin([(0, "#ff7a2f", 0), (.25, "#e0501c", .30 * k), (.6, "#ff7a2f", .55 * k), (.86, "#ff7a2f", .75 * k), (1, "#ffa45a", .9 * k)],
+    along = s.lin([(0, "#ff7a2f", 0), (.25, "#e0501c", .30 * k), (.6, "#ff7a2f", .55 * k), (.86, "#ff6a22", .75 * k), (1, "#ff7a2f", .9 * k)],
                   330, 570, 940, 430, user=True)
     s.path(d, along, 'filter="%s" opacity="0.85"' % s.blur(16))
     s.path(d, along, 'filter="%s" opacity="0.55"' % s.blur(5))
     # the hot core, then the crust that floats on it: the glow is seen in its cracks
-    s.path(d, s.lin([(0, "#ffb061", 0), (.5, "#ffb061", .10 * k), (.8, "#ff9a4d", .55 * k), (1, "#ffc27a", .9 * k)],
+    s.path(d, s.lin([(0, "#ffb061", 0), (.5, "#ff8a3c", .10 * k), (.8, "#ff7a2f", .6 * k), (1, "#ff9440", .95 * k)],
                     330, 570, 940, 430, user=True), 'filter="%s"' % s.blur(2.5))
     c = s.id()
     s.defs.append('<clipPath id="%s"><path d="%s"/></clipPath>' % (c, d))
