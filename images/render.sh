@@ -55,6 +55,6 @@ done
 
 # The same bytes come from the same renderer only; the check of the pictures asks which one it was.
 {
-    rsvg-convert --version
+    echo "$(rsvg-convert --version), $(uname -m)"
     "$python" -c 'import PIL; from PIL import features; print("Pillow", PIL.__version__, "zlib", features.version("zlib"))'
 } > rendered-with.txt
