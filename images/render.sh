@@ -40,6 +40,8 @@ for svg in sources/demo/*.svg sources/demo/news/*.svg; do
 done
 
 "$python" -B sources/finish.py shrink "${rendered[@]}"
+# Every start reads it, whether the panel is seen or not. It is dark enough that the dither is not.
+"$python" -B sources/finish.py palette servers_nobutton_dark.png
 
 # The program icon; the two smallest sizes have a simpler drawing.
 frames=()
@@ -50,3 +52,9 @@ for size in 16 24 32 48 64 128 256; do
     frames+=("$tmp/$size.png")
 done
 "$python" -B sources/finish.py icon clienticon.ico "${frames[@]}"
+
+# The same bytes come from the same renderer only; the check of the pictures asks which one it was.
+{
+    echo "$(rsvg-convert --version), $(uname -m)"
+    "$python" -c 'import PIL; from PIL import features; print("Pillow", PIL.__version__, "zlib", features.version("zlib"))'
+} > rendered-with.txt

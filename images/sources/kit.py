@@ -195,6 +195,8 @@ class Scene:
         self.w, self.h = w, h
         self.r = random.Random(seed)
         self.defs, self.out, self.ids = [], [], 0
+        # Where text stands: no star and no spark may glow there.
+        self.quiet = []
 
     def id(self):
         self.ids += 1
@@ -262,12 +264,33 @@ class Scene:
     def glow(self, cx, cy, rx, ry, color, op):
         self.ell(cx, cy, rx, ry, self.soft(color, op))
 
+    def is_quiet(self, x, y, margin):
+        return any(a - margin < x < c + margin and b - margin < y < d + margin for a, b, c, d in self.quiet)
+
+    def cloud(self, fx, fy, seed, color, gain, floor, mask, octaves=4):
+        """Drifting smoke over the whole picture: noise, seen where the mask is white."""
+        f, m = self.id(), self.id()
+        rgb = [int(color[i:i + 2], 16) / 255.0 for i in (1, 3, 5)]
+        self.defs.append(
+            '<filter id="%s" x="0" y="0" width="100%%" height="100%%" color-interpolation-filters="sRGB">'
+            '<feTurbulence type="fractalNoise" baseFrequency="%s %s" numOctaves="%d" seed="%d"/>'
+            '<feColorMatrix values="0 0 0 0 %s 0 0 0 0 %s 0 0 0 0 %s %s 0 0 0 %s"/></filter>' % (
+                f, "%.4f" % fx, "%.4f" % fy, octaves, seed, n(rgb[0]), n(rgb[1]), n(rgb[2]), n(gain), n(-floor)))
+        self.defs.append('<mask id="%s" maskUnits="userSpaceOnUse" x="0" y="0" width="%s" height="%s">'
+                         '<rect width="%s" height="%s" fill="%s"/></mask>' % (m, self.w, self.h, self.w, self.h, mask))
+        self.add('<g mask="url(#%s)">' % m)
+        self.rect(0, 0, self.w, self.h, "#000000", 'filter="url(#%s)"' % f)
+        self.add("</g>")
+
     def stars(self, count, y1, op=.8, color="#dfe6ff", big=1.0):
         for _ in range(count):
             x, y = self.r.uniform(0, self.w), self.r.uniform(0, 1) ** 1.3 * y1
             o = op * self.r.uniform(.2, 1) * (1 - .8 * y / y1)
-            self.add('<circle cx="%s" cy="%s" r="%s" fill="%s" opacity="%s"/>' % (
-                n(x), n(y), n(big * (.35 + .55 * self.r.random() ** 3)), color, n(o)))
+            rr = big * (.35 + .55 * self.r.random() ** 3)
+            # Left out after all numbers are drawn, so that the rest of the scene stays where it is.
+            if not self.is_quiet(x, y, 2):
+                self.add('<circle cx="%s" cy="%s" r="%s" fill="%s" opacity="%s"/>' % (
+                    n(x), n(y), n(rr), color, n(o)))
 
     def ridgeline(self, yl, yr, amp, steps=7, rough=.55, sharp=True):
         pts = [yl, yr]
@@ -312,12 +335,14 @@ class Scene:
             x, y = self.r.uniform(x0, x1) + drift * u, y1 - (y1 - y0) * u
             rr = rmin + (rmax - rmin) * self.r.random() ** 3
             o = op * self.r.uniform(.35, 1) * (1 - .5 * u)
+            flat, color, turn = self.r.uniform(.55, .95), self.r.choice(EMBERS), self.r.uniform(-60, 60)
+            if self.is_quiet(x, y, rr * 5):
+                continue
             if rr > rmin + .25 * (rmax - rmin):
                 self.add('<circle cx="%s" cy="%s" r="%s" fill="%s" opacity="%s"/>' % (
                     n(x), n(y), n(rr * 5), halo, n(o)))
             self.add('<ellipse cx="%s" cy="%s" rx="%s" ry="%s" fill="%s" opacity="%s" transform="rotate(%s %s %s)"/>' % (
-                n(x), n(y), n(rr), n(rr * self.r.uniform(.55, .95)), self.r.choice(EMBERS), n(o),
-                n(self.r.uniform(-60, 60)), n(x), n(y)))
+                n(x), n(y), n(rr), n(rr * flat), color, n(o), n(turn), n(x), n(y)))
 
     def tower(self, x, base, w, h, fill, broken=True, slits=0, lit="#ffb866"):
         """A ruined tower; x is its middle."""

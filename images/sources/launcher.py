@@ -2,84 +2,177 @@
 import math
 from kit import Scene, n
 
-NIGHT = ((0, "#0a0d18"), (.4, "#0f1424"), (.68, "#1a2038"), (.84, "#33263a"), (1, "#4a2a34"))
+NIGHT = ((0, "#080b15"), (.4, "#0f1424"), (.7, "#1b2140"), (1, "#242040"))
 
 
 # ------------------------------------------------------------ window scene
 
+# Where the form writes on the picture, in its own pixels.
+TEXTS = [(85, 52, 330, 94), (440, 10, 900, 56), (454, 97, 800, 330), (60, 484, 420, 512),
+         (205, 418, 346, 458), (488, 418, 630, 458), (770, 418, 912, 458)]
+PANEL_TEXTS = [(270, 250, 730, 300), (704, 526, 955, 556)]
+
+
 def window_scene(name, dark):
     s = Scene(974, 571, 12)
-    k = .55 if dark else 1
-    s.sky(*NIGHT)
-    s.stars(190, 360, .8)
-    s.glow(870, 440, 460, 250, "#ff7a2f", .55 * k)
-    s.glow(880, 455, 230, 130, "#ffb868", .55 * k)
-    s.glow(120, 470, 400, 120, "#ff7a2f", .30 * k)
-    # mountains: the farther, the more they drown in the light behind them
-    s.ridge(386, 318, 44, "#242a48", "#6a3d3c", 150, rim=(880, 400, 300, "#ffb061", .5), steps=8, rough=.52)
-    s.ridge(450, 424, 40, "#1a1f38", "#4a2c34", 120, rim=(880, 420, 330, "#ff9a55", .6), steps=8, rough=.54)
-    s.fog(476, 40, "#ff7a2f", .16 * k)
-    ruin(s, k)
-    s.ridge(462, 474, 15, "#0e1220", "#0a0c15", 70, rim=(870, 470, 330, "#ff9a55", .7), steps=8, rough=.56)
-    # embers glow in the hollow in front, below the progress bar
-    s.fog(548, 44, "#ff6a22", .30 * k)
-    s.glow(700, 560, 420, 46, "#ff9a45", .34 * k)
-    s.glow(180, 562, 260, 36, "#ff8a3c", .26 * k)
-    rocks(s, 546, 16, "#07080f")
-    # sparks rise beside the text, not behind it
-    s.embers(56, 806, 120, 974, 560, .5, 1.9, 1.1, .95, 10)
-    s.embers(22, 560, 392, 806, 560, .5, 1.7, 1.0, .9, 10)
-    s.embers(44, 0, 430, 974, 560, .5, 1.6, 1.0, .85, 20)
-    s.rect(0, 0, 974, 80, s.lin([(0, "#06080f", .7), (1, "#06080f", 0)]))
+    s.quiet = PANEL_TEXTS if dark else TEXTS
+    k = .6 if dark else 1
+    s.sky((0, "#05070e"), (.16, "#090c17"), (.38, "#0e1323"), (.56, "#161c34"), (.66, "#1f2440"), (1, "#1f2440"))
+    s.stars(230, 340, .85)
+    if not dark:
+        constellation(s, 229.5, 232, 1.55)
+    # a veil of ash across the sky, then the smoke above the fire, lit from below
+    s.cloud(.0022, .0075, 7, "#39446e", 1.7, .62, s.rad(
+        [(0, "#ffffff", .5), (.5, "#ffffff", .3), (1, "#ffffff", 0)], 330, 150, 520, user=True), 5)
+    s.glow(905, 400, 420, 210, "#ff7a2f", .26 * k)
+    s.cloud(.0042, .0085, 23, "#0a0d18", 3.4, 1.35, s.rad(
+        [(0, "#ffffff", .95), (.45, "#ffffff", .7), (1, "#ffffff", 0)], 900, 190, 330, user=True), 5)
+    s.cloud(.0050, .0110, 31, "#c8602c", 2.6, 1.22, s.rad(
+        [(0, "#ffffff", .55 * k), (.4, "#ffffff", .28 * k), (1, "#ffffff", 0)], 915, 360, 250, user=True), 5)
+    s.glow(918, 420, 250, 210, "#ff7a2f", .40 * k)
+    s.glow(918, 410, 130, 120, "#ff9a4d", .40 * k)
+    # the ridges: the farther, the more of the night's haze lies before them
+    rock = lambda y0, y1, op: s.lin([(0, "#ffffff", 0), (y0, "#ffffff", 0), (y0 + .02, "#ffffff", op), (y1, "#ffffff", 0), (1, "#ffffff", 0)])
+    s.ridge(362, 312, 66, "#1b2140", "#2a2c4c", 96, steps=10, rough=.58, rim=(930, 330, 330, "#ffb061", .4 * k))
+    s.cloud(.0160, .0260, 17, "#0d1126", 3.6, 1.7, rock(.50, .72, .42), 5)
+    s.fog(400, 40, "#4a5080", .15)
+    s.ridge(404, 368, 48, "#12162c", "#1d2038", 70, steps=10, rough=.58, rim=(930, 390, 300, "#ff9a55", .55 * k))
+    s.cloud(.0200, .0340, 19, "#090c1a", 3.6, 1.7, rock(.58, .76, .6), 5)
+    s.fog(428, 26, "#363c62", .16)
+    s.glow(930, 420, 190, 66, "#ff7a2f", .40 * k)
+    citadel(s, k)
+    s.ridge(418, 422, 14, "#0c1020", "#090c16", 40, steps=10, rough=.6, rim=(950, 424, 250, "#ff9a55", .65 * k))
+    plain(s, k)
+    wake(s, k)
+    # sparks rise from the wake beside the text, never on it
+    s.embers(74, 826, 110, 974, 470, .4, 1.7, 1.15, .95, 16)
+    s.embers(60, 500, 455, 974, 566, .4, 1.6, 1.0, .95, 12)
+    s.embers(26, 0, 512, 520, 568, .4, 1.3, 1.0, .8, 12)
+    s.rect(0, 0, 974, 110, s.lin([(0, "#04060c", .75), (.6, "#04060c", .35), (1, "#04060c", 0)]))
+    s.rect(0, 0, 974, 571, s.rad([(0, "#04060c", 0), (.62, "#04060c", 0), (1, "#04060c", .55)], .56, .56, .72))
     if dark:
-        s.rect(0, 0, 974, 571, "#070911", 'opacity="0.55"')
+        s.rect(0, 0, 974, 571, "#060810", 'opacity="0.34"')
+        s.rect(0, 0, 974, 571, s.rad([(0, "#060810", .5), (.6, "#060810", .3), (1, "#060810", 0)], .46, .5, .62))
     s.save(name)
+
+
+def constellation(s, cx, cy, k):
+    """The sign of the game among the stars, where the slide's frame stands empty until news arrive."""
+    outer = [(53, 2), (60, 24), (76, 40), (83, 61), (80, 76), (70, 84), (50, 80), (30, 84), (20, 74), (17, 58), (25, 38), (31, 24), (40, 46), (53, 2)]
+    inner = [(52, 43), (58, 58), (67, 72), (65.5, 79), (50, 76), (34.5, 79), (33, 70), (43.5, 53), (49.5, 62), (52, 43)]
+    at = lambda pts: [(cx + (x - 50) * k, cy + (y - 48) * k) for x, y in pts]
+    for pts, op in ((at(outer), .26), (at(inner), .2)):
+        s.path("M" + "L".join("%s %s" % (n(x), n(y)) for x, y in pts), "none",
+               'stroke="#aab6e6" stroke-opacity="%s" stroke-width="0.8"' % n(op))
+        for i, (x, y) in enumerate(pts[:-1]):
+            s.glow(x, y, 6, 6, "#c9d4ff", .35)
+            s.add('<circle cx="%s" cy="%s" r="%s" fill="#eef2ff" opacity="%s"/>' % (n(x), n(y), n(1.3 if i % 3 == 0 else .9), n(.5 + op)))
+
+
+def spire(s, x, base, w, h, fill, top, rim=None):
+    """A ruined tower that narrows by setbacks; rim: the glow that climbs its edges."""
+    l, r, t = x - w / 2, x + w / 2, base - h
+    a, b = w * .10, w * .20
+    left = [(l - w * .10, base), (l, base - h * .10), (l, base - h * .50), (l + a, base - h * .53), (l + a, t + h * .16)]
+    right = [(r - a, t + h * .19), (r - a, base - h * .50), (r, base - h * .47), (r, base - h * .10), (r + w * .10, base)]
+    crown = [(l + a + (r - l - 2 * a) * u, t + h * v) for u, v in top]
+    s.poly(left + crown + right, fill)
+    if rim:
+        color, op = rim
+        g = s.lin([(0, color, 0), (.45, color, 0), (1, color, op)], 0, t, 0, base, user=True)
+        for pts in (left, right):
+            s.path("M" + "L".join("%s %s" % (n(px), n(py)) for px, py in pts), "none",
+                   'stroke="%s" stroke-width="1.1" stroke-linejoin="round"' % g)
+    for u in (.5,):
+        s.path("M%s %sV%s" % (n(l + b + (r - l - 2 * b) * u), n(t + h * .3), n(base)), "none",
+               'stroke="#000000" stroke-opacity="0.22" stroke-width="%s"' % n(w * .16))
+
+
+BROKEN = (
+    ((0, .10), (.10, .06), (.18, .09), (.30, 0), (.40, .05), (.52, .03), (.62, .10), (.78, .08), (.88, .16), (1, .17)),
+    ((0, .02), (.14, .05), (.22, 0), (.36, .08), (.50, .06), (.66, .12), (.80, .10), (1, .20)),
+    ((0, .14), (.16, .12), (.30, .04), (.44, .07), (.56, 0), (.64, .06), (.80, .05), (.90, .12), (1, .14)),
+)
+
+
+def citadel(s, k):
+    """What is left of the citadel, on its crag above the wake; lit from the ground up."""
+    far = s.lin([(0, "#1a1f3a"), (.7, "#251f34"), (1, "#4a2c30")], 0, 220, 0, 440, user=True)
+    mid = s.lin([(0, "#10142a"), (.6, "#15152a"), (1, "#33202a")], 0, 170, 0, 440, user=True)
+    near = s.lin([(0, "#0a0d1a"), (.6, "#0c0e1a"), (1, "#1c1418")], 0, 150, 0, 440, user=True)
+    for x, w, h, top in ((846, 15, 92, 1), (866, 12, 128, 0), (968, 16, 150, 2)):
+        spire(s, x, 440, w, h, far, BROKEN[top])
+    s.glow(918, 430, 90, 90, "#ff7a2f", .5 * k)
+    for x, w, h, top in ((858, 20, 74, 2), (884, 19, 178, 1), (951, 22, 196, 0)):
+        spire(s, x, 440, w, h, mid, BROKEN[top], ("#ff8a3c", .7 * k))
+    # the keep with its great spire
+    spire(s, 918, 440, 30, 268, near, BROKEN[2], ("#ff9a4d", .95 * k))
+    s.path("M895 440V352L901 344L905 350L907 338H929L932 349L937 343L941 352V440Z", near)
+    # a bridge that once joined the towers, and its fallen half
+    s.path("M884 330H905V336Q897 335 893 344Q889 336 884 337ZM941 318H952V326Q947 326 944 332L941 330Z", near)
+    # the crag
+    s.path("M792 446L812 432L824 434L836 420L850 423L862 408L876 412L890 402H948L956 408L966 404L982 414V460H792Z", near)
+    # the gate, burning behind its arch, and slits of the same fire
+    fire = s.lin([(0, "#ff7a2f"), (1, "#ffe0ae")])
+    arch = "M912 402.500V388Q912 377 918 371Q924 377 924 388V402.500Z"
+    s.path(arch, fire, 'opacity="%s"' % n(.95 * k))
+    s.glow(918, 392, 34, 40, "#ff8a3c", .75 * k)
+    for x, y, h in ((918, 300, 8), (918, 324, 7), (915, 262, 6), (884, 316, 6), (951, 300, 7), (951, 338, 6), (886, 352, 5), (948, 276, 5), (858, 392, 4)):
+        s.path("M%s %sq.800 -2.200 1.600 0v%sh-1.600Z" % (n(x - .8), n(y), n(h * .8)), fire, 'opacity="%s"' % n(.85 * k))
+        s.glow(x, y + h / 2, 6, 9, "#ff7a2f", .45 * k)
+    # light along the crag's upper edge
+    s.path("M836 420L850 423L862 408L876 412L890 402H948L956 408L966 404L982 414", "none",
+           'stroke="%s" stroke-width="1.2" stroke-linejoin="round"' % s.rad(
+               [(0, "#ffd08a", .95 * k), (.6, "#ff8a3c", .5 * k), (1, "#ff7a2f", 0)], 920, 404, 86, user=True))
+
+
+def plain(s, k):
+    """The burnt plain before the ridges: near black where the progress stands."""
+    s.rect(0, 450, 974, 121, s.lin([(0, "#0a0d18", 0), (.3, "#090b14"), (1, "#06070c")]))
+    s.cloud(.0090, .0500, 5, "#1d2338", 2.0, .85, s.lin(
+        [(0, "#ffffff", 0), (.80, "#ffffff", 0), (.88, "#ffffff", .5), (1, "#ffffff", .15)]), 4)
+
+
+def wake(s, k):
+    """The wake of embers: from the gate down to the left, past the button to the lower edge."""
+    upper = [(914, 402), (926, 414), (948, 432), (948, 452), (926, 470), (880, 486), (800, 506), (700, 526), (590, 541), (470, 553), (330, 566)]
+    lower = [(922, 402), (938, 414), (962, 433), (966, 454), (956, 474), (930, 496), (872, 524), (800, 552), (740, 575), (600, 585), (330, 585)]
+
+    def smooth(pts):
+        d = "M%s %s" % (n(pts[0][0]), n(pts[0][1]))
+        for (ax, ay), (bx, by) in zip(pts[1:], pts[2:]):
+            d += "Q%s %s %s %s" % (n(ax), n(ay), n((ax + bx) / 2), n((ay + by) / 2))
+        return d + "L%s %s" % (n(pts[-1][0]), n(pts[-1][1]))
+
+    d = smooth(upper) + "L" + smooth(lower[::-1])[1:] + "Z"
+    along = s.lin([(0, "#ff7a2f", 0), (.25, "#e0501c", .30 * k), (.6, "#ff7a2f", .55 * k), (.86, "#ff6a22", .75 * k), (1, "#ff7a2f", .9 * k)],
+                  330, 570, 940, 430, user=True)
+    s.path(d, along, 'filter="%s" opacity="0.85"' % s.blur(16))
+    s.path(d, along, 'filter="%s" opacity="0.55"' % s.blur(5))
+    # the hot core, then the crust that floats on it: the glow is seen in its cracks
+    s.path(d, s.lin([(0, "#ffb061", 0), (.5, "#ff8a3c", .10 * k), (.8, "#ff7a2f", .6 * k), (1, "#ff9440", .95 * k)],
+                    330, 570, 940, 430, user=True), 'filter="%s"' % s.blur(2.5))
+    c = s.id()
+    s.defs.append('<clipPath id="%s"><path d="%s"/></clipPath>' % (c, d))
+    s.add('<g clip-path="url(#%s)">' % c)
+    s.cloud(.0210, .1050, 11, "#0b0810", 9.0, 4.0, s.lin([(0, "#ffffff", .95), (.55, "#ffffff", .9), (.9, "#ffffff", .8), (1, "#ffffff", .4)],
+                                                         330, 570, 940, 430, user=True), 3)
+    s.cloud(.0600, .2600, 13, "#1a0c0a", 8.0, 3.9, s.lin([(0, "#ffffff", .9), (1, "#ffffff", .5)]), 2)
+    s.add("</g>")
+    s.glow(820, 560, 380, 60, "#ff7a2f", .34 * k)
+    # shore: stones before the light
+    rocks(s, 563, 9, "#05060b")
 
 
 def rocks(s, y, amp, fill):
     """A broken foreground edge of slabs."""
     x, pts = -10, [(-10, s.h + 5)]
     while x < s.w + 10:
-        step = s.r.uniform(10, 46)
-        top = y - amp * s.r.random() ** 2 + 6 * math.sin(x / 90.0)
-        pts += [(x, top + s.r.uniform(0, 4)), (x + step * .7, top + s.r.uniform(-3, 3))]
+        step = s.r.uniform(8, 34)
+        top = y - amp * s.r.random() ** 2 + 3 * math.sin(x / 90.0)
+        pts += [(x, top + s.r.uniform(0, 3)), (x + step * .7, top + s.r.uniform(-2, 2))]
         x += step
     s.poly(pts + [(s.w + 10, s.h + 5)], fill)
-
-
-def ruin(s, k):
-    """A burnt-out keep on its hill, lit from inside and below."""
-    stone = s.lin([(0, "#0c0f1b"), (.55, "#12131f"), (1, "#2b1a20")], 0, 200, 0, 490, user=True)
-    far = s.lin([(0, "#1c2036"), (1, "#5a3338")], 0, 270, 0, 470, user=True)
-    lit = s.lin([(0, "#ff9a55", .05), (.5, "#ff8a45", .28), (1, "#ff8a3c", .5)], 0, 230, 0, 480, user=True)
-    fire = s.lin([(0, "#ff7a2f"), (1, "#ffd08a")])
-    # far part
-    s.poly([(806, 470), (806, 392), (812, 384), (817, 391), (823, 372), (828, 380), (828, 470)], far)
-    s.poly([(938, 470), (938, 352), (930, 352), (930, 338), (936, 338), (936, 344), (943, 344), (943, 334),
-            (950, 338), (955, 330), (960, 340), (966, 346), (966, 470)], far)
-    # hill
-    s.path("M690 500C740 484 780 462 812 456C850 449 880 446 915 446C940 446 960 450 980 454V500Z", stone)
-    # great hall: gable with a burst window
-    s.path("M862 456V356L870 342L876 346L893 312L899 318L904 310L922 344L930 341L938 362V456Z"
-           "M884 398C884 376 890 366 900 358C910 366 916 376 916 398L908 402V396H892V403Z"
-           "M891 456V430C891 420 895 415 900 412C905 415 909 420 909 430V456Z", stone, 'fill-rule="evenodd"')
-    s.path("M884 398C884 376 890 366 900 358C910 366 916 376 916 398L908 402V396H892V403Z", fire, 'opacity="%s"' % n(.85 * k))
-    s.path("M891 456V430C891 420 895 415 900 412C905 415 909 420 909 430V456Z", fire, 'opacity="%s"' % n(.95 * k))
-    s.path("M899 358H901V399H899ZM886 380H914V382H886Z", stone)
-    s.glow(900, 386, 52, 56, "#ff8a3c", .45 * k)
-    s.glow(900, 440, 44, 40, "#ff9a45", .55 * k)
-    # tall broken tower
-    s.path("M828 462L832 440V262L836 262V244L843 250L847 232L853 246L858 252L862 268L868 275V440L872 462Z", stone)
-    s.path("M862 268L868 275V440L872 462H864L861 440Z", lit)
-    s.path("M846 300q3 -8 6 0v16h-6ZM846 360q3 -8 6 0v16h-6Z", fire, 'opacity="%s"' % n(.9 * k))
-    s.glow(849, 308, 16, 20, "#ff7a2f", .5 * k)
-    s.glow(849, 368, 16, 20, "#ff7a2f", .5 * k)
-    # stump on the right and fallen wall
-    s.path("M934 462L937 446V378L942 372L948 380L955 368L962 376L974 372V462Z", stone)
-    s.path("M934 462L937 446V378L942 372L943 446L942 462Z", lit)
-    s.path("M952 404q4 -10 8 0v18h-8Z", fire, 'opacity="%s"' % n(.9 * k))
-    s.glow(956, 412, 18, 22, "#ff7a2f", .5 * k)
-    s.path("M772 474L776 452L784 446L792 450L798 440L810 444L818 436L830 440V474Z", stone)
 
 
 # ------------------------------------------------------------------ glyphs
@@ -156,7 +249,7 @@ def button(name, label, state, solid):
         glow = s.blur(4 if hover else 2.6)
         s.path(plate(x + 2, y + 2, w - 4, h - 4, c), "#ff7a2f", 'opacity="%s" filter="%s"' % ("0.95" if hover else "0.5", glow))
         if solid:
-            fill = [(0, "#ffd79a"), (.5, "#ff9c48"), (1, "#ff7428")] if hover else [(0, "#ffa85c"), (.5, "#f17a30"), (1, "#cc4b18")]
+            fill = [(0, "#ffd79a"), (.5, "#ff9c48"), (1, "#ff7428")] if hover else [(0, "#f79a52"), (.5, "#e46a26"), (1, "#b83f14")]
             s.path(p, s.lin(fill), 'stroke="%s" stroke-width="1.5"' % ("#fff0d6" if hover else "#ffc58a"))
             letters, mark, line = "#260d05", "#5e1f0a", "#fff3df"
         else:
@@ -168,58 +261,45 @@ def button(name, label, state, solid):
             x + c, y + 1, x + w - c, x + w - 1, y + c, y + h * .46, x + 1, y + c)),
             s.lin([(0, "#ffffff", .26 if solid else .12), (1, "#ffffff", .02)]))
     s.path(inner, "none", 'stroke="%s" stroke-opacity="%s" stroke-width="1"' % (line, ".45" if state != "-disabled" else "1"))
-    size = 21 if len(label) < 8 else 18.5
-    d_w = s.text(label, 98, 40.5 + size * .36, size, letters, "Black", 2.6 if len(label) < 8 else 2)
+    size = 20 if len(label) < 8 else 17
+    d_w = s.text(label, 98, 40.5 + size * .36, size, letters, "Black", 2.6 if len(label) < 8 else 1.5)
     for side in (-1, 1):
-        mx = 98 + side * (d_w / 2 + 11)
-        if abs(mx - 98) < w / 2 - 14:
+        mx = 98 + side * (d_w / 2 + 10.5)
+        if state == "-hover":
+            # told by shape as well: the marks open into arrowheads that point at the word
+            s.poly([(mx - side * 5, 40.5), (mx + side * 3, 34), (mx + side * 1, 40.5), (mx + side * 3, 47)], mark)
+        elif state == "-disabled":
+            s.rect(mx - 2.6, 39.8, 5.2, 1.6, mark)
+        else:
             s.poly([(mx - 3.4, 40.5), (mx, 36), (mx + 3.4, 40.5), (mx, 45)], mark)
     s.save("new_buttons/" + name + state)
 
 
 # ------------------------------------------------------------ news pictures
 
-def pines(s, x0, x1, h, count):
-    for i in range(count):
-        x = x0 + (x1 - x0) * (i + s.r.uniform(-.3, .3)) / (count - 1)
-        s.pine(x, h * .92, h * s.r.uniform(.2, .44), "#0d101b" if i % 2 else "#131728")
-
-
-def news(name, w, h, seed, kind):
-    s = Scene(w, h, seed)
+def waiting(s, seed, cy, size):
+    """A quiet night with the sign of the game: what a player sees until a picture has arrived."""
+    w, h = s.w, s.h
     k = h / 319.0
-    cx = w * (.5, .30, .70, .5, .32, .68)[kind]
-    base = h * .74
-    s.sky((0, "#0a0d18"), (.5, "#151a30"), (.8, "#33263a"), (1, "#54302f"))
-    s.stars(int(40 + 60 * k), h * .6, .7, big=max(.5, k))
-    s.glow(cx, base + 10 * k, w * .5, h * .45, "#ff7a2f", .6)
-    s.ridge(h * .66, h * .6, h * .15, "#232944", "#553238", h * .3, rim=(cx, base, w * .34, "#ffb061", .45))
-    s.ridge(h * .76, h * .78, h * .08, "#141829", "#2c1c28", h * .25, rim=(cx, base, w * .3, "#ff9a55", .5))
-    if kind == 0:
-        for dx, hh, bw in ((-205, 120, 34), (190, 150, 40), (232, 90, 26)):
-            s.tower(cx + dx * k, h * .88, bw * k, hh * k, "#0e111d", slits=1)
-    elif kind == 1:
-        pines(s, w * .5, w, h, 15)
-    elif kind == 2:
-        s.tower(w * .2, h * .92, w * .1, h * .52, "#0e111d", broken=False, slits=1)
-        s.tower(w * .34, h * .92, w * .07, h * .3, "#0e111d")
-    elif kind == 4:
-        pines(s, w * .55, w, h, 9)
-    elif kind == 5:
-        s.tower(w * .24, h * .92, w * .13, h * .56, "#0e111d", slits=1)
-    s.ridge(h * .88, h * .87, h * .035, "#090b13", "#06070d", h * .2)
-    # the brazier with the sign of the game
-    f = h * (.34 if kind < 3 else .46)
-    fy = h * .60
-    s.glow(cx, fy, f * 1.15, f * 1.15, "#ff8a3c", .65)
-    s.flame(cx, fy, f, s.lin([(0, "#ffb866"), (1, "#f2591f")]), "#ffe6bd")
-    bw = f * .46
-    by = fy + f * .40
-    s.poly([(cx - bw, by - f * .06), (cx + bw, by - f * .06), (cx + bw * .55, by + f * .2), (cx - bw * .55, by + f * .2)], "#0b0d16",
-           'stroke="#ff9a55" stroke-opacity="0.5" stroke-width="%s"' % n(max(.6, k)))
-    s.poly([(cx - bw * .14, by + f * .2), (cx + bw * .14, by + f * .2), (cx + bw * .2, h), (cx - bw * .2, h)], "#0b0d16")
-    s.embers(int(24 + 40 * k), cx - w * .3, h * .05, cx + w * .3, h * .7, .5 * max(.7, k), 2.0 * max(.7, k), 1.0, .95, 12 * k)
+    s.sky((0, "#080b15"), (.45, "#0f1425"), (.75, "#1b2140"), (1, "#1b2140"))
+    s.stars(int(30 + 70 * k), h * .62, .75, big=max(.5, k))
+    s.cloud(.0042 / k, .0105 / k, seed, "#3a456f", 1.9, .72, s.rad(
+        [(0, "#ffffff", .55), (1, "#ffffff", 0)], w * .4, h * .35, w * .6, user=True), 5)
+    s.glow(w / 2, h * .80, w * .42, h * .40, "#ff7a2f", .42)
+    s.cloud(.0080 / k, .0150 / k, seed + 1, "#c8602c", 2.6, 1.22, s.rad(
+        [(0, "#ffffff", .4), (1, "#ffffff", 0)], w * .5, h * .62, w * .36, user=True), 4)
+    s.ridge(h * .70, h * .64, h * .13, "#171c36", "#1f2040", h * .24, rim=(w / 2, h * .7, w * .3, "#ffb061", .55), steps=8, rough=.58)
+    s.ridge(h * .78, h * .80, h * .07, "#0c1020", "#090c16", h * .12, rim=(w / 2, h * .8, w * .3, "#ff9a55", .6), steps=8, rough=.58)
+    s.rect(0, h * .86, w, h * .14, s.lin([(0, "#07080f", 0), (1, "#07080f")]))
+    s.glow(w / 2, cy, size * .95, size * .95, "#ff8a3c", .42)
+    s.flame(w / 2, cy, size, s.lin([(0, "#ffb866"), (1, "#f2591f")]), "#ffe6bd", "#ffb061")
+    s.embers(int(16 + 34 * k), w * .24, h * .08, w * .76, h * .80, .5 * max(.6, k), 1.7 * max(.6, k), 1.2, .9, 12 * k)
     s.vignette(.5)
+
+
+def news(name, w, h, seed):
+    s = Scene(w, h, seed)
+    waiting(s, seed, h * .40, h * .42)
     s.save(name)
 
 
@@ -234,7 +314,8 @@ def icon():
             s.glow(32, 36, 30, 28, "#ff7a2f", .5)
             s.flame(32, 33, 50, s.lin([(0, "#ffc27a"), (.5, "#ff8a3f"), (1, "#f2591f")]), "#ffe9c6", "#ffb061")
         else:
-            s.flame(32, 32, 62, s.lin([(0, "#ffb866"), (1, "#ff6a22")]), "#fff0d0", "#ffb061")
+            # no wake: at this size it is a smear, and the flame needs its room
+            s.flame(32, 36, 70, s.lin([(0, "#ffb866"), (1, "#ff6a22")]), "#fff0d0")
         s.save(name)
 
 
@@ -265,16 +346,7 @@ def small():
     s.text("BETA", 36, 18, 13.5, "#ffd9ae", "Black", 1.8)
     s.save("Beta")
     s = Scene(325, 325, 21)
-    s.sky((0, "#0a0d18"), (.5, "#151a30"), (.78, "#33263a"), (1, "#54302f"))
-    s.stars(80, 200, .7)
-    s.glow(162, 250, 190, 130, "#ff7a2f", .6)
-    s.ridge(225, 215, 26, "#232944", "#442d3b", 80, rim=(162, 230, 190, "#ffb061", .7))
-    s.ridge(258, 262, 14, "#141829", "#22192a", 70)
-    s.ridge(292, 290, 9, "#090b13")
-    s.glow(162, 165, 110, 110, "#ff8a3c", .6)
-    s.flame(162, 165, 110, s.lin([(0, "#ffb866"), (1, "#f2591f")]), "#ffe6bd", "#ffb061")
-    s.embers(50, 40, 20, 285, 300, .6, 2, 1, .9)
-    s.vignette(.5)
+    waiting(s, 21, 135, 130)
     s.save("newsHome")
 
 
@@ -285,11 +357,11 @@ def main():
     for label, solid in (("download", 1), ("play", 1), ("update", 1), ("official", 0), ("beta", 0)):
         for state in ("", "-hover", "-disabled"):
             button(label, label.upper(), state, solid)
-    news("newsBig", 559, 319, 31, 0)
-    news("newsMedium1", 276, 157, 32, 1)
-    news("newsMedium2", 276, 157, 33, 2)
+    news("newsBig", 559, 319, 31)
+    news("newsMedium1", 276, 157, 32)
+    news("newsMedium2", 276, 157, 37)
     for i in range(3):
-        news("newsSmall%d" % (i + 1), 138, 75, 41 + i, 3 + i)
+        news("newsSmall%d" % (i + 1), 138, 75, 41 + 5 * i)
     icon()
     small()
 

@@ -2,6 +2,7 @@
 #include "ui_testform.h"
 
 #include <QDirIterator>
+#include <QFileInfo>
 #include <QIcon>
 #include <QImage>
 #include <QImageReader>
@@ -73,6 +74,21 @@ QString resource(const char *path)
     return QStringLiteral(":/images/") + QLatin1String(path);
 }
 
+// Mean light of the picture on black, 0 to 255, as an eye without colour weighs it.
+double meanLight(const QString &path)
+{
+    const QImage image = QImage(path).convertToFormat(QImage::Format_ARGB32);
+    double sum = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QRgb pixel = image.pixel(x, y);
+            sum += (0.299 * qRed(pixel) + 0.587 * qGreen(pixel) + 0.114 * qBlue(pixel)) *
+                   qAlpha(pixel) / 255;
+        }
+    }
+    return sum / (image.width() * image.height());
+}
+
 // Every picture that the sheet names, commented-out ones included.
 QStringList picturesNamedIn(const QString &styleSheet)
 {
@@ -110,7 +126,10 @@ private slots:
     void picture();
     void proportions_data();
     void proportions();
+    void buttonsShowTheirState_data();
+    void buttonsShowTheirState();
     void bundleHoldsNothingElse();
+    void bundleIsSmall();
     void iconHasAllSizes_data();
     void iconHasAllSizes();
     void sheetNamesExistingPictures_data();
@@ -135,7 +154,9 @@ void TestPictures::picture()
     QCOMPARE(reader.format(), QByteArray("png"));
     const QImage image = reader.read();
     QVERIFY2(!image.isNull(), qPrintable(reader.errorString()));
-    QVERIFY2(image.width() >= place.width() && image.height() >= place.height(),
+    // Twice, because the window grows to full screen.
+    QVERIFY2(place == nowhere ||
+                 (image.width() >= 2 * place.width() && image.height() >= 2 * place.height()),
              qPrintable(QStringLiteral("%1 x %2").arg(image.width()).arg(image.height())));
 }
 
@@ -159,6 +180,37 @@ void TestPictures::proportions()
     const double stretch =
         (double(size.width()) / size.height()) / (double(place.width()) / place.height());
     QVERIFY2(std::abs(stretch - 1) < 0.02, qPrintable(QString::number(stretch)));
+}
+
+void TestPictures::buttonsShowTheirState_data()
+{
+    QTest::addColumn<QString>("path");
+    for (const char *name : {"download", "update", "play", "official", "beta"}) {
+        QTest::newRow(name) << QStringLiteral(":/images/new_buttons/") + QLatin1String(name);
+    }
+}
+
+// By light alone, which everybody sees: a third brighter under the pointer, a third darker
+// disabled.
+void TestPictures::buttonsShowTheirState()
+{
+    QFETCH(QString, path);
+    const double normal = meanLight(path + QStringLiteral(".png"));
+    const double hover = meanLight(path + QStringLiteral("-hover.png"));
+    const double disabled = meanLight(path + QStringLiteral("-disabled.png"));
+    QVERIFY2(hover > 1.25 * normal, qPrintable(QStringLiteral("%1 %2").arg(hover).arg(normal)));
+    QVERIFY2(normal > 1.25 * disabled,
+             qPrintable(QStringLiteral("%1 %2").arg(normal).arg(disabled)));
+}
+
+void TestPictures::bundleIsSmall()
+{
+    qint64 bytes = QFileInfo(QStringLiteral(":/clienticon.ico")).size();
+    for (const Picture &row : pictures) {
+        bytes += QFileInfo(resource(row.path)).size();
+    }
+    QVERIFY(bytes > 0);
+    QVERIFY2(bytes < 4 * 1024 * 1024, qPrintable(QString::number(bytes)));
 }
 
 void TestPictures::bundleHoldsNothingElse()

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "support/httpserver.h"
+#include "support/testsettings.h"
+#include "window/testform.h"
+
+#include <QDirIterator>
+#include <QFile>
+
+#include <algorithm>
+#include <iterator>
+
+// A file of the demo world, from the resources that come with this folder.
+inline QByteArray demoFile(const QString &name)
+{
+    QFile file(QStringLiteral(":/demo/") + name);
+    if (!file.open(QIODevice::ReadOnly)) {
+        qFatal("the demo world lacks %s", qPrintable(name));
+    }
+    return file.readAll();
+}
+
+// The demo world's files behind the base URL. Three servers: one answers only so many connections
+// at the same time.
+class DemoWorld
+{
+public:
+    DemoWorld()
+    {
+        QString document = QString::fromUtf8(demoFile(QStringLiteral("launcher.xml")));
+        serveAll(m_slides, QStringLiteral("slide"), document);
+        serveAll(m_tiles, QStringLiteral("tile"), document);
+        document.replace(QStringLiteral("@BASE_URL@"), m_base.url());
+        document.replace(QStringLiteral("@LAUNCHER_VERSION@"), QStringLiteral("1"));
+        m_base.serve(QStringLiteral("launcher.xml"), document.toUtf8());
+        for (const char *server : {"Ashenmoor", "Cinderfall", "Emberreach"}) {
+            const QString logo = QLatin1String(server) + QStringLiteral(".png");
+            m_base.serve(logo, demoFile(logo));
+        }
+        TestSettings::setBaseUrl(m_base.url());
+    }
+    ~DemoWorld() { TestSettings::setBaseUrl(QLatin1String(TestSettings::nobodyListens)); }
+    DemoWorld(const DemoWorld &) = delete;
+    DemoWorld &operator=(const DemoWorld &) = delete;
+
+private:
+    static void serveAll(HttpServer &server, const QString &kind, QString &document)
+    {
+        const QString path = QStringLiteral("news/") + kind;
+        document.replace(QStringLiteral("@BASE_URL@") + path, server.url(path));
+        QDirIterator files(QStringLiteral(":/demo/news"), {kind + QLatin1Char('*')}, QDir::Files);
+        while (files.hasNext()) {
+            files.next();
+            const QString name = QStringLiteral("news/") + files.fileName();
+            server.serve(name, demoFile(name));
+        }
+    }
+
+    HttpServer m_base; // document and logos
+    HttpServer m_slides;
+    HttpServer m_tiles;
+};
+
+// Every slide and tile of the window has its picture.
+inline bool isComplete(const testform &window)
+{
+    const auto loaded = [](const News &item) {
+        const QPixmap *picture = item.getOriginalPixmap();
+        return picture != nullptr && !picture->isNull();
+    };
+    return std::all_of(std::begin(window.homeNews), std::end(window.homeNews), loaded) &&
+           std::all_of(std::begin(window.news), std::end(window.news), loaded);
+}
