@@ -10,6 +10,11 @@ import sys
 FLAGS = """-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -std=c++17
 -DQT_NO_CAST_FROM_ASCII -DQT_NO_CAST_TO_ASCII -DQT_NO_CAST_FROM_BYTEARRAY""".split()
 FOLDERS = ("app/", "window/", "info/", "install/", "news/")
+# Compiled in builds of their own, with the same target of flags: for Windows, and by another compiler.
+ELSEWHERE = (
+    "tests/app/tst_programfile.cpp", "tests/install/tst_realclient.cpp", "tests/window/tst_native",
+    "tests/fuzz/",
+)
 
 
 def main(commands_file):
@@ -30,7 +35,8 @@ def main(commands_file):
         missing = [flag for flag in FLAGS if flag not in arguments]
         if missing:
             problems.append(f"{name} is compiled without {' '.join(missing)}")
-    problems += [f"{name} is not compiled at all" for name in sorted(sources - seen)]
+    problems += [f"{name} is not compiled at all" for name in sorted(sources - seen)
+                 if not name.startswith(ELSEWHERE)]
     if len(seen) < 30:
         problems.append(f"only {len(seen)} own files found in {commands_file}")
     for problem in problems:
