@@ -9,10 +9,6 @@
 
 namespace
 {
-// Slides and tiles are read up to this number together; whatever follows the last of them, clients
-// included, is never seen.
-constexpr int maximumNewsElements = 9;
-
 QString attribute(const QXmlStreamAttributes &attributes, const char *name)
 {
     return attributes.value(QLatin1String(name)).toString();
@@ -29,7 +25,8 @@ class Reader
 {
 public:
     Reader(const QString &text, const QString &authCode, LauncherDocumentHandler &handler)
-        : m_xml(text)
+        : m_text(text)
+        , m_xml(text)
         , m_codeSum(authCodeSum(authCode))
         , m_handler(handler)
     {
@@ -37,24 +34,75 @@ public:
 
     void read()
     {
-        // A reader error ends the loop like the end of the document: the token stays invalid from
-        // then on, and waiting for the end would never come to one.
-        for (QXmlStreamReader::TokenType token = m_xml.readNext();
-             token != QXmlStreamReader::EndDocument && token != QXmlStreamReader::Invalid &&
-             m_newsElements < maximumNewsElements;
-             token = m_xml.readNext()) {
-            if (token == QXmlStreamReader::StartElement && !readElement()) {
-                return;
+        const DocumentEnd end = readUpToTheEnd();
+        m_handler.readingEnded(end);
+        const bool more = end.reason == DocumentEnd::EnoughNews;
+        if ((more || end.reason == DocumentEnd::BrokenElement) && m_handler.wantsTheRest()) {
+            if (!more) {
+                // The broken element itself was told already.
+                (void)m_xml.readNext();
             }
+            readTheRest();
         }
     }
 
 private:
+    DocumentEnd readUpToTheEnd()
+    {
+        // A reader error ends the loop like the end of the document: the token stays invalid from
+        // then on, and waiting for the end would never come to one.
+        for (QXmlStreamReader::TokenType token = m_xml.readNext();
+             token != QXmlStreamReader::EndDocument && token != QXmlStreamReader::Invalid;
+             token = m_xml.readNext()) {
+            if (m_newsElements >= LauncherDocument::newsElements) {
+                return endHere(DocumentEnd::EnoughNews);
+            }
+            if (token == QXmlStreamReader::StartElement && !readElement()) {
+                return endHere(DocumentEnd::BrokenElement);
+            }
+        }
+        return endHere(m_xml.hasError() ? DocumentEnd::NotXml : DocumentEnd::EndOfDocument);
+    }
+
+    void readTheRest()
+    {
+        for (; !m_xml.atEnd(); (void)m_xml.readNext()) {
+            if (m_xml.isStartElement()) {
+                m_handler.elementLost(elementHere());
+            }
+        }
+        if (m_xml.hasError()) {
+            m_handler.restIsNotXml(endHere(DocumentEnd::NotXml));
+        }
+    }
+
+    DocumentEnd endHere(DocumentEnd::Reason reason) const
+    {
+        return {reason, m_xml.hasError() ? m_xml.errorString() : QString(),
+                static_cast<int>(m_xml.lineNumber()), static_cast<int>(m_xml.columnNumber()) + 1};
+    }
+
+    // The toolkit tells the place behind a start element. An operator looks for its beginning,
+    // which is the last "<" before that: inside the element there is none.
+    DocumentElement elementHere()
+    {
+        const int begin =
+            m_text.lastIndexOf(QLatin1Char('<'), static_cast<int>(m_xml.characterOffset()) - 1);
+        for (; m_counted < begin; ++m_counted) {
+            if (m_text.at(m_counted) == QLatin1Char('\n')) {
+                ++m_line;
+                m_lineBegin = m_counted + 1;
+            }
+        }
+        return {m_xml.name().toString(), m_xml.attributes(), m_line, begin - m_lineBegin + 1};
+    }
+
     // Returns false when a broken element ends the reading.
     bool readElement()
     {
         const QString name = m_xml.name().toString();
         m_handler.elementStarted(name);
+        m_handler.elementWritten(elementHere());
         if (name == QLatin1String("launcher")) {
             m_handler.launcherVersion(attribute(m_xml.attributes(), "version").toInt());
             return true;
@@ -79,10 +127,12 @@ private:
             return false;
         }
         const QString auth = attribute(attributes, "auth");
+        const ClientInfo info(attribute(attributes, "version"), attribute(attributes, "url"),
+                              attribute(attributes, "name"), attribute(attributes, "server"), auth);
         if (!attributes.hasAttribute(QLatin1String("auth")) || auth.toLower() == m_codeSum) {
-            m_handler.client({attribute(attributes, "version"), attribute(attributes, "url"),
-                              attribute(attributes, "name"), attribute(attributes, "server"),
-                              auth});
+            m_handler.client(info);
+        } else {
+            m_handler.hiddenClient(info);
         }
         return true;
     }
@@ -126,12 +176,17 @@ private:
                          attribute(attributes, "imageUrl"), attribute(attributes, "clickUrl")};
     }
 
+    const QString m_text;
     QXmlStreamReader m_xml;
     const QString m_codeSum;
     LauncherDocumentHandler &m_handler;
     int m_newsElements = 0;
     int m_homeNews = 0;
     int m_news = 0;
+    // How far the lines are counted, which one that is, and where it begins.
+    int m_counted = 0;
+    int m_line = 1;
+    int m_lineBegin = 0;
 };
 } // namespace
 
