@@ -3,8 +3,6 @@
 #include <QCryptographicHash>
 #include <QXmlStreamReader>
 
-#include <algorithm>
-#include <initializer_list>
 #include <optional>
 
 namespace
@@ -12,13 +10,6 @@ namespace
 QString attribute(const QXmlStreamAttributes &attributes, const char *name)
 {
     return attributes.value(QLatin1String(name)).toString();
-}
-
-bool hasAll(const QXmlStreamAttributes &attributes, std::initializer_list<const char *> names)
-{
-    return std::all_of(names.begin(), names.end(), [&attributes](const char *name) {
-        return attributes.hasAttribute(QLatin1String(name));
-    });
 }
 
 class Reader
@@ -122,7 +113,7 @@ private:
     bool readClient()
     {
         const QXmlStreamAttributes attributes = m_xml.attributes();
-        if (!hasAll(attributes, {"version", "url"})) {
+        if (!missingAttributes(QStringLiteral("client"), attributes).isEmpty()) {
             m_handler.brokenClient();
             return false;
         }
@@ -168,7 +159,7 @@ private:
     {
         ++m_newsElements;
         const QXmlStreamAttributes attributes = m_xml.attributes();
-        if (!hasAll(attributes, {"id", "title", "description", "imageUrl", "clickUrl"})) {
+        if (!missingAttributes(QStringLiteral("news"), attributes).isEmpty()) {
             m_handler.brokenNews();
             return std::nullopt;
         }
@@ -194,6 +185,21 @@ void readLauncherDocument(const QString &text, const QString &authCode,
                           LauncherDocumentHandler &handler)
 {
     Reader(text, authCode, handler).read();
+}
+
+QStringList missingAttributes(const QString &element, const QXmlStreamAttributes &attributes)
+{
+    static const QStringList ofClient{QStringLiteral("version"), QStringLiteral("url")};
+    static const QStringList ofNews{QStringLiteral("id"), QStringLiteral("title"),
+                                    QStringLiteral("description"), QStringLiteral("imageUrl"),
+                                    QStringLiteral("clickUrl")};
+    QStringList missing;
+    for (const QString &name : element == QLatin1String("client") ? ofClient : ofNews) {
+        if (!attributes.hasAttribute(name)) {
+            missing << name;
+        }
+    }
+    return missing;
 }
 
 QString decodeLauncherDocument(const QByteArray &body)

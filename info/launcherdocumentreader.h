@@ -3,6 +3,7 @@
 #include "info/clientinfo.h"
 
 #include <QString>
+#include <QStringList>
 #include <QXmlStreamAttributes>
 
 // What the window has room for, and where reading ends.
@@ -84,6 +85,9 @@ public:
 // where the text stops being XML; what was reported before stands.
 void readLauncherDocument(const QString &text, const QString &authCode,
                           LauncherDocumentHandler &handler);
+
+// The attributes without which a client element, or any other of ours, ends the reading.
+QStringList missingAttributes(const QString &element, const QXmlStreamAttributes &attributes);
 
 // The document's text from its bytes: UTF-8, up to the first NUL byte.
 QString decodeLauncherDocument(const QByteArray &body);
