@@ -3,6 +3,7 @@
 #include <QCryptographicHash>
 #include <QXmlStreamReader>
 
+#include <algorithm>
 #include <optional>
 
 namespace
@@ -67,10 +68,12 @@ private:
         }
     }
 
+    // The toolkit counts columns from 0 and stands behind the letter that it did not like.
     DocumentEnd endHere(DocumentEnd::Reason reason) const
     {
         return {reason, m_xml.hasError() ? m_xml.errorString() : QString(),
-                static_cast<int>(m_xml.lineNumber()), static_cast<int>(m_xml.columnNumber()) + 1};
+                static_cast<int>(m_xml.lineNumber()),
+                static_cast<int>(std::max<qint64>(m_xml.columnNumber(), 1))};
     }
 
     // The toolkit tells the place behind a start element. An operator looks for its beginning,
