@@ -18,16 +18,32 @@ QString quoted(const QString &text)
 }
 
 // Separates what may hold any character of the document: XML has none for it.
-QString joined(const QString &a, const QString &b, const QString &c = {})
+QString joined(const QString &a, const QString &b)
 {
-    const QChar separator(1);
-    return a + separator + b + separator + c;
+    return a + QChar(1) + b;
+}
+
+QString joined(const QString &a, const QString &b, const QString &c)
+{
+    return a + QChar(1) + b + QChar(1) + c;
+}
+
+QString keyOf(const ClientEntry &entry)
+{
+    return joined(entry.info.server, entry.info.client);
+}
+
+// The same for one audience: everybody, or whoever has the code.
+QString keyForAudience(const ClientEntry &entry)
+{
+    return entry.hasAuth ? joined(entry.info.server, entry.info.client, entry.info.auth.toLower())
+                         : keyOf(entry);
 }
 
 bool isKnownKind(const QString &kind)
 {
-    return ServerPanel::clientButtons({kind}).official ||
-           ServerPanel::clientButtons({kind}).betaSelects;
+    const ServerPanel::ClientButtons buttons = ServerPanel::clientButtons({kind});
+    return buttons.official || buttons.betaSelects;
 }
 
 // Device names of Windows, which no file or folder can have, whatever extension follows.
@@ -36,7 +52,9 @@ bool isReservedName(const QString &name)
     static const QRegularExpression device(
         QStringLiteral("^(CON|PRN|AUX|NUL|COM[0-9]|LPT[0-9]) *(\\.|$)"),
         QRegularExpression::CaseInsensitiveOption);
-    return device.match(name).hasMatch();
+    // Most names are none; the expression would cost the most of all rules.
+    return QStringLiteral("CPANL").contains(name.at(0), Qt::CaseInsensitive) &&
+           device.match(name).hasMatch();
 }
 
 bool isForbiddenOnWindows(QChar letter)
@@ -62,7 +80,9 @@ public:
     {
         checkBytes();
         checkLaunchers();
+        m_entriesOfKey.reserve(m_content.clients.size());
         for (const ClientEntry &entry : m_content.clients) {
+            ++m_entriesOfKey[keyOf(entry)];
             checkNames(entry);
             checkVersion(entry);
             checkAuth(entry);
@@ -73,7 +93,6 @@ public:
         checkPrevious();
         checkServerFolders();
         checkButtons();
-        checkArchiveNames();
         checkNews(m_content.slides, QStringLiteral("slide"), LauncherDocument::slides);
         checkNews(m_content.tiles, QStringLiteral("tile"), LauncherDocument::tiles);
         checkStrangers();
@@ -284,17 +303,29 @@ private:
         if (!isUsableAddress(url)) {
             return;
         }
+        const QString name = wantedSaveFileName(url);
         const QString leftBehind =
-            QStringLiteral("a broken-off download stays in the player's folder for ever as ") +
-            quoted(wantedSaveFileName(url));
+            QStringLiteral("a broken-off download stays in the player's folder for ever as ");
         if (url.path().isEmpty() || url.path().endsWith(QLatin1Char('/'))) {
             warning(entry.place, "archive-url-ends-in-slash",
-                    QStringLiteral("url names no file: ") + leftBehind,
+                    QStringLiteral("url names no file: ") + leftBehind + quoted(name),
                     QStringLiteral("end the address in a file name with .zip"));
-        } else if (!wantedSaveFileName(url).endsWith(QLatin1String(".zip"), Qt::CaseInsensitive)) {
+        } else if (!name.endsWith(QLatin1String(".zip"), Qt::CaseInsensitive)) {
             warning(entry.place, "archive-not-zip",
-                    QStringLiteral("the archive's name does not end in .zip: ") + leftBehind,
+                    QStringLiteral("the archive's name does not end in .zip: ") + leftBehind +
+                        quoted(name),
                     QStringLiteral("end the address in .zip"));
+        }
+        const ClientEntry *&first = m_saveNames[name.toLower()];
+        if (first == nullptr) {
+            first = &entry;
+        } else if (first->info.url != entry.info.url) {
+            warning(entry.place, "archive-name-collides",
+                    QStringLiteral("the archive is saved as %1 like the one in line %2: of two "
+                                   "downloads at once, one unpacks and removes the other's file")
+                        .arg(quoted(name))
+                        .arg(first->place.line),
+                    QStringLiteral("put server, client and version into the file's name"));
         }
     }
 
@@ -305,10 +336,11 @@ private:
         QHash<QString, Place> later;
         for (int i = m_content.clients.size() - 1; i >= 0; --i) {
             const ClientEntry &entry = m_content.clients.at(i);
-            const QString open = joined(entry.info.server, entry.info.client);
-            const QString own = entry.hasAuth ? joined(entry.info.server, entry.info.client,
-                                                       entry.info.auth.toLower())
-                                              : open;
+            const QString open = keyOf(entry);
+            if (m_entriesOfKey.value(open) == 1) {
+                continue;
+            }
+            const QString own = keyForAudience(entry);
             const auto found = later.contains(open) ? later.constFind(open) : later.constFind(own);
             if (found != later.cend()) {
                 error(entry.place, "duplicate-client",
@@ -327,6 +359,9 @@ private:
     {
         QHash<QString, const ClientEntry *> earlier;
         for (const ClientEntry &entry : m_content.clients) {
+            if (m_entriesOfKey.value(keyOf(entry)) == 1) {
+                continue;
+            }
             const qint32 weight = versionWeight(entry.info.version);
             const QString key =
                 joined(entry.info.server, entry.info.client, QString::number(weight));
@@ -351,13 +386,12 @@ private:
             return;
         }
         QHash<QString, const ClientEntry *> before;
+        before.reserve(m_previous->clients.size());
         for (const ClientEntry &entry : m_previous->clients) {
-            before[joined(entry.info.server, entry.info.client, entry.info.auth.toLower())] =
-                &entry;
+            before.insert(keyForAudience(entry), &entry);
         }
         for (const ClientEntry &entry : m_content.clients) {
-            const ClientEntry *old = before.value(
-                joined(entry.info.server, entry.info.client, entry.info.auth.toLower()));
+            const ClientEntry *old = before.value(keyForAudience(entry));
             if (old != nullptr && old->info.version != entry.info.version) {
                 checkStep(entry, old->info.version);
             }
@@ -406,8 +440,13 @@ private:
     {
         QHash<QString, QStringList> kinds;
         QHash<QString, Place> places;
+        QHash<QString, bool> known;
         for (const ClientEntry &entry : m_content.clients) {
-            if (!isKnownKind(entry.info.client)) {
+            const QString &kind = entry.info.client;
+            if (!known.contains(kind)) {
+                known.insert(kind, isKnownKind(kind));
+            }
+            if (!known.value(kind)) {
                 error(entry.place, "unknown-kind",
                       QStringLiteral("client %1 is neither \"Official\" nor \"Beta\": no button "
                                      "shows it")
@@ -428,26 +467,6 @@ private:
                       QStringLiteral("server %1 has a \"Beta\" button that selects nothing")
                           .arg(quoted(server.key())),
                       QStringLiteral("give the server an \"Official\" or a \"Beta\" client"));
-            }
-        }
-    }
-
-    void checkArchiveNames()
-    {
-        QHash<QString, const ClientEntry *> names;
-        for (const ClientEntry &entry : m_content.clients) {
-            const QString name = wantedSaveFileName(QUrl(entry.info.url));
-            const ClientEntry *&first = names[name.toLower()];
-            if (first == nullptr) {
-                first = &entry;
-            } else if (first->info.url != entry.info.url) {
-                warning(entry.place, "archive-name-collides",
-                        QStringLiteral("the archive is saved as %1 like the one in line %2: of two "
-                                       "downloads at once, one unpacks and removes the other's "
-                                       "file")
-                            .arg(quoted(name))
-                            .arg(first->place.line),
-                        QStringLiteral("put server, client and version into the file's name"));
             }
         }
     }
@@ -557,6 +576,8 @@ private:
 
     const DocumentContent &m_content;
     const DocumentContent *m_previous;
+    QHash<QString, int> m_entriesOfKey;
+    QHash<QString, const ClientEntry *> m_saveNames;
     QSet<QString> m_names;
     Findings m_findings;
 };
