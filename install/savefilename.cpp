@@ -12,7 +12,7 @@ QString wantedSaveFileName(const QUrl &url)
 
 QString freeSaveFileName(const QUrl &url)
 {
-    const QString name = wantedSaveFileName(url);
+    QString name = wantedSaveFileName(url);
     if (!QFile::exists(name)) {
         return name;
     }
