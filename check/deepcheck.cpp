@@ -5,6 +5,7 @@
 #include "check/rules.h"
 #include "info/serverpanel.h"
 #include "install/executables.h"
+#include "news/picturesize.h"
 
 #include <QBuffer>
 #include <QHash>
@@ -81,7 +82,17 @@ private:
         body.open(QIODevice::WriteOnly);
         const Fetched fetched = m_fetcher.fetch(url, body, Fetcher::smallThings);
         m_findings << findingsOfFetch(fetched, place, what, url);
-        if (fetched.arrived && QImage::fromData(body.data()).isNull()) {
+        if (!fetched.arrived) {
+            return;
+        }
+        if (!isPictureOfReasonableSize(body.data())) {
+            m_findings << makeFinding(
+                Finding::Error, place, "picture-too-large",
+                QStringLiteral("the %1 %2 has too many pixels: players see an empty place")
+                    .arg(what, url.toString()),
+                QStringLiteral("publish no more than %1 million pixels")
+                    .arg(largestPicture / 1000000));
+        } else if (QImage::fromData(body.data()).isNull()) {
             m_findings << makeFinding(
                 Finding::Error, place, "not-a-picture",
                 QStringLiteral("the %1 %2 is no picture: players see an empty place")

@@ -4,6 +4,8 @@
 #include "stage.h"
 #include "support/urlcatcher.h"
 
+#include <QBuffer>
+#include <QImage>
 #include <QNetworkProxy>
 #include <QRandomGenerator>
 #include <QRegularExpression>
@@ -578,6 +580,7 @@ void TestWarnings::pictureThatDoesNotArrive_data()
     QTest::newRow("redirect") << QByteArray("redirect");
     QTest::newRow("missing") << QByteArray("unreachable");
     QTest::newRow("page") << QByteArray("not-a-picture");
+    QTest::newRow("large") << QByteArray("picture-too-large");
     QTest::newRow("good") << QByteArray();
 }
 
@@ -588,6 +591,13 @@ void TestWarnings::pictureThatDoesNotArrive()
     const QByteArray picture = Documents::png(4, 4, 0);
     stage.server.serve(QStringLiteral("good"), picture);
     stage.server.serve(QStringLiteral("page"), "<html>");
+    QByteArray large;
+    QBuffer buffer(&large);
+    buffer.open(QIODevice::WriteOnly);
+    QImage wall(8000, 8000, QImage::Format_Mono);
+    wall.fill(0);
+    wall.save(&buffer, "PNG");
+    stage.server.serve(QStringLiteral("large"), large);
     stage.server.redirect(QStringLiteral("redirect"), stage.server.url(QStringLiteral("good")));
     QVERIFY(stage.load({Documents::news(
         QStringLiteral("news"), QStringLiteral("t"), QStringLiteral("d"),
