@@ -4,32 +4,21 @@
 #include <QXmlStreamReader>
 
 #include <algorithm>
-#include <initializer_list>
 #include <optional>
 
 namespace
 {
-// Slides and tiles are read up to this number together; whatever follows the last of them, clients
-// included, is never seen.
-constexpr int maximumNewsElements = 9;
-
 QString attribute(const QXmlStreamAttributes &attributes, const char *name)
 {
     return attributes.value(QLatin1String(name)).toString();
-}
-
-bool hasAll(const QXmlStreamAttributes &attributes, std::initializer_list<const char *> names)
-{
-    return std::all_of(names.begin(), names.end(), [&attributes](const char *name) {
-        return attributes.hasAttribute(QLatin1String(name));
-    });
 }
 
 class Reader
 {
 public:
     Reader(const QString &text, const QString &authCode, LauncherDocumentHandler &handler)
-        : m_xml(text)
+        : m_text(text)
+        , m_xml(text)
         , m_codeSum(authCodeSum(authCode))
         , m_handler(handler)
     {
@@ -37,24 +26,77 @@ public:
 
     void read()
     {
-        // A reader error ends the loop like the end of the document: the token stays invalid from
-        // then on, and waiting for the end would never come to one.
-        for (QXmlStreamReader::TokenType token = m_xml.readNext();
-             token != QXmlStreamReader::EndDocument && token != QXmlStreamReader::Invalid &&
-             m_newsElements < maximumNewsElements;
-             token = m_xml.readNext()) {
-            if (token == QXmlStreamReader::StartElement && !readElement()) {
-                return;
+        const DocumentEnd end = readUpToTheEnd();
+        m_handler.readingEnded(end);
+        const bool more = end.reason == DocumentEnd::EnoughNews;
+        if ((more || end.reason == DocumentEnd::BrokenElement) && m_handler.wantsTheRest()) {
+            if (!more) {
+                // The broken element itself was told already.
+                (void)m_xml.readNext();
             }
+            readTheRest();
         }
     }
 
 private:
+    DocumentEnd readUpToTheEnd()
+    {
+        // A reader error ends the loop like the end of the document: the token stays invalid from
+        // then on, and waiting for the end would never come to one.
+        for (QXmlStreamReader::TokenType token = m_xml.readNext();
+             token != QXmlStreamReader::EndDocument && token != QXmlStreamReader::Invalid;
+             token = m_xml.readNext()) {
+            if (m_newsElements >= LauncherDocument::newsElements) {
+                return endHere(DocumentEnd::EnoughNews);
+            }
+            if (token == QXmlStreamReader::StartElement && !readElement()) {
+                return endHere(DocumentEnd::BrokenElement);
+            }
+        }
+        return endHere(m_xml.hasError() ? DocumentEnd::NotXml : DocumentEnd::EndOfDocument);
+    }
+
+    void readTheRest()
+    {
+        for (; !m_xml.atEnd(); (void)m_xml.readNext()) {
+            if (m_xml.isStartElement()) {
+                m_handler.elementLost(elementHere());
+            }
+        }
+        if (m_xml.hasError()) {
+            m_handler.restIsNotXml(endHere(DocumentEnd::NotXml));
+        }
+    }
+
+    // The toolkit counts columns from 0 and stands behind the letter that it did not like.
+    DocumentEnd endHere(DocumentEnd::Reason reason) const
+    {
+        return {reason, m_xml.hasError() ? m_xml.errorString() : QString(),
+                static_cast<int>(m_xml.lineNumber()),
+                static_cast<int>(std::max<qint64>(m_xml.columnNumber(), 1))};
+    }
+
+    // The toolkit tells the place behind a start element. An operator looks for its beginning,
+    // which is the last "<" before that: inside the element there is none.
+    DocumentElement elementHere()
+    {
+        const int begin =
+            m_text.lastIndexOf(QLatin1Char('<'), static_cast<int>(m_xml.characterOffset()) - 1);
+        for (; m_counted < begin; ++m_counted) {
+            if (m_text.at(m_counted) == QLatin1Char('\n')) {
+                ++m_line;
+                m_lineBegin = m_counted + 1;
+            }
+        }
+        return {m_xml.name().toString(), m_xml.attributes(), m_line, begin - m_lineBegin + 1};
+    }
+
     // Returns false when a broken element ends the reading.
     bool readElement()
     {
         const QString name = m_xml.name().toString();
         m_handler.elementStarted(name);
+        m_handler.elementWritten(elementHere());
         if (name == QLatin1String("launcher")) {
             m_handler.launcherVersion(attribute(m_xml.attributes(), "version").toInt());
             return true;
@@ -74,15 +116,17 @@ private:
     bool readClient()
     {
         const QXmlStreamAttributes attributes = m_xml.attributes();
-        if (!hasAll(attributes, {"version", "url"})) {
+        if (!missingAttributes(QStringLiteral("client"), attributes).isEmpty()) {
             m_handler.brokenClient();
             return false;
         }
         const QString auth = attribute(attributes, "auth");
+        const ClientInfo info(attribute(attributes, "version"), attribute(attributes, "url"),
+                              attribute(attributes, "name"), attribute(attributes, "server"), auth);
         if (!attributes.hasAttribute(QLatin1String("auth")) || auth.toLower() == m_codeSum) {
-            m_handler.client({attribute(attributes, "version"), attribute(attributes, "url"),
-                              attribute(attributes, "name"), attribute(attributes, "server"),
-                              auth});
+            m_handler.client(info);
+        } else {
+            m_handler.hiddenClient(info);
         }
         return true;
     }
@@ -118,7 +162,7 @@ private:
     {
         ++m_newsElements;
         const QXmlStreamAttributes attributes = m_xml.attributes();
-        if (!hasAll(attributes, {"id", "title", "description", "imageUrl", "clickUrl"})) {
+        if (!missingAttributes(QStringLiteral("news"), attributes).isEmpty()) {
             m_handler.brokenNews();
             return std::nullopt;
         }
@@ -126,12 +170,17 @@ private:
                          attribute(attributes, "imageUrl"), attribute(attributes, "clickUrl")};
     }
 
+    const QString m_text;
     QXmlStreamReader m_xml;
     const QString m_codeSum;
     LauncherDocumentHandler &m_handler;
     int m_newsElements = 0;
     int m_homeNews = 0;
     int m_news = 0;
+    // How far the lines are counted, which one that is, and where it begins.
+    int m_counted = 0;
+    int m_line = 1;
+    int m_lineBegin = 0;
 };
 } // namespace
 
@@ -139,6 +188,21 @@ void readLauncherDocument(const QString &text, const QString &authCode,
                           LauncherDocumentHandler &handler)
 {
     Reader(text, authCode, handler).read();
+}
+
+QStringList missingAttributes(const QString &element, const QXmlStreamAttributes &attributes)
+{
+    static const QStringList ofClient{QStringLiteral("version"), QStringLiteral("url")};
+    static const QStringList ofNews{QStringLiteral("id"), QStringLiteral("title"),
+                                    QStringLiteral("description"), QStringLiteral("imageUrl"),
+                                    QStringLiteral("clickUrl")};
+    QStringList missing;
+    for (const QString &name : element == QLatin1String("client") ? ofClient : ofNews) {
+        if (!attributes.hasAttribute(name)) {
+            missing << name;
+        }
+    }
+    return missing;
 }
 
 QString decodeLauncherDocument(const QByteArray &body)

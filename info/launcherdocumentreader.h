@@ -3,6 +3,20 @@
 #include "info/clientinfo.h"
 
 #include <QString>
+#include <QStringList>
+#include <QXmlStreamAttributes>
+
+// What the window has room for, and where reading ends.
+namespace LauncherDocument
+{
+constexpr int slides = 3;
+constexpr int tiles = 6;
+// Slides and tiles are read up to this number together; whatever follows the last of them, clients
+// included, is never seen.
+constexpr int newsElements = 9;
+// A document that asks for a newer launcher than this sends the player to the website.
+constexpr int launcherVersion = 1;
+} // namespace LauncherDocument
 
 // The texts of one slide or tile, ready to show.
 struct NewsEntry {
@@ -10,6 +24,23 @@ struct NewsEntry {
     QString description;
     QString imageUrl;
     QString clickUrl;
+};
+
+// One start element as it is written.
+struct DocumentElement {
+    QString name;
+    QXmlStreamAttributes attributes;
+    int line = 0; // of its "<", both from 1; columns are counted in characters
+    int column = 0;
+};
+
+// Why and where reading ended.
+struct DocumentEnd {
+    enum Reason { EndOfDocument, NotXml, EnoughNews, BrokenElement };
+    Reason reason = EndOfDocument;
+    QString error; // the reader's words when the text is not XML
+    int line = 0;
+    int column = 0;
 };
 
 // Receives what the launcher document says, element by element, while it is read.
@@ -33,6 +64,20 @@ public:
     // A client, or a slide or tile, lacks a required attribute; reading ends with it.
     virtual void brokenClient() = 0;
     virtual void brokenNews() = 0;
+
+    // What an operator wants to know beyond what a player sees; the window does not ask.
+
+    // Every start element that is read, before anything else is said of it.
+    virtual void elementWritten(const DocumentElement &) {}
+    // A client entry that the code keeps from the player.
+    virtual void hiddenClient(const ClientInfo &) {}
+    // Once, when reading ends.
+    virtual void readingEnded(const DocumentEnd &) {}
+    // Whether to look through the rest for elements that are lost behind a broken one or behind the
+    // last slide or tile. Nothing but these two follows then, the error at most once.
+    virtual bool wantsTheRest() const { return false; }
+    virtual void elementLost(const DocumentElement &) {}
+    virtual void restIsNotXml(const DocumentEnd &) {}
 };
 
 // Reads the launcher document from its decoded text. authCode is the player's authentication code.
@@ -40,6 +85,9 @@ public:
 // where the text stops being XML; what was reported before stands.
 void readLauncherDocument(const QString &text, const QString &authCode,
                           LauncherDocumentHandler &handler);
+
+// The attributes without which a client element, or any other of ours, ends the reading.
+QStringList missingAttributes(const QString &element, const QXmlStreamAttributes &attributes);
 
 // The document's text from its bytes: UTF-8, up to the first NUL byte.
 QString decodeLauncherDocument(const QByteArray &body);

@@ -34,6 +34,20 @@ int ServerPanel::columnHeight(QSize logo)
     return clientButtonSize.height() * 2 + logo.height();
 }
 
+QString ServerPanel::logoFileName(const QString &server)
+{
+    return server + QStringLiteral(".png");
+}
+
+ServerPanel::ClientButtons ServerPanel::clientButtons(const QStringList &kinds)
+{
+    const bool hasOfficial = kinds.contains(QStringLiteral("Official"));
+    const bool hasBeta = kinds.contains(QStringLiteral("Beta"));
+    // kept: live even when the server has no "Beta" entry either; a click then selects an empty
+    // entry.
+    return {hasOfficial, hasBeta || !hasOfficial, hasBeta};
+}
+
 QString ServerPanel::selectionKey(const QString &server, const QString &client)
 {
     return server + QLatin1Char('|') + client;

@@ -19,6 +19,19 @@ QSize logoSize(int columns);
 // Height of a column with a logo of this size and two client buttons under it.
 int columnHeight(QSize logo);
 
+// The file name of a server's logo, beside the document.
+QString logoFileName(const QString &server);
+
+// The buttons of a server that offers these client kinds.
+struct ClientButtons {
+    bool official = false;
+    // A server without an "Official" client has a live "Beta" button in any case.
+    bool beta = false;
+    // Whether a click on it finds an entry.
+    bool betaSelects = false;
+};
+ClientButtons clientButtons(const QStringList &kinds);
+
 struct Selection {
     QString server;
     QString client;

@@ -48,7 +48,7 @@ QGroupBox *testform::createServerColumn(const QString &name, QSize logo)
     // The column's fixed height is that of its contents alone.
     column->setContentsMargins(0, 0, 0, 0);
 
-    auto *server = new ServerButton(name, BASE_URL + name + QStringLiteral(".png"), logo);
+    auto *server = new ServerButton(name, BASE_URL + ServerPanel::logoFileName(name), logo);
     server->setParent(this);
     server->getImageDownloader()->setParent(this);
     server->load(false);
@@ -67,17 +67,16 @@ QGroupBox *testform::createServerColumn(const QString &name, QSize logo)
 void testform::addClientButtons(QVBoxLayout *column, const QString &server)
 {
     auto *mapper = new QSignalMapper(this);
-    const QHash<QString, ClientInfo> clients = clientInfos.value(server);
-    const bool hasOfficial = clients.contains(QStringLiteral("Official"));
-    const bool hasBeta = clients.contains(QStringLiteral("Beta"));
+    const ServerPanel::ClientButtons buttons =
+        ServerPanel::clientButtons(clientInfos.value(server).keys());
 
     QPushButton *official = makeClientButton(ServerPanel::officialStyleSheet());
     QPushButton *beta = makeClientButton(ServerPanel::betaStyleSheet());
     const auto connectToMapper = [mapper](QPushButton *button) {
         connect(button, &QPushButton::clicked, mapper, qOverload<>(&QSignalMapper::map));
     };
-    if (hasOfficial) {
-        if (hasBeta) {
+    if (buttons.official) {
+        if (buttons.beta) {
             connectToMapper(beta);
         } else {
             beta->setStyleSheet(ServerPanel::placeholderStyleSheet());
@@ -87,8 +86,6 @@ void testform::addClientButtons(QVBoxLayout *column, const QString &server)
         column->addWidget(beta, 0, Qt::AlignCenter);
     } else {
         official->setStyleSheet(ServerPanel::placeholderStyleSheet());
-        // kept: live even when the server has no "Beta" entry either; a click then selects an
-        // empty entry.
         connectToMapper(beta);
         // The live button stands on top.
         column->addWidget(beta, 0, Qt::AlignCenter);

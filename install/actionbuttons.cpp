@@ -1,5 +1,6 @@
 // The Play, Update and Download buttons, and starting the client.
 
+#include "install/executables.h"
 #include "ui_testform.h"
 #include "window/testform.h"
 
@@ -97,7 +98,7 @@ void testform::on_btnPlay_clicked()
         updateButtonStates(QStringLiteral("updateProgress"));
         return;
     }
-    if (selectedClientInfo.client == QLatin1String("Beta")) {
+    if (Executables::askForEngine(selectedClientInfo.client)) {
         play(askGraphicsEngineFilter());
     } else if (QDir(getClientDir(getInstalledVersion())).exists()) {
         play();
@@ -120,7 +121,7 @@ QString testform::askGraphicsEngineFilter()
     const QPushButton *directX = box.addButton(tr("DirectX"), QMessageBox::YesRole);
     box.addButton(tr("OpenGL"), QMessageBox::NoRole);
     box.exec();
-    return box.clickedButton() == directX ? QStringLiteral("*_dx.exe") : QStringLiteral("*_gl.exe");
+    return box.clickedButton() == directX ? Executables::directX() : Executables::openGl();
 }
 
 void testform::play(QString fileName)
@@ -128,7 +129,7 @@ void testform::play(QString fileName)
     const QString version = getInstalledVersion();
     ui->downloadProgressText->setText(QStringLiteral("Client version: ") + version);
     if (fileName.isEmpty()) {
-        fileName = QStringLiteral("*.exe");
+        fileName = Executables::any();
     }
     const QString dir = getClientDir(version);
     const QStringList executables = QDir(dir).entryList({fileName});

@@ -4,12 +4,15 @@
 #include <QFileInfo>
 #include <QUrl>
 
+QString wantedSaveFileName(const QUrl &url)
+{
+    const QString name = QFileInfo(url.path(QUrl::FullyDecoded)).fileName();
+    return name.isEmpty() ? QStringLiteral("download") : name;
+}
+
 QString freeSaveFileName(const QUrl &url)
 {
-    QString name = QFileInfo(url.path(QUrl::FullyDecoded)).fileName();
-    if (name.isEmpty()) {
-        name = QStringLiteral("download");
-    }
+    QString name = wantedSaveFileName(url);
     if (!QFile::exists(name)) {
         return name;
     }

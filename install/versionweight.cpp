@@ -15,6 +15,19 @@ qint32 fromBits(quint32 bits)
     std::memcpy(&value, &bits, sizeof value);
     return value;
 }
+
+template<typename Number>
+Number sumOfParts(const QString &version)
+{
+    Number weight = 0;
+    Number partWeight = firstPartWeight;
+    const QVector<QStringRef> parts = version.splitRef(QLatin1Char('.'));
+    for (const QStringRef &part : parts) {
+        weight += partWeight * static_cast<Number>(part.toInt());
+        partWeight /= 100;
+    }
+    return weight;
+}
 } // namespace
 
 // kept: 32-bit arithmetic that wraps around, so that 21.99 weighs less than nothing and 43.0 less
@@ -22,14 +35,12 @@ qint32 fromBits(quint32 bits)
 // Unsigned arithmetic wraps by definition and gives the same bits.
 qint32 versionWeight(const QString &version)
 {
-    quint32 weight = 0;
-    quint32 partWeight = firstPartWeight;
-    const QVector<QStringRef> parts = version.splitRef(QLatin1Char('.'));
-    for (const QStringRef &part : parts) {
-        weight += partWeight * static_cast<quint32>(part.toInt());
-        partWeight /= 100;
-    }
-    return fromBits(weight);
+    return fromBits(sumOfParts<quint32>(version));
+}
+
+bool versionWeightWraps(const QString &version)
+{
+    return sumOfParts<qint64>(version) != versionWeight(version);
 }
 
 QString greatestVersion(const QStringList &names)

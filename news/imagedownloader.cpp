@@ -3,11 +3,9 @@
 #include "info/filedownloader.h"
 #include "install/pathsafety.h"
 
-#include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
-#include <QImageReader>
 #include <QLabel>
 #include <QPixmap>
 #include <QtConcurrent>
@@ -36,18 +34,6 @@ QPixmap decoded(const QByteArray &bytes)
     return picture;
 }
 } // namespace
-
-bool isPictureOfReasonableSize(const QByteArray &bytes)
-{
-    QByteArray data = bytes;
-    QBuffer buffer(&data);
-    if (!buffer.open(QIODevice::ReadOnly)) {
-        return false;
-    }
-    // The size as the header tells it, before anything is decoded.
-    const QSize size = QImageReader(&buffer).size();
-    return !size.isValid() || qint64(size.width()) * size.height() <= largestPicture;
-}
 
 QPixmap scaledToSize(const QPixmap &picture, QSize size)
 {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "news/picturesize.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QSize>
@@ -14,14 +16,6 @@ class QPixmap;
 // The picture scaled to exactly this size in pixels, aspect ratio ignored, not smoothed. An empty
 // picture stays empty.
 QPixmap scaledToSize(const QPixmap &picture, QSize size);
-
-// The largest picture that is decoded, in pixels: four times what a large screen shows, and with
-// its copies still no burden for a small computer.
-constexpr qint64 largestPicture = 32 * 1000 * 1000;
-
-// Whether a picture, by what its first bytes say, has no more pixels than that. Bytes that tell no
-// size pass.
-bool isPictureOfReasonableSize(const QByteArray &bytes);
 
 // Fetches one picture, shows it on a label, keeps the unscaled original and caches it as
 // <objectName>.png in the working directory. Failures are silent: bytes that are no picture, or a

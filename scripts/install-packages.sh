@@ -2,7 +2,8 @@
 # Installs the Debian packages that a command of this project needs and the
 # machine lacks.
 #
-#   scripts/install-packages.sh GROUP...      groups: build test demo fuzz source windows windows-test
+#   scripts/install-packages.sh GROUP...      groups: build operator test demo fuzz source
+#                                              windows windows-test
 #
 # Ends with 0 when everything is there, with 1 and a message that names the
 # package when something cannot be had. Other scripts may source this file and
@@ -11,6 +12,10 @@
 # What the program is built from.
 build_packages=(
   cmake ninja-build g++ qtbase5-dev qtbase5-dev-tools
+)
+# What operators pack archives and look into them with, and try their world with.
+operator_packages=(
+  unzip zip python3
 )
 # What the demo shows and drives it with.
 demo_packages=(
@@ -121,6 +126,7 @@ install_groups() {
   for group in "$@"; do
     case $group in
       build) packages+=("${build_packages[@]}") ;;
+      operator) packages+=("${operator_packages[@]}") ;;
       test) packages+=("${test_packages[@]}") ;;
       demo) packages+=("${demo_packages[@]}") ;;
       fuzz) packages+=("${fuzz_packages[@]}") ;;
@@ -128,13 +134,13 @@ install_groups() {
       windows) packages+=("${windows_packages[@]}") ;;
       windows-test) packages+=("${windows_test_packages[@]}") ;;
       *)
-        echo "install-packages.sh: no such group: $group (build, test, demo, fuzz, source, windows, windows-test)" >&2
+        echo "install-packages.sh: no such group: $group (build, operator, test, demo, fuzz, source, windows, windows-test)" >&2
         return 64
         ;;
     esac
   done
   if [ "${#packages[@]}" -eq 0 ]; then
-    echo "usage: scripts/install-packages.sh GROUP...   (build, test, demo, fuzz, source, windows, windows-test)" >&2
+    echo "usage: scripts/install-packages.sh GROUP...   (build, operator, test, demo, fuzz, source, windows, windows-test)" >&2
     return 64
   fi
 

@@ -41,7 +41,7 @@ void testform::assignConstants()
     DIR_OFFLINE = QStringLiteral("offline.txt");
     DIR_SETTINGS = QStringLiteral("settings.txt");
     BASE_URL = BuildSettings::baseUrl();
-    LAUNCHER_VERSION = 1;
+    LAUNCHER_VERSION = LauncherDocument::launcherVersion;
     WEBSITE_URL = BuildSettings::websiteUrl();
 
     isDownloadingClient = false;

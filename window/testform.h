@@ -1,6 +1,7 @@
 #pragma once
 
 #include "info/clientinfo.h"
+#include "info/launcherdocumentreader.h"
 #include "info/settings.h"
 #include "news/news.h"
 
@@ -233,10 +234,10 @@ private:
     QGroupBox *contents[2] = {};
     int numButtons = 2;
     int slideState = -1;
-    int numSlides = 3;
+    int numSlides = LauncherDocument::slides;
     QLabel *activeSlides[3] = {};
     QLabel *passiveSlides[3] = {};
-    int numNews = 6;
+    int numNews = LauncherDocument::tiles;
 
     // install/: nothing ever sets it
     bool isDownloadingClient = false;

@@ -9,12 +9,17 @@ import sys
 
 FLAGS = """-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -std=c++17
 -DQT_NO_CAST_FROM_ASCII -DQT_NO_CAST_TO_ASCII -DQT_NO_CAST_FROM_BYTEARRAY""".split()
-FOLDERS = ("app/", "window/", "info/", "install/", "news/")
-# Compiled in builds of their own, with the same target of flags: for Windows, and by another compiler.
-ELSEWHERE = (
-    "tests/app/tst_programfile.cpp", "tests/install/tst_realclient.cpp", "tests/window/tst_native",
-    "tests/fuzz/",
-)
+FOLDERS = ("app/", "check/", "window/", "info/", "install/", "news/")
+
+# Sources that other builds compile, with the same functions of the build: the Windows program's tests
+# and the fuzz targets.
+ELSEWHERE = """tests/app/tst_programfile.cpp tests/check/tst_windowswarnings.cpp
+tests/install/tst_realclient.cpp tests/window/tst_nativechrome.cpp
+tests/window/tst_nativedrag.cpp""".split()
+
+
+def is_elsewhere(name):
+    return name in ELSEWHERE or name.startswith("tests/fuzz/")
 
 
 def main(commands_file):
@@ -35,8 +40,9 @@ def main(commands_file):
         missing = [flag for flag in FLAGS if flag not in arguments]
         if missing:
             problems.append(f"{name} is compiled without {' '.join(missing)}")
-    problems += [f"{name} is not compiled at all" for name in sorted(sources - seen)
-                 if not name.startswith(ELSEWHERE)]
+    problems += [f"{name} is not compiled at all" for name in sorted(sources - seen) if not is_elsewhere(name)]
+    problems += [f"{name} is compiled here after all" for name in sorted(seen) if is_elsewhere(name)]
+    problems += [f"{name} is gone" for name in ELSEWHERE if name not in sources]
     if len(seen) < 30:
         problems.append(f"only {len(seen)} own files found in {commands_file}")
     for problem in problems:

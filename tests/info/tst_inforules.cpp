@@ -4,6 +4,7 @@
 #include "info/settings.h"
 
 #include <QCryptographicHash>
+#include <QRegularExpression>
 #include <QTest>
 
 namespace
@@ -60,6 +61,50 @@ private:
             QLatin1Char('|'));
     }
 };
+
+// Notes what only an operator is told, one line each.
+class Places : public Notes
+{
+public:
+    explicit Places(bool withTheRest)
+        : m_withTheRest(withTheRest)
+    {
+    }
+    void elementWritten(const DocumentElement &element) override { note("at", element); }
+    void hiddenClient(const ClientInfo &info) override
+    {
+        places << QStringLiteral("hidden ") + info.server;
+    }
+    void readingEnded(const DocumentEnd &end) override
+    {
+        places << QStringLiteral("end %1").arg(end.reason);
+    }
+    bool wantsTheRest() const override { return m_withTheRest; }
+    void elementLost(const DocumentElement &element) override { note("lost", element); }
+    void restIsNotXml(const DocumentEnd &end) override
+    {
+        places << QStringLiteral("rest is no XML %1").arg(end.line);
+    }
+
+    QStringList places;
+
+private:
+    void note(const char *word, const DocumentElement &element)
+    {
+        places << QStringLiteral("%1 %2 %3:%4")
+                      .arg(QLatin1String(word), element.name)
+                      .arg(element.line)
+                      .arg(element.column);
+    }
+    bool m_withTheRest;
+};
+
+QStringList placesIn(const QString &document, bool withTheRest = true)
+{
+    Places places(withTheRest);
+    readLauncherDocument(document, QStringLiteral("code"), places);
+    return places.places;
+}
 
 QStringList linesOf(const QString &document, const QString &code = {})
 {
@@ -171,6 +216,13 @@ private slots:
     void readingEndsWhereTheTextIsNoXml();
     void everyCutKeepsWhatCameBefore();
 
+    void elementsAreToldWithTheirPlaces_data();
+    void elementsAreToldWithTheirPlaces();
+    void theRestIsToldWithoutBeingRead_data();
+    void theRestIsToldWithoutBeingRead();
+
+    void clientButtons_data();
+    void clientButtons();
     void columnOrder_data();
     void columnOrder();
     void sizes_data();
@@ -762,6 +814,108 @@ void TestInfoRules::everyCutKeepsWhatCameBefore()
     }
     // Only the root's end is missing at last, and nothing of the content.
     QCOMPARE(most, whole.size());
+}
+
+void TestInfoRules::elementsAreToldWithTheirPlaces_data()
+{
+    QTest::addColumn<QString>("document");
+    QTest::addColumn<QStringList>("places");
+    const auto row = [](const char *name, const char *document, const QString &places) {
+        QTest::newRow(name) << QString::fromUtf8(document) << places.split(QLatin1Char(','));
+    };
+    row("elements on one line", "<launcher><a/><b></b></launcher>",
+        QStringLiteral("at launcher 1:1,at a 1:11,at b 1:15,end 0"));
+    row("behind a prolog, comments and blanks",
+        "<?xml version=\"1.0\"?>\n<!-- < c\n -->\n\n <launcher>\n  <a/>\n</launcher>",
+        QStringLiteral("at launcher 5:2,at a 6:3,end 0"));
+    row("an element over several lines", "<launcher>\n\t<a\n  b='1'\n/><c/></launcher>",
+        QStringLiteral("at launcher 1:1,at a 2:2,at c 4:3,end 0"));
+    row("lines that end as on Windows", "<launcher>\r\n  <a/>\r\n  <b/>\r\n</launcher>",
+        QStringLiteral("at launcher 1:1,at a 2:3,at b 3:3,end 0"));
+    row("letters and entities count as they are written",
+        "<launcher>\xC3\xA9\xD0\x96&amp;&#x41;<a b='&lt;&quot;'/> <b/></launcher>",
+        QStringLiteral("at launcher 1:1,at a 1:24,at b 1:44,end 0"));
+    row("where the text stops being XML", "<launcher>\n <a/>\n <b c=1/></launcher>",
+        QStringLiteral("at launcher 1:1,at a 2:2,end 1"));
+    row("an entry that the code does not show",
+        "<launcher>\n<client version='1' url='u' server='S' auth='x'/></launcher>",
+        QStringLiteral("at launcher 1:1,at client 2:1,hidden S,end 0"));
+}
+
+void TestInfoRules::elementsAreToldWithTheirPlaces()
+{
+    QFETCH(QString, document);
+    QFETCH(QStringList, places);
+    QCOMPARE(placesIn(document), places);
+}
+
+void TestInfoRules::theRestIsToldWithoutBeingRead_data()
+{
+    QTest::addColumn<QString>("elements");
+    QTest::addColumn<QStringList>("rest");
+    const QString lost = QStringLiteral("lost client 2:1");
+    const QString client = QLatin1Char('\n') + clientElement(QStringLiteral("late"));
+    const QString brokenTile = QStringLiteral("<news id=\"1\"/>");
+    QTest::newRow("behind the ninth")
+        << tiles(9) + client << QStringList{QStringLiteral("end 2"), lost};
+    QTest::newRow("nothing behind the ninth") << tiles(9) << QStringList{QStringLiteral("end 2")};
+    QTest::newRow("behind a broken client")
+        << QStringLiteral("<client/>") + client << QStringList{QStringLiteral("end 3"), lost};
+    QTest::newRow("behind a broken tile")
+        << brokenTile + client << QStringList{QStringLiteral("end 3"), lost};
+    QTest::newRow("the ninth is broken itself")
+        << tiles(8) + brokenTile + client << QStringList{QStringLiteral("end 3"), lost};
+    QTest::newRow("the rest is no XML")
+        << tiles(9) + client + QStringLiteral("\n<")
+        << QStringList{QStringLiteral("end 2"), lost, QStringLiteral("rest is no XML 3")};
+}
+
+void TestInfoRules::theRestIsToldWithoutBeingRead()
+{
+    QFETCH(QString, elements);
+    QFETCH(QStringList, rest);
+    const QString document = inLauncher(elements);
+    const auto behindTheEnd = [](const QStringList &places) {
+        return places.mid(places.indexOf(QRegularExpression(QStringLiteral("end \\d"))));
+    };
+    QCOMPARE(behindTheEnd(placesIn(document)), rest);
+    // The window does not ask for it.
+    QCOMPARE(behindTheEnd(placesIn(document, false)), rest.mid(0, 1));
+    QVERIFY(!saidBy(document).join(QLatin1Char(' ')).contains(QStringLiteral("late")));
+}
+
+void TestInfoRules::clientButtons_data()
+{
+    QTest::addColumn<QStringList>("kinds");
+    QTest::addColumn<QString>("buttons");
+    const QString official = QStringLiteral("Official");
+    const QString beta = QStringLiteral("Beta");
+    QTest::newRow("both") << QStringList{official, beta} << QStringLiteral("official beta selects");
+    QTest::newRow("official alone") << QStringList{official} << QStringLiteral("official");
+    QTest::newRow("beta alone") << QStringList{beta} << QStringLiteral("beta selects");
+    QTest::newRow("another kind") << QStringList{QStringLiteral("Nightly")}
+                                  << QStringLiteral("beta");
+    QTest::newRow("letters count")
+        << QStringList{QStringLiteral("official"), QStringLiteral("beta")}
+        << QStringLiteral("beta");
+}
+
+void TestInfoRules::clientButtons()
+{
+    QFETCH(QStringList, kinds);
+    QFETCH(QString, buttons);
+    const ServerPanel::ClientButtons found = ServerPanel::clientButtons(kinds);
+    QStringList words;
+    if (found.official) {
+        words << QStringLiteral("official");
+    }
+    if (found.beta) {
+        words << QStringLiteral("beta");
+    }
+    if (found.betaSelects) {
+        words << QStringLiteral("selects");
+    }
+    QCOMPARE(words.join(QLatin1Char(' ')), buttons);
 }
 
 void TestInfoRules::columnOrder_data()

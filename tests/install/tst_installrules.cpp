@@ -1,3 +1,4 @@
+#include "install/executables.h"
 #include "install/pathsafety.h"
 #include "install/savefilename.h"
 #include "install/speedtext.h"
@@ -88,6 +89,9 @@ private slots:
 
     void versionWeight_data();
     void versionWeight();
+    void versionWeightWraps_data();
+    void versionWeightWraps();
+    void executables();
     void greatestVersion_data();
     void greatestVersion();
     void versionColour_data();
@@ -184,6 +188,41 @@ void TestInstallRules::versionWeight()
     QFETCH(QString, version);
     QFETCH(qint32, weight);
     QCOMPARE(::versionWeight(version), weight);
+}
+
+void TestInstallRules::versionWeightWraps_data()
+{
+    QTest::addColumn<QString>("version");
+    QTest::addColumn<bool>("wraps");
+    const auto row = [](const char *version, bool wraps) {
+        QTest::newRow(version) << QString::fromLatin1(version) << wraps;
+    };
+    row("2.1.4", false);
+    row("21.47.48.36.47", false);
+    row("21.47.48.36.48", true);
+    row("22.0", true);
+    row("43.0.0", true);
+    row("-1.5", false);
+    row("-22.0", true);
+    row("2147483647", true);
+    row("99999999999", false);
+}
+
+void TestInstallRules::versionWeightWraps()
+{
+    QFETCH(QString, version);
+    QFETCH(bool, wraps);
+    QCOMPARE(::versionWeightWraps(version), wraps);
+}
+
+void TestInstallRules::executables()
+{
+    QCOMPARE(Executables::filters(QStringLiteral("Official")),
+             QStringList{QStringLiteral("*.exe")});
+    QCOMPARE(Executables::filters(QStringLiteral("Beta")),
+             (QStringList{QStringLiteral("*_dx.exe"), QStringLiteral("*_gl.exe")}));
+    QVERIFY(Executables::askForEngine(QStringLiteral("Beta")));
+    QVERIFY(!Executables::askForEngine(QStringLiteral("beta")));
 }
 
 void TestInstallRules::greatestVersion_data()

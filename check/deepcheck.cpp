@@ -1,0 +1,254 @@
+#include "check/deepcheck.h"
+
+#include "check/archive.h"
+#include "check/fetch.h"
+#include "check/rules.h"
+#include "info/serverpanel.h"
+#include "install/executables.h"
+#include "news/picturesize.h"
+
+#include <QBuffer>
+#include <QHash>
+#include <QImage>
+#include <QSet>
+#include <QTemporaryFile>
+
+#include <utility>
+
+namespace
+{
+Finding makeFinding(Finding::Severity severity, const Place &place, const char *id,
+                    const QString &text, const QString &mend)
+{
+    return {place.line, place.column, severity, QLatin1String(id), text, mend};
+}
+
+// What is known of one archive, however many entries name it.
+struct FetchedArchive {
+    Fetched fetched;
+    Archive archive;
+    QString damage; // without a password, or with the code
+};
+
+class DeepCheck
+{
+public:
+    DeepCheck(const DocumentContent &content, QString base, QString code, Fetcher &fetcher)
+        : m_content(content)
+        , m_base(std::move(base))
+        , m_code(std::move(code))
+        , m_fetcher(fetcher)
+        , m_unzip(findUnzip())
+    {
+    }
+
+    Findings all()
+    {
+        checkLogos();
+        checkPictures(m_content.slides, LauncherDocument::slides);
+        checkPictures(m_content.tiles, LauncherDocument::tiles);
+        checkArchives();
+        return m_findings;
+    }
+
+private:
+    void checkLogos()
+    {
+        QSet<QString> servers;
+        for (const ClientEntry &entry : m_content.clients) {
+            const QString &server = entry.info.server;
+            if (!servers.contains(server)) {
+                servers.insert(server);
+                checkPicture(entry.place, QStringLiteral("logo"),
+                             QUrl(m_base + ServerPanel::logoFileName(server)));
+            }
+        }
+    }
+
+    void checkPictures(const QVector<NewsItem> &items, int room)
+    {
+        for (const NewsItem &item : items) {
+            const QUrl url(item.shown.imageUrl);
+            // An address that is none has been told already.
+            if (item.index < room && isUsableAddress(url)) {
+                checkPicture(item.place, QStringLiteral("picture"), url);
+            }
+        }
+    }
+
+    void checkPicture(const Place &place, const QString &what, const QUrl &url)
+    {
+        QBuffer body;
+        body.open(QIODevice::WriteOnly);
+        const Fetched fetched = m_fetcher.fetch(url, body, Fetcher::smallThings);
+        m_findings << findingsOfFetch(fetched, place, what, url);
+        if (!fetched.arrived) {
+            return;
+        }
+        if (!isPictureOfReasonableSize(body.data())) {
+            m_findings << makeFinding(
+                Finding::Error, place, "picture-too-large",
+                QStringLiteral("the %1 %2 has too many pixels: players see an empty place")
+                    .arg(what, url.toString()),
+                QStringLiteral("publish no more than %1 million pixels")
+                    .arg(largestPicture / 1000000));
+        } else if (QImage::fromData(body.data()).isNull()) {
+            m_findings << makeFinding(
+                Finding::Error, place, "not-a-picture",
+                QStringLiteral("the %1 %2 is no picture: players see an empty place")
+                    .arg(what, url.toString()),
+                QStringLiteral("publish a PNG or JPEG file"));
+        }
+    }
+
+    void checkArchives()
+    {
+        QHash<QString, FetchedArchive> archives;
+        for (const ClientEntry &entry : m_content.clients) {
+            const QUrl url(entry.info.url);
+            if (!isUsableAddress(url)) {
+                continue;
+            }
+            auto known = archives.find(entry.info.url);
+            if (known == archives.end()) {
+                known = archives.insert(entry.info.url, fetchArchive(url));
+            }
+            checkArchive(entry, url, *known);
+        }
+    }
+
+    // The file is gone when this returns: a document may name more than the disk holds.
+    FetchedArchive fetchArchive(const QUrl &url)
+    {
+        FetchedArchive result;
+        QTemporaryFile file;
+        if (!file.open()) {
+            result.fetched.error = QStringLiteral("it cannot be kept: ") + file.errorString();
+            return result;
+        }
+        result.fetched = m_fetcher.fetch(url, file, Fetcher::archives);
+        file.close();
+        if (result.fetched.arrived && !m_unzip.isEmpty()) {
+            result.archive = listArchive(m_unzip, file.fileName());
+            const bool locked = result.archive.encryptedFiles > 0;
+            if (result.archive.opens && (!locked || !m_code.isEmpty())) {
+                result.damage = testArchive(m_unzip, file.fileName(), locked ? m_code : QString());
+            }
+        }
+        return result;
+    }
+
+    void checkArchive(const ClientEntry &entry, const QUrl &url, const FetchedArchive &known)
+    {
+        const QString what = QStringLiteral("archive");
+        m_findings << findingsOfFetch(known.fetched, entry.place, what, url);
+        if (!known.fetched.arrived) {
+            return;
+        }
+        const auto add = [this, &entry](Finding::Severity severity, const char *id,
+                                        const QString &text, const QString &mend) {
+            m_findings << makeFinding(severity, entry.place, id, text, mend);
+        };
+        const QString named = QStringLiteral("the archive ") + url.toString();
+        if (!known.fetched.sizeStated) {
+            add(Finding::Warning, "no-size",
+                QStringLiteral("the server does not say how big %1 is: players see no progress")
+                    .arg(named),
+                QStringLiteral("let the server send Content-Length, without compression on the "
+                               "way"));
+        }
+        if (m_unzip.isEmpty()) {
+            add(Finding::Warning, "archive-not-checked",
+                named + QStringLiteral(" was fetched but not opened: there is no unzip here"),
+                QStringLiteral("install unzip, or put it beside this program"));
+            return;
+        }
+        if (!known.archive.opens) {
+            add(Finding::Error, "archive-broken",
+                named + QStringLiteral(" cannot be opened: ") + known.archive.error,
+                QStringLiteral("publish a zip archive"));
+            return;
+        }
+        checkContent(entry, named, known);
+    }
+
+    void checkContent(const ClientEntry &entry, const QString &named, const FetchedArchive &known)
+    {
+        const auto add = [this, &entry](Finding::Severity severity, const char *id,
+                                        const QString &text, const QString &mend) {
+            m_findings << makeFinding(severity, entry.place, id, text, mend);
+        };
+        const Archive &archive = known.archive;
+        const bool locked = archive.encryptedFiles > 0;
+        if (locked && !entry.hasAuth) {
+            add(Finding::Error, "archive-locked",
+                named + QStringLiteral(" is locked, and the entry has no auth: the launcher hands "
+                                       "the extractor no password"),
+                QStringLiteral("publish it without a password, or give the entry its auth"));
+        } else if (entry.hasAuth && archive.encryptedFiles < archive.files.size()) {
+            add(Finding::Warning, "archive-open",
+                named + QStringLiteral(" is not locked, though the entry has auth: whoever knows "
+                                       "the address can unpack it"),
+                QStringLiteral("lock every file in it with the code"));
+        }
+        // Another tester's code does not open what this one's archive is locked with.
+        const bool codeFits = entry.hasAuth && entry.visible;
+        if (!known.damage.isEmpty() && (!locked || codeFits)) {
+            add(Finding::Error, "archive-damaged",
+                named +
+                    (locked ? QStringLiteral(" does not unpack with the code: ")
+                            : QStringLiteral(" does not unpack: ")) +
+                    known.damage,
+                locked ? QStringLiteral("lock it with the code whose sum auth is")
+                       : QStringLiteral("pack and upload it again"));
+        }
+        const QStringList filters = Executables::filters(entry.info.client);
+        for (const QString &filter : filters) {
+            if (executablesOf(archive, filter).isEmpty()) {
+                add(Finding::Error, "archive-without-executable",
+                    QStringLiteral("at the top of %1 there is no %2: Play starts nothing")
+                        .arg(named, filter),
+                    QStringLiteral("pack the program itself, not a folder around it"));
+            }
+        }
+    }
+
+    const DocumentContent &m_content;
+    const QString m_base;
+    const QString m_code;
+    Fetcher &m_fetcher;
+    const QString m_unzip;
+    Findings m_findings;
+};
+} // namespace
+
+Findings findingsOfFetch(const Fetched &fetched, const Place &place, const QString &what,
+                         const QUrl &url)
+{
+    const QString named = QStringLiteral("the %1 %2 ").arg(what, url.toString());
+    if (fetched.redirected) {
+        return {makeFinding(Finding::Error, place, "redirect",
+                            named + QStringLiteral("is redirected to %1, and the launcher follows "
+                                                   "no redirect")
+                                        .arg(fetched.target),
+                            QStringLiteral("name the address where the file really lies"))};
+    }
+    if (fetched.distrusted) {
+        return {makeFinding(Finding::Error, place, "tls-error",
+                            named + QStringLiteral("is refused: ") + fetched.error,
+                            QStringLiteral("give the server a certificate that players' machines "
+                                           "trust, for this host name"))};
+    }
+    if (!fetched.arrived) {
+        return {makeFinding(Finding::Error, place, "unreachable",
+                            named + QStringLiteral("does not arrive: ") + fetched.error,
+                            QStringLiteral("publish the file, or mend the address"))};
+    }
+    return {};
+}
+
+Findings deepFindingsOf(const DocumentContent &content, const QString &base, const QString &code,
+                        Fetcher &fetcher)
+{
+    return DeepCheck(content, base, code, fetcher).all();
+}

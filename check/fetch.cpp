@@ -1,0 +1,89 @@
+#include "check/fetch.h"
+
+#include "check/terminal.h"
+
+#include <QEventLoop>
+#include <QIODevice>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QTimer>
+
+namespace
+{
+constexpr int millisecondsPerSecond = 1000;
+constexpr qint64 receiveBufferSize = 1024 * 1024;
+
+// Takes over what has arrived. Returns why it cannot go on, or an empty text.
+QString takeBytes(QNetworkReply &reply, QIODevice &to, qint64 &taken, qint64 limit)
+{
+    const QByteArray bytes = reply.readAll();
+    taken += bytes.size();
+    if (taken > limit) {
+        return QStringLiteral("it is longer than %1 MiB").arg(limit / 1024 / 1024);
+    }
+    if (to.write(bytes) != bytes.size()) {
+        return QStringLiteral("it cannot be kept: ") + to.errorString();
+    }
+    return {};
+}
+} // namespace
+
+Fetcher::Fetcher(int secondsOfSilence)
+    : m_secondsOfSilence(secondsOfSilence)
+{
+    m_network.setTransferTimeout(secondsOfSilence * millisecondsPerSecond);
+}
+
+Fetched Fetcher::fetch(const QUrl &url, QIODevice &to, Limits limits)
+{
+    QNetworkReply *reply = m_network.get(QNetworkRequest(url));
+    reply->setReadBufferSize(receiveBufferSize);
+    QEventLoop loop;
+    QString givenUp;
+    qint64 taken = 0;
+    const auto take = [&] {
+        const QString problem = takeBytes(*reply, to, taken, limits.bytes);
+        if (givenUp.isEmpty() && !problem.isEmpty()) {
+            givenUp = problem;
+            reply->abort();
+        }
+    };
+    QObject::connect(reply, &QNetworkReply::readyRead, &loop, take);
+    QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    QObject::connect(reply, &QNetworkReply::downloadProgress, &loop,
+                     [&url](qint64 received, qint64 total) {
+                         Terminal::showProgress(url.toString(), received, total);
+                     });
+    QTimer::singleShot(limits.seconds * millisecondsPerSecond, &loop, [&] {
+        givenUp = QStringLiteral("it takes longer than %1 seconds").arg(limits.seconds);
+        reply->abort();
+    });
+    if (!reply->isFinished()) {
+        loop.exec();
+    }
+    if (givenUp.isEmpty()) {
+        take();
+    }
+    Terminal::clearProgress();
+
+    Fetched result;
+    const QVariant target = reply->attribute(QNetworkRequest::RedirectionTargetAttribute);
+    const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    result.redirected = target.isValid();
+    result.target = url.resolved(target.toUrl()).toString();
+    result.distrusted = reply->error() == QNetworkReply::SslHandshakeFailedError;
+    // A body that is packed for the way has a length of its own, which does not help the launcher.
+    result.sizeStated = reply->header(QNetworkRequest::ContentLengthHeader).isValid() &&
+                        !reply->hasRawHeader("Content-Encoding");
+    if (!givenUp.isEmpty()) {
+        result.error = givenUp;
+    } else if (reply->error() == QNetworkReply::OperationCanceledError) {
+        result.error = QStringLiteral("nothing came for %1 seconds").arg(m_secondsOfSilence);
+    } else if (reply->error() != QNetworkReply::NoError) {
+        result.error = status >= 400 ? QStringLiteral("the server answers %1").arg(status)
+                                     : reply->errorString();
+    }
+    result.arrived = result.error.isEmpty() && !result.redirected;
+    delete reply;
+    return result;
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QNetworkAccessManager>
+#include <QString>
+#include <QUrl>
+
+class QIODevice;
+
+// What came of one request, made as the launcher makes it: redirects are not followed.
+struct Fetched {
+    bool arrived = false;    // whole, with a good status
+    bool redirected = false; // to the target
+    bool distrusted = false; // the server's certificate is no good
+    bool sizeStated = false;
+    QString target;
+    QString error; // why it did not arrive
+};
+
+// Fetches one resource after the other. Never waits for ever: not for a silent server, and not for
+// one that sends without end.
+class Fetcher
+{
+public:
+    struct Limits {
+        qint64 bytes = 0;
+        int seconds = 0;
+    };
+    static constexpr Limits smallThings{64LL * 1024 * 1024, 120};
+    static constexpr Limits archives{64LL * 1024 * 1024 * 1024, 4 * 3600};
+
+    // Gives a fetch up after so many seconds without a byte.
+    explicit Fetcher(int secondsOfSilence);
+
+    // Waits until the body has been written to the device. The body of a redirect or of an error
+    // arrives, too, as it does in the launcher.
+    Fetched fetch(const QUrl &url, QIODevice &to, Limits limits);
+
+private:
+    QNetworkAccessManager m_network;
+    int m_secondsOfSilence;
+};

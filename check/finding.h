@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+#include <QVector>
+
+// Something in the document that players will notice, or that is probably not what is meant.
+struct Finding {
+    enum Severity {
+        Warning, // probably not what is meant
+        Error,   // players lose something
+    };
+
+    int line = 0; // 0: the document as a whole
+    int column = 0;
+    Severity severity = Warning;
+    QString id; // in kebab case; never changes, scripts rely on it
+    QString text;
+    QString mend; // what to do about it
+};
+
+using Findings = QVector<Finding>;
+
+namespace ExitCode
+{
+constexpr int clean = 0;
+constexpr int warnings = 1;
+constexpr int errors = 2;
+constexpr int wrongUse = 64;
+} // namespace ExitCode
+
+// In the order of the document; those of one place stay as they are.
+Findings sortedByPlace(Findings findings);
+int exitCodeOf(const Findings &findings);

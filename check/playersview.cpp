@@ -1,0 +1,32 @@
+#include "check/playersview.h"
+
+#include <algorithm>
+
+PlayersView playersViewOf(const DocumentContent &content)
+{
+    PlayersView view;
+    view.connected = !content.text.isEmpty();
+    view.outdated = std::any_of(content.launchers.begin(), content.launchers.end(),
+                                [](const LauncherElement &element) {
+                                    return element.version > LauncherDocument::launcherVersion;
+                                });
+
+    ClientInfoTable table;
+    for (const ClientEntry &entry : content.clients) {
+        if (entry.visible) {
+            table[entry.info.server][entry.info.client] = entry.info;
+        } else {
+            view.hidden << entry;
+        }
+    }
+    const QStringList servers = ServerPanel::orderedNames(table.keys());
+    for (const QString &server : servers) {
+        const QHash<QString, ClientInfo> clients = table.value(server);
+        view.columns << PlayersView::Column{server, ServerPanel::clientButtons(clients.keys()),
+                                            clients.value(QStringLiteral("Official")).version,
+                                            clients.value(QStringLiteral("Beta")).version};
+    }
+    view.slides = content.slides.mid(0, LauncherDocument::slides);
+    view.tiles = content.tiles.mid(0, LauncherDocument::tiles);
+    return view;
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "check/documentcontent.h"
+#include "info/serverpanel.h"
+
+// What players see of a document.
+struct PlayersView {
+    struct Column {
+        QString server;
+        ServerPanel::ClientButtons buttons;
+        QString officialVersion;
+        QString betaVersion;
+    };
+
+    bool connected = false;  // otherwise the window waits for a document for ever
+    bool outdated = false;   // the launcher asks for a newer one, and ends
+    QVector<Column> columns; // from left to right
+    QVector<ClientEntry> hidden;
+    QVector<NewsItem> slides;
+    QVector<NewsItem> tiles;
+};
+
+PlayersView playersViewOf(const DocumentContent &content);

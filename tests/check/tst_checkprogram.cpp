@@ -1,0 +1,409 @@
+#include "support/archives.h"
+#include "support/documents.h"
+#include "support/httpserver.h"
+#include "support/scratchfolder.h"
+
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTest>
+
+namespace
+{
+const QString documentName = QStringLiteral("launcher.xml");
+
+struct Run {
+    int exitCode = -1;
+    QString output;
+    QString error;
+};
+
+// Starts the real program, as an operator does.
+Run check(const QStringList &arguments, const QStringList &variables = {})
+{
+    QProcess process;
+    process.setEnvironment(QProcess::systemEnvironment() + variables);
+    process.start(QStringLiteral(EMBERWAKE_CHECK), arguments);
+    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit) {
+        return {};
+    }
+    // Windows ends lines in its own way.
+    const auto text = [](const QByteArray &bytes) {
+        return QString::fromUtf8(bytes).remove(QLatin1Char('\r'));
+    };
+    return {process.exitCode(), text(process.readAllStandardOutput()),
+            text(process.readAllStandardError())};
+}
+
+const char manyThings[] =
+    "<launcher version='1'>\n"
+    "  <client server='Beta' name='Official' version='1.0' url='https://files.example/1.zip'/>\n"
+    "  <client server='Ash' name='Official' version='2.0' url='https://files.example/2.zip'/>\n"
+    "  <client server='Ash' name='Beta' version='2.1' url='https://files.example/3.zip'\n"
+    "    auth='e6fb06210fafc02fd7479ddbed2d042cc3a5155e'/>\n"
+    "  <client server='Reach' name='Beta' version='22.0' url='https://files.example/4.zip'/>\n"
+    "  <homenews id='1' title='Plain' description='d' imageUrl='https://files.example/p.png' "
+    "clickUrl='https://www.example/'/>\n"
+    "  <news id='2' title='?Tile' description='d' imageUrl='https://files.example/p.png' "
+    "clickUrl='https://www.example/'/>\n"
+    "</launcher>\n";
+
+// Without the lines of what players see.
+QString findingsPart(const QString &output)
+{
+    return output.mid(output.indexOf(QStringLiteral("\n\n")) + 2);
+}
+
+QStringList idsIn(const Run &run)
+{
+    QStringList ids;
+    const QJsonArray findings = QJsonDocument::fromJson(run.output.toUtf8())
+                                    .object()
+                                    .value(QStringLiteral("findings"))
+                                    .toArray();
+    for (const QJsonValue &finding : findings) {
+        ids << finding.toObject().value(QStringLiteral("id")).toString();
+    }
+    return ids;
+}
+} // namespace
+
+// The program itself: its texts, exit codes, options, and what it does about servers that
+// misbehave.
+class TestCheckProgram : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void textOutput();
+    void codeShowsWhatATesterSees();
+    void jsonOutput();
+    void exitCodes_data();
+    void exitCodes();
+    void wrongUse_data();
+    void wrongUse();
+    void helpIsNoWrongUse();
+    void unknownPicturesOfTheTerminal();
+
+    void documentFromTheNetwork_data();
+    void documentFromTheNetwork();
+    void logosLieBesideTheDocument();
+    void deepWithoutFault();
+    void silentServerIsGivenUp();
+    void endlessPictureIsGivenUp();
+    void certificates_data();
+    void certificates();
+    void withoutUnzip();
+};
+
+void TestCheckProgram::textOutput()
+{
+    const ScratchFolder folder;
+    ScratchFolder::write(documentName, manyThings);
+    const Run run = check({documentName});
+    QCOMPARE(run.error, QString());
+    QCOMPARE(run.output, QString::fromUtf8(R"(What players see
+  Servers, from left to right:
+    Ash  [Official] 2.0
+    Reach  [Beta] 22.0
+    Beta  [Official] 1.0
+  Hidden entries:
+    Ash  Beta 2.1
+  Slides:
+    1  Plain
+  Tiles:
+    big  Tile
+
+launcher.xml:6:3: error: version "22.0" is too great and wraps around: it never counts as installed, and Play is never offered [version-wraps]
+    mend: number versions from 0.0.0.0.1 to 21.47
+launcher.xml:8:3: warning: the title loses the "?" at its beginning [leading-question-mark]
+    mend: begin with another character, or write "??"
+1 error, 1 warning
+)"));
+    QCOMPARE(run.exitCode, 2);
+}
+
+void TestCheckProgram::codeShowsWhatATesterSees()
+{
+    const ScratchFolder folder;
+    ScratchFolder::write(documentName, manyThings);
+    const Run run = check({QStringLiteral("--code"), QStringLiteral("code"), documentName});
+    QVERIFY(run.output.contains(QStringLiteral("    Ash  [Official] 2.0  [Beta] 2.1\n")));
+    QVERIFY(!run.output.contains(QStringLiteral("Hidden")));
+}
+
+void TestCheckProgram::jsonOutput()
+{
+    const ScratchFolder folder;
+    ScratchFolder::write(documentName, manyThings);
+    const Run run = check({QStringLiteral("--json"), documentName});
+    const QJsonObject object = QJsonDocument::fromJson(run.output.toUtf8()).object();
+    QCOMPARE(object.value(QStringLiteral("exitCode")).toInt(), run.exitCode);
+    QCOMPARE(run.exitCode, 2);
+
+    const QJsonObject players = object.value(QStringLiteral("players")).toObject();
+    QCOMPARE(players.keys(), (QStringList{QStringLiteral("connected"), QStringLiteral("hidden"),
+                                          QStringLiteral("outdated"), QStringLiteral("servers"),
+                                          QStringLiteral("slides"), QStringLiteral("tiles")}));
+    const QByteArray servers = QJsonDocument(players.value(QStringLiteral("servers")).toArray())
+                                   .toJson(QJsonDocument::Compact);
+    QCOMPARE(servers,
+             QByteArray(R"([{"buttons":[{"client":"Official","selects":true,"version":"2.0"}],)"
+                        R"("server":"Ash"},)"
+                        R"({"buttons":[{"client":"Beta","selects":true,"version":"22.0"}],)"
+                        R"("server":"Reach"},)"
+                        R"({"buttons":[{"client":"Official","selects":true,"version":"1.0"}],)"
+                        R"("server":"Beta"}])"));
+    const QJsonObject finding =
+        object.value(QStringLiteral("findings")).toArray().first().toObject();
+    QCOMPARE(finding.value(QStringLiteral("line")).toInt(), 6);
+    QCOMPARE(finding.value(QStringLiteral("column")).toInt(), 3);
+    QCOMPARE(finding.value(QStringLiteral("severity")).toString(), QStringLiteral("error"));
+    QCOMPARE(finding.value(QStringLiteral("id")).toString(), QStringLiteral("version-wraps"));
+    QVERIFY(!finding.value(QStringLiteral("text")).toString().isEmpty());
+    QVERIFY(!finding.value(QStringLiteral("mend")).toString().isEmpty());
+}
+
+void TestCheckProgram::exitCodes_data()
+{
+    QTest::addColumn<QStringList>("elements");
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("exitCode");
+    const QString https = QStringLiteral("https://files.example/1.zip");
+    const QString clean = Documents::client(QStringLiteral("S"), QStringLiteral("Official"),
+                                            QStringLiteral("1.0"), https);
+    const QStringList previous{QStringLiteral("--previous"), QStringLiteral("before.xml")};
+    QTest::newRow("clean") << QStringList{clean} << QStringList() << 0;
+    QTest::newRow("warning") << QStringList{Documents::client(QStringLiteral("S"),
+                                                              QStringLiteral("Official"),
+                                                              QStringLiteral("43.0"), https)}
+                             << QStringList() << 1;
+    QTest::newRow("error") << QStringList{QStringLiteral("<client/>")} << QStringList() << 2;
+    QTest::newRow("a lower version than before") << QStringList{clean} << previous << 1;
+}
+
+void TestCheckProgram::exitCodes()
+{
+    QFETCH(QStringList, elements);
+    QFETCH(QStringList, arguments);
+    QFETCH(int, exitCode);
+    const ScratchFolder folder;
+    ScratchFolder::write(documentName, Documents::launcher(elements));
+    ScratchFolder::write(QStringLiteral("before.xml"),
+                         Documents::launcher({Documents::client(
+                             QStringLiteral("S"), QStringLiteral("Official"), QStringLiteral("1.1"),
+                             QStringLiteral("https://files.example/1.zip"))}));
+    const Run run = check(arguments + QStringList{documentName});
+    QCOMPARE(run.exitCode, exitCode);
+}
+
+void TestCheckProgram::wrongUse_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("why");
+    const auto row = [](const char *name, const char *arguments, const char *why) {
+        QTest::newRow(name) << QString::fromLatin1(arguments).split(QLatin1Char(' '),
+                                                                    Qt::SkipEmptyParts)
+                            << QString::fromLatin1(why);
+    };
+    row("nothing", "", "Name one document.");
+    row("two documents", "launcher.xml other.xml", "Name one document.");
+    row("an unknown option", "--shallow launcher.xml", "Unknown option 'shallow'.");
+    row("an option without its value", "launcher.xml --code", "Missing value after '--code'.");
+    row("no such file", "missing.xml", "missing.xml cannot be read.");
+    row("no such previous file", "--previous missing.xml launcher.xml",
+        "missing.xml cannot be read.");
+    row("a time that is none", "--timeout soon launcher.xml",
+        "--timeout needs a number of seconds from 1 to 3600.");
+    row("a base without its slash", "--base https://files.example launcher.xml",
+        "--base needs an address that ends in a slash.");
+    row("an authority that is none", "--authority launcher.xml launcher.xml",
+        "launcher.xml holds no certificate.");
+}
+
+void TestCheckProgram::wrongUse()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, why);
+    const ScratchFolder folder;
+    ScratchFolder::write(documentName, manyThings);
+    const Run run = check(arguments);
+    QCOMPARE(run.exitCode, 64);
+    QCOMPARE(run.output, QString());
+    QCOMPARE(run.error,
+             QStringLiteral("emberwake-check: %1\nTry emberwake-check --help.\n").arg(why));
+}
+
+void TestCheckProgram::helpIsNoWrongUse()
+{
+    const Run run = check({QStringLiteral("--help")});
+    QCOMPARE(run.exitCode, 0);
+    for (const char *option :
+         {"--json", "--code", "--deep", "--previous", "--base", "--authority", "--timeout"}) {
+        QVERIFY2(run.output.contains(QLatin1String(option)), option);
+    }
+}
+
+// A document may come from anybody: nothing in it gives orders to the terminal.
+void TestCheckProgram::unknownPicturesOfTheTerminal()
+{
+    const ScratchFolder folder;
+    ScratchFolder::write(
+        documentName, Documents::launcher(
+                          {Documents::news(QStringLiteral("news"), QStringLiteral("a&#x9b;b&#10;c"))
+                               .replace(QStringLiteral("&amp;"), QStringLiteral("&"))}));
+    const Run run = check({documentName});
+    QVERIFY(run.output.contains(QStringLiteral("    big  a b c\n")));
+}
+
+void TestCheckProgram::documentFromTheNetwork_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QStringList>("ids");
+    const QString empty = QStringLiteral("empty-document");
+    QTest::newRow("good") << QStringLiteral("good") << 0 << QStringList();
+    QTest::newRow("missing") << QStringLiteral("missing") << 2
+                             << QStringList{QStringLiteral("unreachable"), empty};
+    // The launcher reads the body of whatever answer comes.
+    QTest::newRow("redirect") << QStringLiteral("moved") << 2
+                              << QStringList{QStringLiteral("redirect"), empty};
+}
+
+void TestCheckProgram::documentFromTheNetwork()
+{
+    QFETCH(QString, path);
+    QFETCH(int, exitCode);
+    QFETCH(QStringList, ids);
+    HttpServer server;
+    server.serve(QStringLiteral("good"), Documents::launcher({}));
+    server.redirect(QStringLiteral("moved"), server.url(QStringLiteral("good")));
+    const Run run = check({QStringLiteral("--json"), server.url(path)});
+    QCOMPARE(run.exitCode, exitCode);
+    QCOMPARE(idsIn(run), ids);
+    QCOMPARE(server.requests(QStringLiteral("good")), path == QLatin1String("good") ? 1 : 0);
+}
+
+void TestCheckProgram::logosLieBesideTheDocument()
+{
+    const ScratchFolder folder;
+    HttpServer server;
+    const QByteArray document = Documents::launcher(
+        {Documents::client(QStringLiteral("S"), QStringLiteral("Official"), QStringLiteral("1.0"),
+                           server.url(QStringLiteral("1.zip")))});
+    server.serve(QStringLiteral("world/launcher.xml"), document);
+    ScratchFolder::write(documentName, document);
+
+    const QString logo = QStringLiteral("world/S.png");
+    (void)check({QStringLiteral("--deep"), server.url(QStringLiteral("world/launcher.xml"))});
+    QCOMPARE(server.requests(logo), 1);
+    (void)check({QStringLiteral("--deep"), QStringLiteral("--base"),
+                 server.url(QStringLiteral("world/")), documentName});
+    QCOMPARE(server.requests(logo), 2);
+    (void)check({documentName});
+    QCOMPARE(server.requests(logo), 2);
+}
+
+void TestCheckProgram::deepWithoutFault()
+{
+    HttpServer server;
+    const QByteArray archive = Archives::zip({{QStringLiteral("game.exe"), "game"}});
+    server.serve(QStringLiteral("1.zip"), archive);
+    server.serve(QStringLiteral("S.png"), Documents::png(4, 4, 0));
+    server.serve(documentName, Documents::launcher({Documents::client(
+                                   QStringLiteral("S"), QStringLiteral("Official"),
+                                   QStringLiteral("1.0"), server.url(QStringLiteral("1.zip")))}));
+    const Run good = check({QStringLiteral("--deep"), server.url(documentName)});
+    QCOMPARE(findingsPart(good.output), QStringLiteral("0 errors, 0 warnings\n"));
+    QCOMPARE(good.exitCode, 0);
+    // Nothing but findings on a console that nobody watches.
+    QCOMPARE(good.error, QString());
+
+    server.serve(QStringLiteral("1.zip"), archive.left(archive.size() - 30));
+    const Run cut =
+        check({QStringLiteral("--deep"), QStringLiteral("--json"), server.url(documentName)});
+    QCOMPARE(idsIn(cut), QStringList{QStringLiteral("archive-broken")});
+    QCOMPARE(cut.exitCode, 2);
+}
+
+void TestCheckProgram::silentServerIsGivenUp()
+{
+    HttpServer server;
+    server.serveHeld(documentName, Documents::launcher({}), 10);
+    QElapsedTimer time;
+    time.start();
+    const Run run = check({QStringLiteral("--timeout"), QStringLiteral("1"),
+                           QStringLiteral("--json"), server.url(documentName)});
+    QVERIFY(time.elapsed() < 20000);
+    QCOMPARE(run.exitCode, 2);
+    QCOMPARE(idsIn(run).constFirst(), QStringLiteral("unreachable"));
+    QVERIFY(run.output.contains(QStringLiteral("nothing came for 1 seconds")));
+}
+
+void TestCheckProgram::endlessPictureIsGivenUp()
+{
+    HttpServer server;
+    server.serveLarge(QStringLiteral("p.png"), 1024LL * 1024 * 1024);
+    server.serve(documentName, Documents::launcher({Documents::news(
+                                   QStringLiteral("news"), QStringLiteral("t"), QStringLiteral("d"),
+                                   server.url(QStringLiteral("p.png")), server.url())}));
+    const Run run =
+        check({QStringLiteral("--deep"), QStringLiteral("--json"), server.url(documentName)});
+    QCOMPARE(idsIn(run), QStringList{QStringLiteral("unreachable")});
+    QVERIFY(run.output.contains(QStringLiteral("it is longer than 64 MiB")));
+}
+
+void TestCheckProgram::certificates_data()
+{
+    QTest::addColumn<QByteArray>("server");
+    QTest::addColumn<bool>("trusted");
+    QTest::newRow("own") << QByteArray("EMBERWAKE_TEST_HTTPS") << true;
+    QTest::newRow("stranger") << QByteArray("EMBERWAKE_TEST_STRANGER") << false;
+}
+
+void TestCheckProgram::certificates()
+{
+#ifdef Q_OS_WIN
+    QSKIP("Wine knows the system's own list of authorities only");
+#endif
+    QFETCH(QByteArray, server);
+    QFETCH(bool, trusted);
+    const ScratchFolder folder;
+    ScratchFolder::write(QStringLiteral("authority.pem"), qgetenv("EMBERWAKE_TEST_AUTHORITY"));
+    ScratchFolder::write(
+        documentName,
+        Documents::launcher({Documents::client(
+            QStringLiteral("S"), QStringLiteral("Official"), QStringLiteral("1.0"),
+            qEnvironmentVariable(server.constData()) + QStringLiteral("client.zip"))}));
+    const Run run =
+        check({QStringLiteral("--deep"), QStringLiteral("--json"), QStringLiteral("--authority"),
+               QStringLiteral("authority.pem"), QStringLiteral("--base"),
+               QStringLiteral("http://127.0.0.1:9/"), documentName});
+    // What is served there is no archive, which only who trusts the server can know.
+    QCOMPARE(idsIn(run),
+             (QStringList{QStringLiteral("unreachable"), trusted ? QStringLiteral("archive-broken")
+                                                                 : QStringLiteral("tls-error")}));
+}
+
+void TestCheckProgram::withoutUnzip()
+{
+#ifdef Q_OS_WIN
+    QSKIP("the search path is also where the program finds its libraries");
+#endif
+    HttpServer server;
+    server.serve(QStringLiteral("1.zip"), Archives::zip({{QStringLiteral("game.exe"), "game"}}));
+    server.serve(QStringLiteral("S.png"), Documents::png(4, 4, 0));
+    server.serve(documentName, Documents::launcher({Documents::client(
+                                   QStringLiteral("S"), QStringLiteral("Official"),
+                                   QStringLiteral("1.0"), server.url(QStringLiteral("1.zip")))}));
+    const Run run =
+        check({QStringLiteral("--deep"), QStringLiteral("--json"), server.url(documentName)},
+              {QStringLiteral("PATH=/nowhere")});
+    QCOMPARE(idsIn(run), QStringList{QStringLiteral("archive-not-checked")});
+    QCOMPARE(run.exitCode, 1);
+}
+
+QTEST_GUILESS_MAIN(TestCheckProgram)
+#include "tst_checkprogram.moc"

@@ -1,0 +1,451 @@
+#include "check/documentcontent.h"
+#include "check/playersview.h"
+#include "check/rules.h"
+
+#include <QCryptographicHash>
+#include <QTest>
+
+namespace
+{
+const char sumOfCode[] = "4da0b9a5e4a1d1f8d2f0c2b1f1a0e9d8c7b6a594";
+
+QString element(const char *name, const QVector<QPair<const char *, QString>> &attributes)
+{
+    QString text = QLatin1Char('<') + QLatin1String(name);
+    for (const auto &attribute : attributes) {
+        text += QStringLiteral(" %1=\"%2\"")
+                    .arg(QLatin1String(attribute.first), attribute.second.toHtmlEscaped());
+    }
+    return text + QStringLiteral("/>");
+}
+
+// A client without a fault, but for what is given.
+QString client(const QString &server, const QString &kind, const QString &version,
+               const QString &url = {}, const QString &auth = {})
+{
+    const QString archive = url.isEmpty()
+                                ? QStringLiteral("https://a.example/%1-%2.zip")
+                                      .arg(QString::fromLatin1(server.toUtf8().toHex()), kind)
+                                : url;
+    QVector<QPair<const char *, QString>> attributes{
+        {"server", server}, {"name", kind}, {"version", version}, {"url", archive}};
+    if (!auth.isNull()) {
+        attributes.append({"auth", auth});
+    }
+    return element("client", attributes);
+}
+
+QString official(const QString &server, const QString &version = QStringLiteral("1.0"))
+{
+    return client(server, QStringLiteral("Official"), version);
+}
+
+QString ofVersion(const char *version)
+{
+    return official(QStringLiteral("S"), QString::fromUtf8(version));
+}
+
+QString ofServer(const char *server)
+{
+    return official(QString::fromUtf8(server));
+}
+
+QString ofUrl(const char *url)
+{
+    return client(QStringLiteral("S"), QStringLiteral("Official"), QStringLiteral("1.0"),
+                  QString::fromUtf8(url));
+}
+
+QString withAuth(const char *auth)
+{
+    return ofServer("Open") + QLatin1Char('\n') +
+           client(QStringLiteral("S"), QStringLiteral("Official"), QStringLiteral("1.0"), {},
+                  QString::fromLatin1(auth));
+}
+
+QString news(const char *kind, const char *title, const char *picture = "https://a.example/p.png",
+             const char *page = "https://a.example/")
+{
+    return element(kind, {{"id", QStringLiteral("1")},
+                          {"title", QString::fromUtf8(title)},
+                          {"description", QStringLiteral("d")},
+                          {"imageUrl", QString::fromUtf8(picture)},
+                          {"clickUrl", QString::fromUtf8(page)}});
+}
+
+QString document(const QString &elements, const char *version = "1")
+{
+    return QStringLiteral("<launcher version=\"%1\">\n").arg(QLatin1String(version)) + elements +
+           QStringLiteral("\n</launcher>\n");
+}
+
+// "error id line:column", one line each.
+QStringList linesOf(const Findings &findings)
+{
+    QStringList lines;
+    for (const Finding &finding : findings) {
+        lines << QStringLiteral("%1 %2 %3:%4")
+                     .arg(finding.severity == Finding::Error ? QStringLiteral("error")
+                                                             : QStringLiteral("warning"),
+                          finding.id)
+                     .arg(finding.line)
+                     .arg(finding.column);
+    }
+    return lines;
+}
+
+Findings findingsIn(const QByteArray &body, const QString &code = {})
+{
+    return findingsOf(readContent(body, code));
+}
+} // namespace
+
+// The rules over one document: what is found, where, and what is not.
+class TestFindings : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void clean_data();
+    void clean();
+    void found_data();
+    void found();
+    void bytes_data();
+    void bytes();
+    void everyFindingSaysHowToMendIt();
+    void previous_data();
+    void previous();
+    void codeDecidesWhatIsSeen();
+    void lostThingsAreCounted();
+    void namesAreToldOnce();
+    void orderAndExitCodes();
+};
+
+void TestFindings::clean_data()
+{
+    QTest::addColumn<QString>("elements");
+    const auto row = [](const char *name, const QString &elements) {
+        QTest::newRow(name) << elements;
+    };
+    row("no element at all", {});
+    row("one client", ofServer("S"));
+    row("two kinds on two servers",
+        ofServer("A") + ofServer("B") +
+            client(QStringLiteral("B"), QStringLiteral("Beta"), QStringLiteral("1.0")));
+    row("letters beyond ASCII in a server's name", ofServer("\xC3\x84\xD0\x96"));
+    row("two dots in the middle of a version", ofVersion("1..2"));
+    row("a name that only begins like a device", ofServer("CONTEST") + ofServer("COM10"));
+    row("a blank in the middle", ofServer("The Old World"));
+    row("the greatest version", ofVersion("21.47.48.36.47"));
+    row("the smallest version", ofVersion("0.0.0.0.1"));
+    row("a sum in capital letters", withAuth("4DA0B9A5E4A1D1F8D2F0C2B1F1A0E9D8C7B6A594"));
+    row("plain http that stays on the machine",
+        ofUrl("http://127.0.0.1:8080/a.zip") +
+            news("news", "t", "http://localhost/p.png", "http://[::1]/"));
+    row("capital letters at the archive's end", ofUrl("https://a.example/A.ZIP"));
+    row("the same archive for two servers",
+        client(QStringLiteral("A"), QStringLiteral("Official"), QStringLiteral("1.0"),
+               QStringLiteral("https://a.example/c.zip")) +
+            client(QStringLiteral("B"), QStringLiteral("Official"), QStringLiteral("1.0"),
+                   QStringLiteral("https://a.example/c.zip")));
+    row("a tester's newer entry behind everybody's",
+        ofServer("S") + client(QStringLiteral("S"), QStringLiteral("Official"),
+                               QStringLiteral("1.1"), QStringLiteral("https://a.example/new.zip"),
+                               QLatin1String(sumOfCode)));
+    row("three slides and six tiles",
+        news("homenews", "s").repeated(3) + news("news", "t").repeated(6));
+    row("accents in a tile", news("news", "Caf\xC3\xA9"));
+    row("a question mark in the middle", news("homenews", "Why?") + news("news", "Why?"));
+    row("an unknown container",
+        QStringLiteral("<clients>") + ofServer("S") + QStringLiteral("</clients>"));
+}
+
+void TestFindings::clean()
+{
+    QFETCH(QString, elements);
+    QCOMPARE(linesOf(findingsIn(document(elements).toUtf8())), QStringList());
+}
+
+void TestFindings::found_data()
+{
+    QTest::addColumn<QString>("document");
+    QTest::addColumn<QStringList>("findings");
+    const auto row = [](const char *name, const QString &text, const char *findings) {
+        QTest::newRow(name) << text << QString::fromLatin1(findings).split(QStringLiteral(", "));
+    };
+    const auto in = [&row](const char *name, const QString &elements, const char *findings) {
+        row(name, document(elements), findings);
+    };
+    const QString lines = QStringLiteral("\n");
+
+    row("a newer launcher", document({}, "2"), "warning newer-launcher 1:1");
+    row("a launcher version that is no number", document({}, "1.2"),
+        "warning launcher-version 1:1");
+    row("an empty document", {}, "error empty-document 0:0");
+
+    row("not well-formed", QStringLiteral("<launcher>\n <client a=1/></launcher>"),
+        "error not-well-formed 2:12");
+    row("cut off", QStringLiteral("<launcher>\n"), "error not-well-formed 2:1");
+    in("a client without its url", QStringLiteral("<client version=\"1\"/>"),
+       "error missing-attribute 2:1");
+    in("a slide without its id",
+       QStringLiteral(" <homenews title='t' description='d' imageUrl='i' clickUrl='c'/>"),
+       "error missing-attribute 2:2");
+    in("a client after the ninth",
+       news("news", "t").repeated(6) + news("homenews", "t").repeated(3) + lines + ofServer("late"),
+       "error after-ninth-news 3:1");
+    in("no XML after the ninth",
+       news("news", "t").repeated(6) + news("homenews", "t").repeated(3) + QStringLiteral("\n<<"),
+       "warning not-well-formed 3:2");
+    in("a fourth slide",
+       news("homenews", "t").repeated(3) + lines + news("homenews", "t") + news("news", "t"),
+       "error too-many-slides 3:1");
+    in("a seventh tile", news("news", "t").repeated(6) + lines + news("news", "t"),
+       "error too-many-tiles 3:1");
+
+    in("the same client twice", ofServer("S") + lines + ofVersion("1.1"),
+       "error duplicate-client 2:1");
+    in("a tester's entry before everybody's",
+       client(QStringLiteral("S"), QStringLiteral("Official"), QStringLiteral("1.1"), {},
+              QLatin1String(sumOfCode)) +
+           lines + ofVersion("1.0"),
+       "error duplicate-client 2:1");
+    in("one tester's entry twice",
+       ofServer("Open") + lines +
+           client(QStringLiteral("S"), QStringLiteral("Beta"), QStringLiteral("1.1"), {},
+                  QLatin1String(sumOfCode)) +
+           lines +
+           client(QStringLiteral("S"), QStringLiteral("Beta"), QStringLiteral("1.2"), {},
+                  QString::fromLatin1(sumOfCode).toUpper()),
+       "error duplicate-client 3:1");
+
+    in("a version of zeros", ofVersion("0.0"), "error version-zero 2:1");
+    in("a version of words", ofVersion("beta"), "error version-zero 2:1");
+    in("an empty version", ofVersion(""), "error version-zero 2:1");
+    in("a negative version", ofVersion("-1.0"), "error version-negative 2:1");
+    in("a version that wraps to less than nothing", ofVersion("22.0"), "error version-wraps 2:1");
+    in("a version that wraps to more than nothing", ofVersion("43.0"), "warning version-wraps 2:1");
+    in("a sixth part", ofVersion("1.2.3.4.5.6"), "warning version-parts 2:1");
+    in("a tester's version that counts the same",
+       ofVersion("1.0") + lines +
+           client(QStringLiteral("S"), QStringLiteral("Official"), QStringLiteral("1.00"),
+                  QStringLiteral("https://a.example/new.zip"), QLatin1String(sumOfCode)),
+       "warning version-equal 3:1");
+
+    in("no server", ofServer(""), "error empty-server 2:1");
+    in("a bar in the server's name", ofServer("A|B"), "error bar-in-name 2:1");
+    in("a slash in the server's name", ofServer("A/B"), "error slash-in-name 2:1");
+    in("a backslash in the server's name", ofServer("A\\B"), "error slash-in-name 2:1");
+    in("a slash in the version", ofVersion("1/0"),
+       "error slash-in-name 2:1, error version-zero 2:1");
+    in("the folder above as a server", ofServer(".."), "error dot-name 2:1");
+    in("the folder above in the server's name", ofServer("A\\..\\B"), "error dot-name 2:1");
+    in("the folder above in the version", ofVersion("../1.0"),
+       "error dot-name 2:1, error version-zero 2:1");
+    for (const char *letter : {"<", ">", ":", "\"", "?", "*"}) {
+        in(letter, official(QStringLiteral("A") + QLatin1String(letter)),
+           "error forbidden-character 2:1");
+    }
+    in("a bar in the version", ofVersion("1|0"),
+       "error forbidden-character 2:1, error version-zero 2:1");
+    in("a device's name", ofServer("CON"), "error reserved-name 2:1");
+    in("a device's name with an extension", ofServer("nul.old"), "error reserved-name 2:1");
+    in("a numbered device's name", ofServer("Com1"), "error reserved-name 2:1");
+    in("a dot at the end", ofServer("A."), "error trailing-dot-or-blank 2:1");
+    in("a blank at the end", ofServer("A "), "error trailing-dot-or-blank 2:1");
+    in("a dot at the version's end", ofVersion("1.0."), "error trailing-dot-or-blank 2:1");
+    in("servers of the same letters", ofServer("Alpha") + lines + ofServer("ALPHA"),
+       "error same-folder 3:1");
+
+    in("another kind beside Official",
+       ofServer("S") + lines +
+           client(QStringLiteral("S"), QStringLiteral("Nightly"), QStringLiteral("1.0")),
+       "error unknown-kind 3:1");
+    in("another kind alone",
+       client(QStringLiteral("S"), QStringLiteral("official"), QStringLiteral("1.0")),
+       "error unknown-kind 2:1, error empty-beta-button 2:1");
+
+    in("an auth that is no sum", withAuth("secret"), "error auth-not-sha1 3:1");
+    in("an empty auth", withAuth(""), "error auth-not-sha1 3:1");
+    in("the sum of no code", withAuth("da39a3ee5e6b4b0d3255bfef95601890afd80709"),
+       "warning auth-of-no-code 3:1");
+
+    in("an archive over http", ofUrl("http://a.example/a.zip"), "warning http 2:1");
+    in("a host that only begins like the loopback", ofUrl("http://127.0.0.1.example/a.zip"),
+       "warning http 2:1");
+    in("a picture over http", news("news", "t", "http://a.example/p.png"), "warning http 2:1");
+    in("a page over http", news("news", "t", "https://a.example/p.png", "http://a.example/"),
+       "warning http 2:1");
+    in("an archive without a scheme", ofUrl("a.example/a.zip"), "error unusable-address 2:1");
+    in("an archive on the disk", ofUrl("file:///a.zip"), "error unusable-address 2:1");
+    in("no picture", news("news", "t", ""), "error unusable-address 2:1");
+    in("no page", news("homenews", "t", "https://a.example/p.png", ""),
+       "error unusable-address 2:1");
+    in("an archive that is a folder", ofUrl("https://a.example/a/"),
+       "warning archive-url-ends-in-slash 2:1");
+    in("an archive that is a host", ofUrl("https://a.example"),
+       "warning archive-url-ends-in-slash 2:1");
+    in("an archive of another ending", ofUrl("https://a.example/get?f=a.zip"),
+       "warning archive-not-zip 2:1");
+    in("archives of one name",
+       ofUrl("https://a.example/1/client.zip") + lines +
+           client(QStringLiteral("S"), QStringLiteral("Beta"), QStringLiteral("1.0"),
+                  QStringLiteral("https://a.example/2/Client.zip")),
+       "warning archive-name-collides 3:1");
+
+    in("an accent in a slide", news("homenews", "Caf\xC3\xA9"), "error latin1-damage 2:1");
+    in("letters beyond Latin-1 in a slide", news("homenews", "\xD0\x96"),
+       "error latin1-damage 2:1");
+    in("a question mark before a slide", news("homenews", "?Why"),
+       "warning leading-question-mark 2:1");
+    in("a question mark before a tile", news("news", "?Why"), "warning leading-question-mark 2:1");
+    in("an element of the wrong letters", QStringLiteral("<Client server='S'/>"),
+       "warning unknown-element 2:1");
+}
+
+void TestFindings::found()
+{
+    QFETCH(QString, document);
+    QFETCH(QStringList, findings);
+    QCOMPARE(linesOf(findingsIn(document.toUtf8())), findings);
+}
+
+void TestFindings::bytes_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<QStringList>("findings");
+    QTest::newRow("a zero byte") << QByteArray("<launcher>\n</launcher>\n\0<x/>", 28)
+                                 << QStringList{QStringLiteral("error nul-byte 3:0")};
+    QTest::newRow("Latin-1") << QByteArray("<launcher>\n<x y='\xE9'/></launcher>")
+                             << QStringList{QStringLiteral("warning unknown-element 2:1"),
+                                            QStringLiteral("error not-utf8 2:7")};
+    QTest::newRow("a replacement mark that is written")
+        << QByteArray("<launcher>\xEF\xBF\xBD</launcher>") << QStringList();
+    QTest::newRow("a byte order mark") << QByteArray("\xEF\xBB\xBF<launcher/>") << QStringList();
+}
+
+void TestFindings::bytes()
+{
+    QFETCH(QByteArray, body);
+    QFETCH(QStringList, findings);
+    QCOMPARE(linesOf(findingsIn(body)), findings);
+}
+
+void TestFindings::everyFindingSaysHowToMendIt()
+{
+    const QString text = document(ofServer("A|B") + ofVersion("22.0") + withAuth("x") +
+                                  news("homenews", "?\xC3\xA9"));
+    const Findings findings = findingsIn(text.toUtf8());
+    QVERIFY(findings.size() >= 4);
+    for (const Finding &finding : findings) {
+        QVERIFY2(!finding.mend.isEmpty() && !finding.text.isEmpty(), qPrintable(finding.id));
+        QVERIFY2(!finding.text.contains(QStringLiteral("%1")), qPrintable(finding.text));
+    }
+}
+
+void TestFindings::previous_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("now");
+    QTest::addColumn<QStringList>("findings");
+    const QStringList none;
+    const QStringList lower{QStringLiteral("warning version-lower 2:1")};
+    const QStringList equal{QStringLiteral("warning version-equal 2:1")};
+    QTest::newRow("greater") << ofVersion("1.9") << ofVersion("1.10") << none;
+    QTest::newRow("the same") << ofVersion("1.9") << ofVersion("1.9") << none;
+    QTest::newRow("lower") << ofVersion("1.10") << ofVersion("1.9") << lower;
+    QTest::newRow("of the same weight") << ofVersion("1.9") << ofVersion("1.9.0") << equal;
+    QTest::newRow("another server") << ofServer("T") << ofVersion("0.9") << none;
+    QTest::newRow("a tester's") << withAuth(sumOfCode) << ofVersion("0.9") << none;
+}
+
+void TestFindings::previous()
+{
+    QFETCH(QString, before);
+    QFETCH(QString, now);
+    QFETCH(QStringList, findings);
+    const DocumentContent old = readContent(document(before).toUtf8(), {});
+    const DocumentContent current = readContent(document(now).toUtf8(), {});
+    QCOMPARE(linesOf(findingsOf(current, &old)), findings);
+    QCOMPARE(linesOf(findingsOf(current)), QStringList());
+}
+
+void TestFindings::codeDecidesWhatIsSeen()
+{
+    const QString code = QStringLiteral("code");
+    const QString sum = QString::fromLatin1(
+        QCryptographicHash::hash(code.toUtf8(), QCryptographicHash::Sha1).toHex());
+    const QByteArray body =
+        document(
+            ofServer("B") + ofServer("Beta") + ofServer("a") +
+            client(QStringLiteral("B"), QStringLiteral("Beta"), QStringLiteral("2.0"), {}, sum) +
+            client(QStringLiteral("T"), QStringLiteral("Nightly"), QStringLiteral("2.0"), {}, sum))
+            .toUtf8();
+    const auto columns = [&body](const QString &with) {
+        QStringList names;
+        const PlayersView view = playersViewOf(readContent(body, with));
+        for (const PlayersView::Column &column : view.columns) {
+            names << column.server + QLatin1Char(' ') + column.officialVersion + QLatin1Char(' ') +
+                         column.betaVersion;
+        }
+        names << QString::number(view.hidden.size());
+        return names;
+    };
+    QCOMPARE(columns({}), (QStringList{QStringLiteral("B 1.0 "), QStringLiteral("a 1.0 "),
+                                       QStringLiteral("Beta 1.0 "), QStringLiteral("2")}));
+    QCOMPARE(columns(code), (QStringList{QStringLiteral("B 1.0 2.0"), QStringLiteral("T  "),
+                                         QStringLiteral("a 1.0 "), QStringLiteral("Beta 1.0 "),
+                                         QStringLiteral("0")}));
+    // The button that selects nothing is there for the tester only.
+    QVERIFY(!linesOf(findingsIn(body))
+                 .join(QLatin1Char(' '))
+                 .contains(QStringLiteral("empty-beta-button")));
+    QVERIFY(linesOf(findingsIn(body, code))
+                .join(QLatin1Char(' '))
+                .contains(QStringLiteral("empty-beta-button")));
+}
+
+void TestFindings::lostThingsAreCounted()
+{
+    const Findings broken = findingsIn(
+        document(QStringLiteral("<client/>") + ofServer("A") + ofServer("B") + news("news", "t"))
+            .toUtf8());
+    QCOMPARE(broken.size(), 1);
+    QCOMPARE(broken.constFirst().text,
+             QStringLiteral("the client element lacks version, url: it is lost, and so is what "
+                            "follows (2 client, 1 news)"));
+    const Findings late =
+        findingsIn(document(news("news", "t").repeated(9) + ofServer("A")).toUtf8());
+    QVERIFY(late.constLast().text.endsWith(QStringLiteral("lost from here on: 1 client")));
+}
+
+void TestFindings::namesAreToldOnce()
+{
+    const QByteArray body =
+        document(client(QStringLiteral("A*"), QStringLiteral("Official"), QStringLiteral("1.0")) +
+                 client(QStringLiteral("A*"), QStringLiteral("Beta"), QStringLiteral("1.0")))
+            .toUtf8();
+    QCOMPARE(findingsIn(body).size(), 1);
+}
+
+void TestFindings::orderAndExitCodes()
+{
+    const auto at = [](int line, int column, Finding::Severity severity) {
+        Finding finding;
+        finding.line = line;
+        finding.column = column;
+        finding.severity = severity;
+        finding.id = QStringLiteral("x");
+        return finding;
+    };
+    QCOMPARE(exitCodeOf({}), 0);
+    QCOMPARE(exitCodeOf({at(1, 1, Finding::Warning)}), 1);
+    QCOMPARE(exitCodeOf({at(1, 1, Finding::Error), at(1, 1, Finding::Warning)}), 2);
+    QCOMPARE(linesOf(sortedByPlace(
+                 {at(2, 1, Finding::Error), at(1, 9, Finding::Error), at(1, 2, Finding::Warning)})),
+             (QStringList{QStringLiteral("warning x 1:2"), QStringLiteral("error x 1:9"),
+                          QStringLiteral("error x 2:1")}));
+}
+
+QTEST_GUILESS_MAIN(TestFindings)
+#include "tst_findings.moc"
