@@ -21,8 +21,10 @@ void TextProgressBar::update()
         return;
     }
     const int percent = getProgress();
-    // No longer than its field, should more come than was announced.
-    QString bar(std::clamp(percent / 2, 0, 50), QLatin1Char('#'));
+    // kept: the bar outgrows its field when more comes than was announced. There is an end to it:
+    // a server may announce one byte and send a gigabyte.
+    constexpr int longest = 1000;
+    QString bar(std::clamp(percent / 2, 0, longest), QLatin1Char('#'));
     if (percent % 2 != 0) {
         bar += QLatin1Char('>');
     }

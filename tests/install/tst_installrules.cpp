@@ -391,6 +391,9 @@ void TestInstallRules::barOfAKnownSize_data()
     row("100 %", 100, 100, 50, false, "100");
     row("sizes beyond 32 bits", 30000000000LL, 40000000000LL, 37, true, " 75");
     row("more than was announced makes the bar wider", 104, 100, 52, false, "104");
+    row("a bar has an end all the same", 1000000000LL, 100, 1000, false, "1000000000");
+    row("sizes whose product would not fit", 4611686018427387904LL, 9223372036854775807LL, 25,
+        false, " 50");
 }
 
 void TestInstallRules::barOfAKnownSize()
