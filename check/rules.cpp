@@ -81,6 +81,8 @@ public:
         checkBytes();
         checkLaunchers();
         m_entriesOfKey.reserve(m_content.clients.size());
+        m_saveNames.reserve(m_content.clients.size());
+        m_names.reserve(m_content.clients.size());
         for (const ClientEntry &entry : m_content.clients) {
             ++m_entriesOfKey[keyOf(entry)];
             checkNames(entry);
@@ -422,6 +424,11 @@ private:
     {
         QHash<QString, const ClientEntry *> folders;
         for (const ClientEntry &entry : m_content.clients) {
+            // Entries of one server mostly follow each other.
+            if (&entry != m_content.clients.cbegin() &&
+                (&entry - 1)->info.server == entry.info.server) {
+                continue;
+            }
             const ClientEntry *&first = folders[entry.info.server.toLower()];
             if (first == nullptr) {
                 first = &entry;

@@ -25,7 +25,10 @@ Run check(const QStringList &arguments, const QStringList &variables = {})
 {
     QProcess process;
     process.setEnvironment(QProcess::systemEnvironment() + variables);
-    process.start(QStringLiteral(EMBERWAKE_CHECK), arguments);
+    // Counted from here: on Wine the tests run on another drive than the build.
+    process.start(QCoreApplication::applicationDirPath() +
+                      QStringLiteral("/../../" EMBERWAKE_CHECK),
+                  arguments);
     if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit) {
         return {};
     }

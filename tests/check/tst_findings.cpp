@@ -266,6 +266,10 @@ void TestFindings::found_data()
        "error unknown-kind 2:1, error empty-beta-button 2:1");
 
     in("an auth that is no sum", withAuth("secret"), "error auth-not-sha1 3:1");
+    in("a sum that is cut short", withAuth("4da0b9a5e4a1d1f8d2f0c2b1f1a0e9d8c7b6a59"),
+       "error auth-not-sha1 3:1");
+    in("a sum with more behind it", withAuth("4da0b9a5e4a1d1f8d2f0c2b1f1a0e9d8c7b6a594a"),
+       "error auth-not-sha1 3:1");
     in("an empty auth", withAuth(""), "error auth-not-sha1 3:1");
     in("the sum of no code", withAuth("da39a3ee5e6b4b0d3255bfef95601890afd80709"),
        "warning auth-of-no-code 3:1");
