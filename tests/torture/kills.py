@@ -1,0 +1,242 @@
+#!/usr/bin/python3
+"""Kills the real launcher at random moments, and looks what the next start makes of it.
+
+    kills.py --program LAUNCHER --base-url URL --scratch FOLDER [--kills N] [--seed N]
+
+The installation folder lives on from one kill to the next, as a player's does.
+After each kill the next start has to work, to show what lies on the disk, and to
+end in good order; and nothing beside the installation folder may have changed.
+One line per kill, one per kind of moment, and at the end "N passed, N failed".
+"""
+
+from __future__ import annotations
+
+import argparse
+import hashlib
+import os
+import random
+import shutil
+import signal
+import sys
+import time
+from collections import Counter
+from pathlib import Path
+
+sys.path.insert(0, os.fspath(Path(__file__).resolve().parents[2] / "demo"))
+
+from drive import (  # noqa: E402  (the demo's folder has to be known first)
+    ACTION_BUTTON,
+    CLOSE_BUTTON,
+    SELECT_SERVER,
+    Road,
+    RoadError,
+    adopt_orphans,
+    children,
+    client_button,
+    ended,
+)
+from platforms import Native  # noqa: E402
+from scene import exit_on_terminate, say  # noqa: E402
+
+SERVER, CLIENT, VERSION = "Cinderfall", "Official", "2.1.4"
+CHOICE = f"{SERVER}|{CLIENT}|true|"
+
+# A faster server than the demo's, whose archive takes about a second.
+BYTES_PER_SECOND = 6_000_000
+
+
+def checksum(folder: Path) -> str:
+    """Of all names and contents in a folder."""
+    digest = hashlib.sha256()
+    for path in sorted(folder.rglob("*")):
+        digest.update(os.fsencode(path.relative_to(folder)) + b"\0")
+        if path.is_file():
+            digest.update(path.read_bytes())
+    return digest.hexdigest()
+
+
+class Torture(Road):
+    def __init__(self, platform: Native, base_url: str, scratch: Path, seed: int):
+        super().__init__(platform, base_url, scratch / "pictures", scratch / "road")
+        self.random = random.Random(seed)
+
+    def prepare(self) -> None:
+        self.neighbour = self.scratch / "neighbour"
+        (self.neighbour / "deep").mkdir(parents=True)
+        (self.neighbour / "letter.txt").write_text("precious\n", encoding="ascii")
+        (self.neighbour / "deep" / "client.zip").write_bytes(b"mine" * 1000)
+        self.untouched = checksum(self.neighbour)
+        self.names_beside = self.names()
+        self.world.stop()
+        self.world.start(BYTES_PER_SECOND)
+
+    def names(self) -> set[str]:
+        """What lies beside the installation folder, but for this torture's own logs."""
+        return {path.name for path in self.scratch.iterdir() if not path.name.startswith("launcher-")}
+
+    def installed(self) -> Path:
+        return self.installation / SERVER / CLIENT / VERSION
+
+    def pause(self, longest: float) -> None:
+        """Lets the launcher go on for a random time: the moment of the kill is the test."""
+        time.sleep(self.random.uniform(0, longest))
+
+    def kill(self) -> None:
+        self.launcher.send_signal(signal.SIGKILL)
+        self.launcher.wait()
+        self.launcher = None
+        # An extractor that was at work goes on alone for as long as it takes.
+        own = {self.world.process, *self.screen.processes()}
+        for number in children():
+            if number not in own:
+                self.wait_for("the launcher's children to end", lambda n=number: ended(n), 30, watch=False)
+
+    # The moments
+
+    def start_without_looking(self) -> None:
+        self.starts += 1
+        log = self.scratch / f"launcher-{self.starts}"
+        with log.with_suffix(".stdout").open("wb") as output, log.with_suffix(".stderr").open("wb") as errors:
+            self.launcher = self.platform.start(self.installation, self.environment, output, errors)
+
+    def during_start(self) -> None:
+        """Document, its copy, pictures and their files: all in the first half second."""
+        for name in [*self.installation.glob("*.png"), self.installation / "offline.txt"]:
+            if self.random.random() < 0.5:
+                name.unlink(missing_ok=True)
+        self.start_without_looking()
+        self.pause(0.8)
+        self.kill()
+
+    def begin_download(self) -> None:
+        shutil.rmtree(self.installed(), ignore_errors=True)
+        self.start_launcher()
+        self.wait_for_version("red")
+        self.wait_for_buttons("download")
+        self.click(ACTION_BUTTON)
+
+    def during_download(self) -> None:
+        self.begin_download()
+        self.wait_for("the archive to arrive", self.archives)
+        self.pause(0.9)
+        self.kill()
+
+    def during_extraction(self) -> None:
+        self.begin_download()
+        self.wait_for("the version's folder", self.installed().is_dir)
+        self.pause(0.1)
+        self.kill()
+
+    def during_settings(self) -> None:
+        """The close button writes settings.txt; the kill comes right behind the click."""
+        self.start_launcher()
+        self.wait_for("the choice to be applied", self.version_colour)
+        self.screen.click(*self.on_screen(CLOSE_BUTTON).centre)
+        self.pause(0.06)
+        self.kill()
+
+    def during_choice(self) -> None:
+        self.start_launcher()
+        self.wait_for("the choice to be applied", self.version_colour)
+        self.click(SELECT_SERVER)
+        self.wait_for("the panel", lambda: self.client_button_at(SERVER, 0) == CLIENT)
+        self.screen.click(*self.on_screen(client_button(SERVER, 0)).centre)
+        self.pause(0.06)
+        self.kill()
+
+    # What has to hold afterwards
+
+    def look(self) -> None:
+        self.check("nothing beside the installation folder changed", checksum(self.neighbour) == self.untouched)
+        self.check("nothing new lies beside it", self.names() == self.names_beside)
+        self.start_launcher()
+        settings = self.settings()
+        if settings == CHOICE:
+            # What lies on the disk is what the launcher shows.
+            there = self.installed().is_dir()
+            self.wait_for_version("green" if there else "red")
+            self.wait_for_buttons("play" if there else "download")
+            self.close_by_button()
+        else:
+            # Killed between opening the file and writing it: empty, and the player chooses again.
+            self.check(f"settings.txt is whole or empty, not {settings!r}", settings == "")
+            self.wait_for("the panel", lambda: self.client_button_at(SERVER, 0) == CLIENT)
+            self.click(client_button(SERVER, 0))
+            self.wait_for("the choice in settings.txt", lambda: self.settings() == CHOICE)
+            self.close_by_button()
+        self.check("settings.txt has the choice", self.settings() == CHOICE)
+
+    def last_look(self) -> None:
+        """After all of it a download makes everything good."""
+        self.begin_download()
+        self.wait_for("the unpacked client", lambda: self.version_colour() == "green", 60)
+        self.check("all files are those of the archive", self.same_as_archive(SERVER, CLIENT, VERSION))
+        self.check("no archive is left", not self.archives())
+        self.close_by_button()
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(description="Kill the real launcher at random moments.")
+    parser.add_argument("--program", type=Path, required=True, help="the launcher, built for the base URL")
+    parser.add_argument("--base-url", required=True)
+    parser.add_argument("--scratch", type=Path, required=True, help="folder for everything; emptied first")
+    parser.add_argument("--kills", type=int, default=20)
+    parser.add_argument("--seed", type=int, default=int(time.time()), help="the same moments again, roughly")
+    given = parser.parse_args()
+
+    exit_on_terminate()
+    platform = Native(given.program)
+    missing = platform.missing()
+    if missing:
+        say(f"kills.py: missing: {', '.join(missing)}")
+        return 1
+    torture = Torture(platform, given.base_url, given.scratch.resolve(), given.seed)
+    moments = [
+        torture.during_start,
+        torture.during_download,
+        torture.during_extraction,
+        torture.during_settings,
+        torture.during_choice,
+    ]
+    passed: Counter[str] = Counter()
+    failed: Counter[str] = Counter()
+    try:
+        adopt_orphans()
+        torture.open()
+        torture.prepare()
+        say(f"{given.kills} kills, seed {given.seed}")
+        (torture.installation / "settings.txt").write_text(CHOICE, encoding="ascii")
+        for number in range(1, given.kills + 1):
+            moment = moments[(number - 1) % len(moments)]
+            name = moment.__name__.replace("_", " ")
+            try:
+                moment()
+                torture.look()
+            except RoadError as error:
+                failed[name] += 1
+                say(f"  kill {number}, {name}: FAILED: {error}")
+                torture.explain_failure()
+                if torture.launcher is not None:
+                    torture.kill()
+                (torture.installation / "settings.txt").write_text(CHOICE, encoding="ascii")
+            else:
+                passed[name] += 1
+                say(f"  kill {number}, {name}: survived")
+        try:
+            torture.last_look()
+        except RoadError as error:
+            failed["the last download"] += 1
+            say(f"  the last download: FAILED: {error}")
+            torture.explain_failure()
+        else:
+            passed["the last download"] += 1
+    finally:
+        torture.close()
+    for name in sorted(passed | failed):
+        say(f"{name}: {passed[name]} survived, {failed[name]} failed")
+    say(f"{passed.total()} passed, {failed.total()} failed")
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
