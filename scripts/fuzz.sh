@@ -3,9 +3,10 @@
 #
 #   scripts/fuzz.sh [SECONDS] [TARGET...]      default: 60 seconds, all targets
 #
-# One line per target: name, executions, crashes. An input that crashes a target, takes longer than
-# a second or more than 512 MB is left in build/fuzz/findings/; ends with 1 when there is one. New
-# inputs worth keeping are collected in build/fuzz/corpus/, beside the seeds of tests/fuzz/corpus/.
+# One line per target: name, executions, crashes, slowest input. An input that crashes a target,
+# takes longer than five seconds (one, without sanitizers and with a processor of its own) or more
+# than 512 MB is left in build/fuzz/findings/; ends with 1 when there is one. New inputs worth
+# keeping are collected in build/fuzz/corpus/, beside the seeds of tests/fuzz/corpus/.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 export LC_ALL=C.UTF-8
@@ -27,35 +28,55 @@ if [ "${#targets[@]}" -eq 0 ]; then
   done
 fi
 
-status=0
-for target in "${targets[@]}"; do
-  name=${target#fuzz_}
+# One target, in a process of its own. Its line goes to the terminal, the rest to its log.
+run_target() {
+  local target=$1 name=${1#fuzz_}
   # Whole paths: a target may work in another folder.
-  findings=$PWD/build/fuzz/findings/$name
-  corpus=("$PWD/build/fuzz/corpus/$name" "$PWD/tests/fuzz/corpus/$name")
+  local findings=$PWD/build/fuzz/findings/$name
+  local corpus=("$PWD/build/fuzz/corpus/$name" "$PWD/tests/fuzz/corpus/$name")
   mkdir -p "$findings" "${corpus[0]}"
-  log=build/fuzz/$target.log
-  options=(
-    -timeout=1 -rss_limit_mb=512 -max_len=65536 -print_final_stats=1
+  local log=build/fuzz/$target.log
+  local options=(
+    -timeout=5 -rss_limit_mb=512 -max_len=65536 -print_final_stats=1
     "-artifact_prefix=$findings/"
   )
   [ ! -f "tests/fuzz/$name.dict" ] || options+=("-dict=tests/fuzz/$name.dict")
   # What lives until the window closes by design is a leak to nobody.
   export LSAN_OPTIONS="suppressions=$PWD/tests/support/leaks.supp:print_suppressions=0"
-  # An allocation that cannot be had is answered as it is to a player: by nothing.
-  export ASAN_OPTIONS=allocator_may_return_null=1
-  failed=0
+  # An allocation that cannot be had is answered as it is to a player: by nothing. Freed memory is
+  # kept aside for a while, which counts as the target's own.
+  export ASAN_OPTIONS=allocator_may_return_null=1:quarantine_size_mb=64
+  local failed=0
   # The seeds and all that was found before, once each; then new ones.
   "build/fuzz/tests/fuzz/$target" "${options[@]}" -runs=0 "${corpus[@]}" > "$log" 2>&1 || failed=1
   if [ "$failed" -eq 0 ] && [ "$seconds" -gt 0 ]; then
     "build/fuzz/tests/fuzz/$target" "${options[@]}" "-max_total_time=$seconds" \
       "${corpus[@]}" >> "$log" 2>&1 || failed=1
   fi
+  local executions
   executions=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | awk '{ sum += $1 } END { print sum + 0 }')
-  echo "$target: $executions executions, $failed crashes"
+  local slowest
+  slowest=$(sed -n 's/^stat::slowest_unit_time_sec: *//p' "$log" | sort -n | tail -1)
+  echo "$target: $executions executions, $failed crashes, slowest ${slowest:-?} s"
   if [ "$failed" -ne 0 ]; then
-    status=1
     tail -n 40 "$log"
   fi
+  return "$failed"
+}
+
+# One target per processor at a time.
+status=0
+running=0
+for target in "${targets[@]}"; do
+  if [ "$running" -ge "$(nproc)" ]; then
+    wait -n || status=1
+    running=$((running - 1))
+  fi
+  run_target "$target" &
+  running=$((running + 1))
+done
+while [ "$running" -gt 0 ]; do
+  wait -n || status=1
+  running=$((running - 1))
 done
 exit "$status"

@@ -179,6 +179,7 @@ private slots:
     void reasonableSize_data();
     void reasonableSize();
     void sizeThatIsNotTold();
+    void sizeThatTheFrameHides();
     void noPicture_data();
     void noPicture();
     void brokenPicture_data();
@@ -577,6 +578,21 @@ void TestImageDownloader::sizeThatIsNotTold()
 {
     QVERIFY(isPictureOfReasonableSize(QByteArray()));
     QVERIFY(isPictureOfReasonableSize("no picture"));
+}
+
+// A GIF file tells the size of the whole apart from those of its frames; here the frame is empty,
+// and the whole has 54 million pixels.
+void TestImageDownloader::sizeThatTheFrameHides()
+{
+    const QByteArray bytes =
+        QByteArray::fromHex("47494638376147"
+                            "0a3f50810000333333666666999999cccccc2c000000000700000828000500"
+                            "0001040e3b");
+    QVERIFY(!isPictureOfReasonableSize(bytes));
+    QByteArray smaller = bytes;
+    smaller[9] = 1; // 2631 x 319
+    QVERIFY(isPictureOfReasonableSize(smaller));
+    QVERIFY(isPictureOfReasonableSize(bytes.left(9)));
 }
 
 void TestImageDownloader::noPicture_data()
