@@ -166,8 +166,9 @@ class Torture(Road):
     def look(self) -> None:
         self.check("nothing beside the installation folder changed", checksum(self.neighbour) == self.untouched)
         self.check("nothing new lies beside it", self.names() == self.names_beside)
-        self.start_launcher()
+        # Before the start: a launcher that applies a remembered choice writes it anew.
         settings = self.settings()
+        self.start_launcher()
         if settings == CHOICE:
             # What lies on the disk is what the launcher shows.
             there = self.installed().is_dir()
