@@ -81,8 +81,9 @@ class Screen:
         # that nothing is guessed and nobody else's display is disturbed.
         self._server = subprocess.Popen(
             ["Xvfb", "-displayfd", str(number_in), "-screen", "0", f"{WIDTH}x{HEIGHT}x24", "-nolisten", "tcp"]
-            # Without this a server whose last client leaves starts anew.
-            + ["-noreset"],
+            # Without -noreset a server whose last client leaves starts anew. Nothing here draws
+            # with OpenGL, but the toolkit would load all of it to find that out.
+            + ["-noreset", "-extension", "GLX"],
             pass_fds=[number_in],
             stdout=self._log,
             stderr=self._log,

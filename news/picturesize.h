@@ -2,9 +2,9 @@
 
 #include <QByteArray>
 
-// The largest picture that is decoded, in pixels: four times what a large screen shows, and with
+// The largest picture that is decoded, in pixels: twice what a large screen shows, and with
 // its copies still no burden for a small computer.
-constexpr qint64 largestPicture = 32 * 1000 * 1000;
+constexpr qint64 largestPicture = 16 * 1000 * 1000;
 
 // Whether a picture, by what its first bytes say, has no more pixels than that. Bytes that tell no
 // size pass.

@@ -9,7 +9,9 @@ if [[ $1 == --window-manager ]]; then
 fi
 manager=
 scratch=$(mktemp -d)
-Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp 3>"$scratch/display" 2>"$scratch/log" &
+# Nothing here draws with OpenGL, but the toolkit would load all of it to find that out.
+Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp -extension GLX \
+  3>"$scratch/display" 2>"$scratch/log" &
 server=$!
 finish() {
   local pid

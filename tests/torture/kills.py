@@ -40,6 +40,7 @@ from scene import exit_on_terminate, say  # noqa: E402
 
 SERVER, CLIENT, VERSION = "Cinderfall", "Official", "2.1.4"
 CHOICE = f"{SERVER}|{CLIENT}|true|"
+FORGOTTEN = "||false|"
 
 # A faster server than the demo's, whose archive takes about a second.
 BYTES_PER_SECOND = 6_000_000
@@ -176,13 +177,21 @@ class Torture(Road):
             self.wait_for_buttons("play" if there else "download")
             self.close_by_button()
         else:
-            # Killed between opening the file and writing it: empty, and the player chooses again.
+            # Killed between emptying the file and writing it: the player chooses again. An empty
+            # file also reads as "do not remember", and so the choice is not kept either.
             self.check(f"settings.txt is whole or empty, not {settings!r}", settings == "")
             self.wait_for("the panel", lambda: self.client_button_at(SERVER, 0) == CLIENT)
             self.click(client_button(SERVER, 0))
-            self.wait_for("the choice in settings.txt", lambda: self.settings() == CHOICE)
+            self.wait_for("the choice that is not kept in settings.txt", lambda: self.settings() == FORGOTTEN)
             self.close_by_button()
+            self.check("settings.txt keeps no choice", self.settings() == FORGOTTEN)
+            self.choose()
+            return
         self.check("settings.txt has the choice", self.settings() == CHOICE)
+
+    def choose(self) -> None:
+        """The choice as the player left it, for the next moment."""
+        (self.installation / "settings.txt").write_text(CHOICE, encoding="ascii")
 
     def last_look(self) -> None:
         """After all of it a download makes everything good."""
@@ -223,7 +232,7 @@ def main() -> int:
         torture.open()
         torture.prepare()
         say(f"{given.kills} kills, seed {given.seed}")
-        (torture.installation / "settings.txt").write_text(CHOICE, encoding="ascii")
+        torture.choose()
         for number in range(1, given.kills + 1):
             moment = moments[(number - 1) % len(moments)]
             name = moment.__name__.replace("_", " ")
@@ -236,7 +245,7 @@ def main() -> int:
                 torture.explain_failure()
                 if torture.launcher is not None:
                     torture.kill()
-                (torture.installation / "settings.txt").write_text(CHOICE, encoding="ascii")
+                torture.choose()
             else:
                 passed[name] += 1
                 say(f"  kill {number}, {name}: survived")
