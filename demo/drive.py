@@ -161,6 +161,8 @@ class Road:
         # A proxy would be asked for the loopback as well.
         kept = {n: v for n, v in kept.items() if not n.lower().endswith("_proxy")}
         kept.update(HOME=os.fspath(home), XDG_RUNTIME_DIR=os.fspath(runtime), LC_ALL="C.UTF-8", LANGUAGE="en")
+        # Nothing draws with OpenGL, but the toolkit would load all of it to find that out.
+        kept["QT_XCB_GL_INTEGRATION"] = "none"
 
         self.screen = Screen(self.scratch / "screen.log")
         kept["DISPLAY"] = self.screen.display

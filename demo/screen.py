@@ -81,9 +81,8 @@ class Screen:
         # that nothing is guessed and nobody else's display is disturbed.
         self._server = subprocess.Popen(
             ["Xvfb", "-displayfd", str(number_in), "-screen", "0", f"{WIDTH}x{HEIGHT}x24", "-nolisten", "tcp"]
-            # Without -noreset a server whose last client leaves starts anew. Nothing here draws
-            # with OpenGL, but the toolkit would load all of it to find that out.
-            + ["-noreset", "-extension", "GLX"],
+            # Without this a server whose last client leaves starts anew.
+            + ["-noreset"],
             pass_fds=[number_in],
             stdout=self._log,
             stderr=self._log,

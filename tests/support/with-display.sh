@@ -9,9 +9,7 @@ if [[ $1 == --window-manager ]]; then
 fi
 manager=
 scratch=$(mktemp -d)
-# Nothing here draws with OpenGL, but the toolkit would load all of it to find that out.
-Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp -extension GLX \
-  3>"$scratch/display" 2>"$scratch/log" &
+Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp 3>"$scratch/display" 2>"$scratch/log" &
 server=$!
 finish() {
   local pid
@@ -34,6 +32,8 @@ fi
 mkdir -m 700 "$scratch/run"
 DISPLAY=":$(cat "$scratch/display")"
 export DISPLAY XDG_RUNTIME_DIR="$scratch/run" QT_QPA_PLATFORM=xcb
+# Nothing here draws with OpenGL, but the toolkit would load all of it to find that out.
+export QT_XCB_GL_INTEGRATION=none
 if [[ -n $window_manager ]]; then
   "$window_manager" >"$scratch/manager" 2>&1 &
   manager=$!
