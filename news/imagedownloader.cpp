@@ -7,7 +7,10 @@
 #include <QFileInfo>
 #include <QImage>
 #include <QLabel>
+#include <QMutex>
+#include <QMutexLocker>
 #include <QPixmap>
+#include <QThreadPool>
 #include <QtConcurrent>
 
 #include <stdexcept>
@@ -33,6 +36,16 @@ QPixmap decoded(const QByteArray &bytes)
     }
     return picture;
 }
+// While it lives, the pool has room as if the thread it stands in were none of its own. Decoding a
+// picture borrows the same pool, and waits for it: behind the writers, the window would stand still
+// until the last of them has packed its picture.
+class RoomInPool
+{
+public:
+    RoomInPool() { QThreadPool::globalInstance()->releaseThread(); }
+    ~RoomInPool() { QThreadPool::globalInstance()->reserveThread(); }
+    Q_DISABLE_COPY_MOVE(RoomInPool)
+};
 } // namespace
 
 QPixmap scaledToSize(const QPixmap &picture, QSize size)
@@ -100,24 +113,33 @@ void ImageDownloader::downloadNewImage(QUrl newUrl, QLabel *newLabel)
 void ImageDownloader::loadData()
 {
     isDownloaded = true;
-    const QByteArray bytes = fd->downloadedData();
     if (px_orig == nullptr) {
         px_orig = new QPixmap;
     }
-    *px_orig = decoded(bytes);
+    *px_orig = decoded(fd->downloadedData());
     if (label != nullptr && px != nullptr) {
-        *px = decoded(bytes);
+        // Shares the pixels. Decoding them again would hold up the window once more.
+        *px = *px_orig;
         showOnLabel(*px);
     }
     // Fire and forget, with a name and a picture of its own: the pool's thread touches nothing
     // that this thread replaces or deletes meanwhile.
-    QtConcurrent::run(&ImageDownloader::writeCacheFile, cacheFileName(), px_orig->toImage());
+    QtConcurrent::run(&ImageDownloader::writeCacheFileInPool, cacheFileName(), px_orig->toImage());
     emit loadedImage();
 }
 
 void ImageDownloader::saveBuffer() const
 {
     writeCacheFile(cacheFileName(), px_orig != nullptr ? px_orig->toImage() : QImage());
+}
+
+void ImageDownloader::writeCacheFileInPool(const QString &fileName, const QImage &picture)
+{
+    // One at a time: with a thread for each they would leave the window no processor.
+    static QMutex turn;
+    const RoomInPool room;
+    const QMutexLocker locker(&turn);
+    writeCacheFile(fileName, picture);
 }
 
 // The file is written in place and without a lock: two fetches of one picture in quick succession

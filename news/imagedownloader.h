@@ -62,6 +62,7 @@ private:
     void fetch();
     void showOnLabel(const QPixmap &picture);
     static void writeCacheFile(const QString &fileName, const QImage &picture);
+    static void writeCacheFileInPool(const QString &fileName, const QImage &picture);
 
     QPointer<QLabel> label; // where the picture is shown; null for none, or when it is gone
     QString objectName;

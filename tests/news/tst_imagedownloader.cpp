@@ -22,6 +22,11 @@
 
 #include <memory>
 #include <stdexcept>
+#include <thread>
+
+#ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#endif
 
 namespace
 {
@@ -174,6 +179,7 @@ private slots:
     void cacheFileOutsideTheWorkingDirectory_data();
     void cacheFileOutsideTheWorkingDirectory();
     void saveBufferWritesTheOriginal();
+    void aSlowDiskDoesNotHoldUpTheNextPicture();
     void saveBufferWithoutAnOriginal();
 
     void reasonableSize_data();
@@ -528,6 +534,51 @@ void TestImageDownloader::saveBufferWritesTheOriginal()
     QVERIFY(QFile::remove(QStringLiteral("picture.png")));
     downloader.saveBuffer();
     QCOMPARE(ScratchFolder::read(QStringLiteral("picture.png")), source);
+}
+
+void TestImageDownloader::aSlowDiskDoesNotHoldUpTheNextPicture()
+{
+#ifdef Q_OS_UNIX
+    // One place in the pool, and what takes it cannot open its file until somebody reads from it.
+    QThreadPool *pool = QThreadPool::globalInstance();
+    const int places = pool->maxThreadCount();
+    pool->setMaxThreadCount(1);
+    QCOMPARE(mkfifo("slow.png", 0600), 0);
+    // Half transparent, and large enough that the toolkit decodes it on several threads.
+    QImage image(800, 600, QImage::Format_ARGB32);
+    image.fill(qRgba(200, 100, 50, 128));
+    m_server->serve(QStringLiteral("slow"), encoded(image, "PNG"));
+    ImageDownloader slow(QUrl(m_server->url(QStringLiteral("slow"))), QStringLiteral("slow"));
+    QSignalSpy slowLoaded(&slow, &ImageDownloader::loadedImage);
+    slow.downloadImage();
+    QVERIFY(slowLoaded.wait(limit));
+
+    // Lets go in the end, so that a failure does not hang.
+    QSemaphore nextIsThere;
+    bool inTime = false;
+    std::thread reader([&] {
+        inTime = nextIsThere.tryAcquire(1, limit / 2);
+        QFile pipe(QStringLiteral("slow.png"));
+        if (pipe.open(QIODevice::ReadOnly)) {
+            (void)pipe.readAll();
+        }
+    });
+    ImageDownloader next(QUrl(m_server->url(QStringLiteral("slow"))), QStringLiteral("next"));
+    QSignalSpy nextLoaded(&next, &ImageDownloader::loadedImage);
+    next.downloadImage();
+    const bool loaded = nextLoaded.wait(limit);
+    nextIsThere.release();
+    reader.join();
+    const bool written = cacheIsWritten();
+    pool->setMaxThreadCount(places);
+    QVERIFY(loaded);
+    QVERIFY2(inTime, "the picture waited for the file of another one");
+    QVERIFY(written);
+    QCOMPARE(originalOf(next).size(), image.size());
+    QCOMPARE(QImage(QStringLiteral("next.png")).size(), image.size());
+#else
+    QSKIP("there are no named pipes in a folder here");
+#endif
 }
 
 void TestImageDownloader::saveBufferWithoutAnOriginal()
