@@ -26,7 +26,8 @@ demo_packages=(
 test_packages=(
   libcpp-httplib-dev xvfb x11-utils xdotool openbox clang-format clang-tidy
   clazy clang unzip zip python3 python3-pil fonts-lato librsvg2-bin shellcheck
-  xdg-utils file procps ca-certificates git libssl-dev openssl x11-apps
+  xdg-utils file procps ca-certificates git libssl-dev openssl x11-apps python3-xlib
+  fontconfig util-linux mount
 )
 
 # What the fuzz targets are built by.

@@ -1,0 +1,180 @@
+"""Where the torture starts the real launcher: a screen, an installation folder, and what can be seen there."""
+
+from __future__ import annotations
+
+import os
+import subprocess
+import sys
+from pathlib import Path
+
+sys.path.insert(0, os.fspath(Path(__file__).resolve().parents[2] / "demo"))
+
+from PIL import Image, ImageChops, ImageDraw, ImageFilter, ImageFont  # noqa: E402
+from drive import (  # noqa: E402
+    CLIENT_PICTURES,
+    CLOSE_BUTTON,
+    PROGRESS_TEXT,
+    SERVERS,
+    Rect,
+    Road,
+    RoadError,
+    client_button,
+    logo,
+)
+from pings import Pinger  # noqa: E402
+from platforms import Native  # noqa: E402
+from scene import prepare_installation  # noqa: E402
+
+BASE_URL = "http://127.0.0.1:18474/"
+SERVER, CLIENT, VERSION = "Cinderfall", "Official", "2.1.4"
+CHOICE = f"{SERVER}|{CLIENT}|true|"
+ARCHIVE = "/clients/cinderfall-official-2.1.4.zip"
+
+FINISHED = f"Download finished: version {VERSION}"
+FAILED = "Download failed"
+RUNNING = f"Downloading client version {VERSION}"
+
+# How much higher the clients of a column stand that has no logo.
+WITHOUT_LOGO = 11
+
+# How long a window may let an event wait, in seconds.
+PROMPT = 0.1
+
+# Of 255: the same letters by two hands lie 29 apart, with a wrong digit 43 or more.
+SAME_LETTERS = 36
+
+# Remarks about style sheets that are kept as they are, and about pictures that are none.
+EXPECTED_WARNINGS = (
+    "QString::arg: Argument missing",
+    "Could not parse stylesheet of object QPushButton",
+    "QCssParser::parseColorValue: Specified color without alpha value",
+    # Of a picture that is cut short.
+    "libpng error: Read Error",
+)
+
+
+class Bench(Road):
+    def __init__(self, platform: Native, scratch: Path):
+        super().__init__(platform, BASE_URL, scratch / "pictures", scratch / "road")
+        self.pinger: Pinger | None = None
+        self.font: ImageFont.FreeTypeFont | None = None
+
+    def open(self) -> None:
+        super().open()
+        # What serves here knows more faults than the demo's server.
+        self.world.stop()
+        self.pinger = Pinger(self.screen.display)
+        file = subprocess.run(["fc-match", "-f", "%{file}", "Lato:regular"], capture_output=True, check=True).stdout
+        self.font = ImageFont.truetype(os.fsdecode(file), 15)
+
+    def fresh(self) -> None:
+        """An installation folder as on the first day."""
+        prepare_installation(self.installation)
+
+    def close(self) -> None:
+        if self.pinger is not None:
+            self.pinger.close()
+        super().close()
+
+    def end_descendants(self) -> None:
+        if self.pinger is None or self.pinger.process.poll() is not None:
+            super().end_descendants()
+
+    def end_launch(self) -> None:
+        """Whatever became of it, nothing of a launch is left running."""
+        self.pinger.stop()
+        if self.launcher is not None:
+            self.launcher.kill()
+            self.launcher.wait()
+            self.launcher = None
+
+    # Promptness
+
+    def ping(self) -> None:
+        self.pinger.start(self.window, [self.launcher.pid, self.screen.processes()[0]])
+
+    def longest_wait(self, but: tuple[float, float] | None = None) -> float:
+        """Longest time for which the window let a question wait; `but`: not while it was unpacking."""
+        samples = self.pinger.stop()
+        counted = [
+            own for sent, waited, own in samples if but is None or sent + waited < but[0] or sent > but[1]
+        ]
+        self.check(f"the window was asked often enough ({len(counted)} times)", len(counted) >= 5)
+        return max(counted)
+
+    # What can be seen
+
+    def console(self) -> str:
+        return self.log("stdout")
+
+    def errors(self) -> str:
+        """Standard error without what the toolkit and its libraries say."""
+        lines = self.log("stderr").splitlines(keepends=True)
+        return "".join(line for line in lines if not line.startswith(EXPECTED_WARNINGS))
+
+    def log(self, name: str) -> str:
+        return (self.scratch / f"launcher-{self.starts}.{name}").read_bytes().decode("utf-8", errors="replace")
+
+    def offered(self, server: str, row: int) -> str:
+        """Which client's button stands where it should; empty for none."""
+        area = self.on_screen(client_button(server, row))
+        found = {
+            kind
+            for kind, path in CLIENT_PICTURES.items()
+            for place in (area, area.moved(0, -WITHOUT_LOGO))
+            if self.screen.find(path, place, 1)
+        }
+        return found.pop() if len(found) == 1 else ""
+
+    def columns(self) -> list[str]:
+        """The servers that have a column in the panel."""
+        return [server for server in SERVERS if self.offered(server, 0)]
+
+    def shows_logo(self, server: str) -> bool:
+        picture = self.world.folder / f"{server}.png"
+        return self.screen.find(picture, self.on_screen(logo(server)), 1) is not None
+
+    def reads(self, text: str, whole: bool = True) -> bool:
+        """Whether the line under the progress bar is this text, or begins with it."""
+        # White letters: the embers behind them are bright as well, but not in blue.
+        red, green, blue = self.screen.grab(self.on_screen(PROGRESS_TEXT)).split()
+        light = ImageChops.darker(ImageChops.darker(red, green), blue)
+        seen = light.point(lambda value: max(0, value - 96) * 255 // 159)
+        drawn = Image.new("L", seen.size)
+        # The toolkit joins these two letters.
+        ImageDraw.Draw(drawn).text((0, 0), text.replace("fi", "\N{LATIN SMALL LIGATURE FI}"), fill=255, font=self.font)
+        return same_text(seen, drawn, whole)
+
+    def wait_for_text(self, text: str, whole: bool = True) -> None:
+        self.wait_for(f"the text {text!r}", lambda: self.reads(text, whole))
+
+    def leave(self, button: Rect = CLOSE_BUTTON) -> None:
+        """A close button ends the launcher in good order, and nothing complained."""
+        self.close_by_button(button)
+        told = self.log("stderr")
+        for word in ("Sanitizer", "runtime error", "Segmentation", "ASSERT", "QProcess: Destroyed"):
+            self.check(f"no {word!r} on standard error", word not in told)
+
+
+def same_text(seen: Image.Image, drawn: Image.Image, whole: bool) -> bool:
+    """Whether two pictures have the same words, drawn by different hands."""
+    letters = drawn.getbbox()
+    if letters is None or seen.getbbox() is None:
+        return letters == seen.getbbox()
+    wanted = drawn.crop(letters)
+    top = seen.crop((0, 0, letters[2], seen.height)).getbbox()
+    if top is None:
+        return False
+    if whole and seen.crop((letters[2] + 4, 0, seen.width, seen.height)).point(lambda value: value > 200).getbbox():
+        return False
+    return min(
+        gap_of_letters(seen.crop((x, y, x + wanted.width, y + wanted.height)), wanted)
+        for x in range(letters[0] - 1, letters[0] + 3)
+        for y in range(top[1] - 1, top[1] + 2)
+    ) <= SAME_LETTERS
+
+
+def gap_of_letters(seen: Image.Image, wanted: Image.Image) -> float:
+    """How different the most different stretch of some letters is."""
+    gap = ImageChops.difference(seen.filter(ImageFilter.BoxBlur(1)), wanted.filter(ImageFilter.BoxBlur(1)))
+    return max(gap.resize((max(1, gap.width // 8), 1), Image.BOX).getdata())
