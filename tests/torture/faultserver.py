@@ -60,6 +60,8 @@ class Told:
     handshakes: list[str] = field(default_factory=list)
     sent: dict[str, float] = field(default_factory=dict)
     dripped: int = 0
+    # Paths whose answer the launcher did not take to the end.
+    broken: list[str] = field(default_factory=list)
     over: threading.Event = field(default_factory=threading.Event)
 
 
@@ -191,7 +193,11 @@ class FaultServer:
                 if told.over.wait(1):
                     break
         else:
-            self.send(connection, "200 OK", body, length, told.speeds.get(path, 0))
+            try:
+                self.send(connection, "200 OK", body, length, told.speeds.get(path, 0))
+            except OSError:
+                told.broken.append(path)
+                raise
         told.sent[path] = time.monotonic()
 
     @staticmethod

@@ -1,0 +1,69 @@
+#!/usr/bin/python3
+"""Starts the real launcher where the disk, the extractor or the archive is not as it should be.
+
+    disk.py --program LAUNCHER --scratch FOLDER [--workers N] [--only TEXT] [--long]
+
+Each case looks at what the window shows, what the console says and what lies on
+the disk, starts the launcher once more, and makes sure that nothing beside the
+installation folder has changed. One line per case, and at the end
+"N passed, N failed".
+
+Small and read-only disks are mounted where nobody else sees them. Where the
+machine does not permit that, these cases are skipped.
+"""
+
+from __future__ import annotations
+
+import argparse
+import os
+import shutil
+import sys
+import time
+from pathlib import Path
+
+from bench import BASE_URL, Bench
+from diskcases import CASES
+from diskjudge import DiskJudge
+from faultserver import FaultServer
+from platforms import Native
+from workers import Tally, run_workers
+
+
+def work(given: argparse.Namespace, tally: Tally) -> None:
+    bench = Bench(Native(given.program), given.scratch)
+    server = None
+    try:
+        bench.open()
+        server = FaultServer(None, int(BASE_URL.rstrip("/").rpartition(":")[2]))
+        judge = DiskJudge(bench, server)
+        cases = [case for case in CASES if given.only in case.name and (given.long or not case.room)]
+        for number, case in enumerate(cases):
+            if number % given.of != given.number:
+                continue
+            if case.mounts and not given.own_corner:
+                tally.skipped(case.name, "nothing can be mounted here")
+            elif shutil.disk_usage(bench.scratch).free < case.room:
+                tally.skipped(case.name, "the disk has no room for it")
+            else:
+                started = time.monotonic()
+                tally.judged(case.name, judge.run(case.run))
+                tally.note(f"{time.monotonic() - started:.1f} s")
+        tally.note(f"longest wait of a window: {judge.longest * 1000:.0f} ms")
+    finally:
+        if server is not None:
+            server.close()
+        bench.close()
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(description="Start the launcher where the disk is not as it should be.")
+    parser.add_argument("--program", type=Path, required=True, help=f"the launcher, built for {BASE_URL}")
+    parser.add_argument("--scratch", type=Path, required=True, help="folder for everything; emptied first")
+    parser.add_argument("--workers", type=int, default=os.cpu_count())
+    parser.add_argument("--only", default="", help="only cases whose name has this text")
+    parser.add_argument("--long", action="store_true", help="those as well that take long and need room")
+    return run_workers(parser, work)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
