@@ -14,7 +14,7 @@ GIBIBYTE = 1024**3
 
 def packed(files: dict[str, bytes]) -> bytes:
     target = io.BytesIO()
-    with zipfile.ZipFile(target, "w", zipfile.ZIP_DEFLATED) as archive:
+    with zipfile.ZipFile(target, "w") as archive:
         for name, content in files.items():
             archive.writestr(zipfile.ZipInfo(name, date_time=(2024, 1, 1, 0, 0, 0)), content)
     return target.getvalue()
@@ -40,8 +40,10 @@ def crowded(count: int) -> bytes:
 def huge(size: int) -> bytes:
     """With one file of zeros."""
     target = io.BytesIO()
-    with zipfile.ZipFile(target, "w", zipfile.ZIP_DEFLATED, compresslevel=1) as archive:
-        with archive.open(zipfile.ZipInfo("zeros.dat", date_time=(2024, 1, 1, 0, 0, 0)), "w", force_zip64=True) as file:
+    entry = zipfile.ZipInfo("zeros.dat", date_time=(2024, 1, 1, 0, 0, 0))
+    entry.compress_type = zipfile.ZIP_DEFLATED
+    with zipfile.ZipFile(target, "w") as archive:
+        with archive.open(entry, "w", force_zip64=True) as file:
             piece = bytes(16 * 1024 * 1024)
             for _ in range(size // len(piece)):
                 file.write(piece)

@@ -46,9 +46,13 @@ def work(given: argparse.Namespace, tally: Tally) -> None:
                 tally.skipped(case.name, "the disk has no room for it")
             else:
                 started = time.monotonic()
-                tally.judged(case.name, judge.run(case.run))
+                verdict = judge.run(case.run)
+                if judge.slow:
+                    tally.note("too slow, so once more")
+                    verdict = judge.run(case.run)
+                tally.judged(case.name, verdict)
                 tally.note(f"{time.monotonic() - started:.1f} s")
-        tally.note(f"longest wait of a window: {judge.longest * 1000:.0f} ms")
+        tally.note(f"longest wait of a window: {bench.longest * 1000:.0f} ms")
     finally:
         if server is not None:
             server.close()

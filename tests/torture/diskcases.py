@@ -65,8 +65,10 @@ def full(judge: DiskJudge) -> None:
     judge.leave()
     judge.bench.check("settings.txt is empty", judge.bench.settings() == "")
     filler.unlink()
-    judge.choose()
+    # An empty file says nothing of remembering, so the choice is not remembered.
+    judge.choose(written=False)
     judge.leave()
+    judge.bench.check("settings.txt says so", judge.bench.settings() == "||false|")
 
 
 @case("no room for the archive", mounts=True)
@@ -247,7 +249,9 @@ def extractor_crashes(judge: DiskJudge) -> None:
 @case("extractor asks and waits for an answer")
 def extractor_asks(judge: DiskJudge) -> None:
     # Neither its input nor a terminal has one.
-    judge.extractor('read answer; echo "input: $?" > asked.txt; (read answer < /dev/tty); echo "terminal: $?" >> asked.txt')
+    judge.extractor(
+        'read answer; echo "input: $?" > asked.txt; (read answer < /dev/tty); echo "terminal: $?" >> asked.txt'
+    )
     unpacks_nothing(judge)
     said = (judge.folder / "asked.txt").read_text(encoding="ascii").split()
     judge.bench.check(f"it got no answer: {said}", said[0] == "input:" and "0" not in said and len(said) == 4)
@@ -317,5 +321,3 @@ def huge(judge: DiskJudge) -> None:
     judge.bench.check(f"the file is whole ({size} bytes)", size == 3 * archives.GIBIBYTE)
     judge.leave()
     judge.next_start("green", "play")
-
-

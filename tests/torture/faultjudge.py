@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import re
-import time
 from contextlib import contextmanager
 from pathlib import Path
 
@@ -13,18 +12,12 @@ from bench import (
     ARCHIVE,
     BASE_URL,
     CHOICE,
-    CLIENT,
-    FAILED,
-    FINISHED,
-    PROMPT,
-    RUNNING,
     SERVER,
-    VERSION,
     Bench,
+    SlowError,
 )
 from certificates import GOOD, REFUSED_CERTIFICATES
 from drive import (
-    ACTION_BUTTON,
     CLOSE_BUTTON_OF_PANEL,
     CONNECTING_TEXT,
     HOME_TAB,
@@ -37,57 +30,42 @@ from drive import (
     RoadError,
     client_button,
 )
+from faultarchive import ArchiveJudge
 from faultplan import DOCUMENT, DOCUMENT_PATH, ELEMENTS, LOGO_ELEMENTS, LOGOS, ONE_LOGO, PICTURES, Element, Launch
 from faultserver import (
     DRIP,
     ELSEWHERE,
-    LENGTH_TOO_GREAT,
+    ENDLESS,
     LENGTH_TOO_SMALL,
-    NO_LENGTH,
     NOT_FOUND,
     PAGE,
     REDIRECT,
     REFUSED,
-    RESET,
-    SERVER_ERROR,
-    STALL,
+    WHOLE,
     FaultServer,
     Told,
 )
 
 NEXT_SLIDE = Rect(413, 243, 12, 34)
-PLACEHOLDERS = ("newsBig", "newsMedium1", "newsMedium2", "newsSmall1", "newsSmall2", "newsSmall3")
-
-# All of it arrives; never ends; ends without anything that could be used.
-WHOLE = ("", GOOD, NO_LENGTH, LENGTH_TOO_GREAT)
-ENDLESS = (STALL, DRIP)
-
-# A word of the toolkit's own text about each failure of the archive.
-REASONS = {
-    REFUSED: "refused",
-    RESET: "closed",
-    LENGTH_TOO_GREAT: "closed",
-    NOT_FOUND: "Not Found",
-    SERVER_ERROR: "Internal Server Error",
-    **dict.fromkeys(REFUSED_CERTIFICATES, "SSL handshake failed"),
-}
-
 # An archive takes half a second when nothing is wrong with it.
 ARCHIVE_BYTES_PER_SECOND = 12_000_000
-# How long something that must not happen is looked out for, in seconds.
-WATCH = 0.7
+
+PLACEHOLDERS = ("newsBig", "newsMedium1", "newsMedium2", "newsSmall1", "newsSmall2", "newsSmall3")
 
 
 class Judge:
     def __init__(self, bench: Bench, server: FaultServer):
         self.bench = bench
         self.server = server
-        self.contents = {f"/{path.relative_to(bench.world.folder)}": path.read_bytes()
-                         for path in bench.world.folder.rglob("*") if path.is_file()}
+        self.contents = {
+            f"/{path.relative_to(bench.world.folder)}": path.read_bytes()
+            for path in bench.world.folder.rglob("*")
+            if path.is_file()
+        }
         self.launch = Launch()
         self.told = Told()
         self.verdicts: dict[str, str] = {}
-        self.longest = 0.0
+        self.slow = False
         self.extraction: tuple[float, float] | None = None
 
     # One launch
@@ -97,6 +75,7 @@ class Judge:
         self.launch = launch
         self.verdicts = dict.fromkeys(launch.faults or {"": ""}, "")
         self.extraction = None
+        self.slow = False
         self.prepare()
         self.server.begin(self.told)
         try:
@@ -146,9 +125,7 @@ class Judge:
             self.document_arrives(fault)
         else:
             self.nothing_came()
-        waited = self.bench.longest_wait(self.extraction)
-        self.longest = max(self.longest, waited)
-        self.bench.check(f"the window handles events within {PROMPT} s (it took {waited:.3f} s)", waited <= PROMPT)
+        self.bench.check_promptness(self.extraction)
         if fault in WHOLE + (LENGTH_TOO_SMALL,):
             self.bench.leave()
             self.bench.check("settings.txt has the choice", self.bench.settings() == CHOICE)
@@ -163,6 +140,7 @@ class Judge:
         try:
             yield
         except RoadError as error:
+            self.slow = isinstance(error, SlowError)
             self.bench.explain_failure()
             for cell in self.verdicts:
                 self.verdicts[cell] = self.verdicts[cell] or str(error)
@@ -191,16 +169,11 @@ class Judge:
         self.bench.check("nothing is on the console", self.bench.console() == "" and self.bench.errors() == "")
         self.bench.check("no other address was asked", set(self.told.requests) <= {DOCUMENT_PATH})
 
-    def watch(self) -> None:
-        """Lets time pass in which nothing is to happen."""
-        until = time.monotonic() + WATCH
-        self.bench.wait_for("time to pass", lambda: time.monotonic() > until)
-
     def nothing_came(self) -> None:
         """The fetch ended without a document."""
         copy = self.bench.installation / "offline.txt"
         self.bench.wait_for("the copy of the document", copy.exists)
-        self.watch()
+        self.bench.watch()
         self.stays_connecting()
         self.bench.check("the copy is empty", copy.read_bytes() == b"")
         if self.launch.secure:
@@ -212,7 +185,7 @@ class Judge:
         self.bench.wait_for("the request", lambda: self.asked(DOCUMENT_PATH))
         if fault == DRIP:
             self.bench.wait_for("some bytes to be on their way", lambda: self.told.dripped >= 2)
-        self.watch()
+        self.bench.watch()
         self.stays_connecting()
         self.bench.check("there is no copy of the document", not (self.bench.installation / "offline.txt").exists())
 
@@ -226,7 +199,7 @@ class Judge:
         self.bench.check("the copy has the page", (self.bench.installation / "offline.txt").read_bytes() == PAGE)
         for element in PICTURES:
             self.wait_for_empty(element)
-        self.watch()
+        self.bench.watch()
 
     def document_arrives(self, fault: str) -> None:
         document = self.told.contents[DOCUMENT_PATH]
@@ -243,11 +216,16 @@ class Judge:
         self.bench.wait_for("the document's elements on the console", lambda: self.bench.console() == said)
         self.bench.wait_for("the columns of all servers", lambda: self.bench.columns() == list(SERVERS))
         self.bench.check("the connecting text is gone", self.bench.panel_is_bare_beside_the_columns())
-        self.bench.check("the copy has the document", (self.bench.installation / "offline.txt").read_bytes() == document)
+        copy = (self.bench.installation / "offline.txt").read_bytes()
+        self.bench.check("the copy has the document", copy == document)
         self.judge_logos()
         self.judge_choice()
         self.judge_pictures(unread)
-        self.judge_archive(said)
+        archive_fault = self.launch.faults.get("archive", "")
+        archive = ArchiveJudge(self.bench, self.told)
+        with self.cell("archive"):
+            archive.judge(archive_fault, self.server.address(ARCHIVE, archive_fault), said)
+        self.extraction = archive.extraction
 
     # Pictures
 
@@ -272,8 +250,10 @@ class Judge:
             return False
         self.wait_for_empty(element)
         asked = self.asked(element.path)
-        self.bench.check("it was asked for only where the server could answer",
-                         asked == (fault not in (REFUSED, *REFUSED_CERTIFICATES)))
+        self.bench.check(
+            "it was asked for only where the server could answer",
+            asked == (fault not in (REFUSED, *REFUSED_CERTIFICATES)),
+        )
         return False
 
     def judge_logos(self) -> None:
@@ -349,72 +329,6 @@ class Judge:
             return True
         picture = ROOT / "images" / f"{PLACEHOLDERS[int(element.name[-1]) - 1]}.png"
         return self.bench.screen.shows(self.bench.on_screen(element.place), picture, self.visible_part(element))
-
-    # The archive
-
-    def judge_archive(self, said: str) -> None:
-        fault = self.launch.faults.get("archive", "")
-        with self.cell("archive"):
-            self.bench.click(ACTION_BUTTON)
-            address = self.server.address(ARCHIVE, fault)
-            begun = f"{said}Downloading {address}...\n"
-            self.bench.wait_for("the download on the console", lambda: self.bench.console().startswith(begun))
-            if fault in ENDLESS:
-                self.stays_under_way(fault)
-            else:
-                self.comes_to_an_end(fault, begun)
-
-    def stays_under_way(self, fault: str) -> None:
-        bench = self.bench
-        if fault == DRIP:
-            bench.wait_for("some bytes to be on their way", lambda: self.told.dripped >= 2)
-        else:
-            # The toolkit may keep the last tenth of a second to itself.
-            bench.wait_for("nearly half of the bar", lambda: 0.25 < bench.filled_part() < 0.55)
-        self.watch()
-        bench.wait_for_text(RUNNING + ":", whole=False)
-        bench.wait_for_buttons("download-disabled")
-        part = bench.filled_part()
-        bench.check(f"the bar stands ({part:.0%})", 0.25 < part < 0.55 if fault == STALL else part < 0.05)
-        bench.check("the archive is on its way", bench.archives() == [Path(ARCHIVE).name])
-        bench.check("nothing on standard error", bench.errors() == "")
-        bench.check("nothing is unpacked", bench.versions(SERVER, CLIENT) == [])
-
-    def comes_to_an_end(self, fault: str, begun: str) -> None:
-        bench = self.bench
-        failed = fault in REASONS
-        end = f"{'0' if failed else '1'}/1 files downloaded successfully\n"
-        bench.wait_for("the end on the console", lambda: bench.console().endswith(end), 30)
-        if not failed:
-            # Unpacking blocks the window by design.
-            self.extraction = self.told.sent.get(ARCHIVE, time.monotonic()) - 0.1, time.monotonic()
-        between = bench.console()[len(begun) : -len(end)]
-        if failed:
-            # Progress, if any; then the line end of the bar.
-            bench.check(f"the console has nothing but progress: {between!r}", between.endswith("\n")
-                        and "\n" not in between[:-1])
-            said = bench.errors()
-            bench.check(f"the reason on standard error: {said!r}",
-                        re.fullmatch(r"Failed: .+\n", said) and REASONS[fault] in said)
-            bench.wait_for_text(FAILED)
-            bench.wait_for_version("red")
-            bench.wait_for_buttons("download-disabled")
-            bench.check("no version is there", bench.versions(SERVER, CLIENT) == [])
-        else:
-            bench.check(f"success on the console: {between!r}", between.endswith("\nSucceeded.\n\n"))
-            bench.check("nothing on standard error", bench.errors() == "")
-            # The folder is what counts, whatever the extractor made of the archive.
-            bench.wait_for_text(FINISHED)
-            bench.wait_for_version("green")
-            bench.wait_for_buttons("play")
-            bench.check("the version is there", bench.versions(SERVER, CLIENT) == [VERSION])
-            whole = fault in WHOLE
-            bench.check("all files are those of the archive, or not, as they should",
-                        bench.same_as_archive(SERVER, CLIENT, VERSION) == whole)
-        if fault == NO_LENGTH:
-            bench.check(f"the bar moved without an end in sight: {between!r}", re.search(r"\r\[ +### +\]", between))
-        bench.check("no archive is left", bench.archives() == [])
-        bench.check("the bar is gone", bench.filled_part() == 0)
 
 
 def same_picture(path: Path, original: Path) -> bool:

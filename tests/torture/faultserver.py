@@ -33,6 +33,10 @@ ANSWER_FAULTS = (RESET, STALL, DRIP, NO_LENGTH, LENGTH_TOO_GREAT, LENGTH_TOO_SMA
 CONNECTION_FAULTS = (REFUSED, *REFUSED_CERTIFICATES)
 FAULTS = ANSWER_FAULTS + CONNECTION_FAULTS
 
+# All of it arrives; never ends.
+WHOLE = ("", GOOD, NO_LENGTH, LENGTH_TOO_GREAT)
+ENDLESS = (STALL, DRIP)
+
 PAGE = b"<html><head/><body><p>This is not what you asked for.</p></body></html>\n"
 ELSEWHERE = "/elsewhere"
 

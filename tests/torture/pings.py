@@ -54,8 +54,10 @@ def own_part(waited: float, before: list[Times], processes: list[int]) -> float:
     for the display or for this program, which may have been without a processor in turn.
     """
     spent = [
-        {thread: (ran - old.get(thread, (0, 0))[0], queued - old.get(thread, (0, 0))[1])
-         for thread, (ran, queued) in times(process).items()}
+        {
+            thread: (ran - old.get(thread, (0, 0))[0], queued - old.get(thread, (0, 0))[1])
+            for thread, (ran, queued) in times(process).items()
+        }
         for process, old in zip(processes, before)
     ]
     ran, queued = spent[0].pop(str(processes[0]), (0, 0))
