@@ -48,11 +48,12 @@ run_target() {
   # kept aside for a while, which counts as the target's own.
   export ASAN_OPTIONS=allocator_may_return_null=1:quarantine_size_mb=64
   local failed=0
-  # The seeds and all that was found before, once each; then new ones.
-  "build/fuzz/tests/fuzz/$target" "${options[@]}" -runs=0 "${corpus[@]}" > "$log" 2>&1 || failed=1
+  # The seeds and all that was found before, once each; then new ones. What a target prints itself,
+  # a console line for each input, is not kept.
+  "build/fuzz/tests/fuzz/$target" "${options[@]}" -runs=0 "${corpus[@]}" 2> "$log" > /dev/null || failed=1
   if [ "$failed" -eq 0 ] && [ "$seconds" -gt 0 ]; then
     "build/fuzz/tests/fuzz/$target" "${options[@]}" "-max_total_time=$seconds" \
-      "${corpus[@]}" >> "$log" 2>&1 || failed=1
+      "${corpus[@]}" 2>> "$log" > /dev/null || failed=1
   fi
   local executions
   executions=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | awk '{ sum += $1 } END { print sum + 0 }')
