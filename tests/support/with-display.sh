@@ -9,7 +9,7 @@ if [[ $1 == --window-manager ]]; then
 fi
 manager=
 scratch=$(mktemp -d)
-Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp 3>"$scratch/display" 2>"$scratch/log" &
+Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp -noreset 3>"$scratch/display" 2>"$scratch/log" &
 server=$!
 finish() {
   local pid
