@@ -5,6 +5,9 @@
 #include "window/buildsettings.h"
 
 #include <QApplication>
+#include <QPixmapCache>
+
+#include <algorithm>
 
 QString testform::DIR_OFFLINE;
 QString testform::DIR_SETTINGS;
@@ -17,6 +20,7 @@ testform::testform(QWidget *parent)
     : QMainWindow(parent)
     , ui(new Ui::testform)
 {
+    keepFormPictures();
     ui->setupUi(this);
     assignConstants();
     fillWidgetArrays();
@@ -34,6 +38,14 @@ testform::testform(QWidget *parent)
 testform::~testform()
 {
     delete ui;
+}
+
+// The toolkit keeps 10 MiB of decoded pictures. The form's two largest do not fit together: each
+// widget that is styled anew would push one of them out and have all others decoded again.
+void testform::keepFormPictures()
+{
+    constexpr int enoughForAll = 40 * 1024; // in KiB
+    QPixmapCache::setCacheLimit(std::max(QPixmapCache::cacheLimit(), enoughForAll));
 }
 
 void testform::assignConstants()

@@ -117,6 +117,7 @@ private:
     class DocumentApplier;
 
     // window/: the steps of construction
+    static void keepFormPictures();
     void assignConstants();
     void fillWidgetArrays();
     void resetDownloadDisplay();

@@ -8,7 +8,10 @@
 #include "ui_testform.h"
 #include "window/testform.h"
 
+#include <QDirIterator>
+#include <QImageReader>
 #include <QMetaMethod>
+#include <QPixmapCache>
 #include <QTest>
 #include <QTimer>
 
@@ -25,6 +28,7 @@ private slots:
     void slotTableIsComplete();
     void noConnectByNameWarning();
     void arraysHoldTheWidgetsInOrder();
+    void formPicturesFitIntoTheToolkitsCache();
     void downloadDisplayIsReset();
     void startsHiddenFramelessOnHomeWithTheFirstSlide();
     void fetchIsUnderWayButAnsweredOnlyByTheEventLoop();
@@ -166,6 +170,22 @@ void TestTestform::arraysHoldTheWidgetsInOrder()
         QCOMPARE(nameOf(window.activeSlides[i]), QStringLiteral("slide%1").arg(i + 1));
         QCOMPARE(nameOf(window.passiveSlides[i]), QStringLiteral("slidePassive%1").arg(i + 1));
     }
+}
+
+void TestTestform::formPicturesFitIntoTheToolkitsCache()
+{
+    const ScratchFolder folder;
+    const testform window;
+    qint64 bytes = 0;
+    int pictures = 0;
+    QDirIterator names(QStringLiteral(":/images"), QDir::Files, QDirIterator::Subdirectories);
+    while (names.hasNext()) {
+        const QSize size = QImageReader(names.next()).size();
+        bytes += qint64(size.width()) * size.height() * 4;
+        ++pictures;
+    }
+    QVERIFY(pictures > 30);
+    QVERIFY2(bytes / 1024 < QPixmapCache::cacheLimit(), qPrintable(QString::number(bytes / 1024)));
 }
 
 void TestTestform::downloadDisplayIsReset()
