@@ -12,6 +12,7 @@ public:
     {
     }
 
+    bool wantsElements() const override { return true; }
     void elementWritten(const DocumentElement &element) override
     {
         m_element = element;

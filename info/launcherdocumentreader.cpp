@@ -96,7 +96,9 @@ private:
     {
         const QString name = m_xml.name().toString();
         m_handler.elementStarted(name);
-        m_handler.elementWritten(elementHere());
+        if (m_handler.wantsElements()) {
+            m_handler.elementWritten(elementHere());
+        }
         if (name == QLatin1String("launcher")) {
             m_handler.launcherVersion(attribute(m_xml.attributes(), "version").toInt());
             return true;

@@ -67,7 +67,9 @@ public:
 
     // What an operator wants to know beyond what a player sees; the window does not ask.
 
-    // Every start element that is read, before anything else is said of it.
+    // Every start element that is read, before anything else is said of it; only for handlers that
+    // want it, since finding an element's place costs about as much as reading it.
+    virtual bool wantsElements() const { return false; }
     virtual void elementWritten(const DocumentElement &) {}
     // A client entry that the code keeps from the player.
     virtual void hiddenClient(const ClientInfo &) {}

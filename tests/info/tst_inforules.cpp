@@ -70,6 +70,7 @@ public:
         : m_withTheRest(withTheRest)
     {
     }
+    bool wantsElements() const override { return true; }
     void elementWritten(const DocumentElement &element) override { note("at", element); }
     void hiddenClient(const ClientInfo &info) override
     {
@@ -218,6 +219,7 @@ private slots:
 
     void elementsAreToldWithTheirPlaces_data();
     void elementsAreToldWithTheirPlaces();
+    void elementsAreToldToThoseWhoWantThemOnly();
     void theRestIsToldWithoutBeingRead_data();
     void theRestIsToldWithoutBeingRead();
 
@@ -814,6 +816,21 @@ void TestInfoRules::everyCutKeepsWhatCameBefore()
     }
     // Only the root's end is missing at last, and nothing of the content.
     QCOMPARE(most, whole.size());
+}
+
+// Finding the places costs about as much as the rest of the reading.
+void TestInfoRules::elementsAreToldToThoseWhoWantThemOnly()
+{
+    class Unasked : public Notes
+    {
+    public:
+        void elementWritten(const DocumentElement &element) override { written << element.name; }
+        QStringList written;
+    };
+    Unasked notes;
+    readLauncherDocument(QStringLiteral("<launcher><client/></launcher>"), {}, notes);
+    QVERIFY(notes.lines.contains(QStringLiteral("element client")));
+    QCOMPARE(notes.written, QStringList());
 }
 
 void TestInfoRules::elementsAreToldWithTheirPlaces_data()
