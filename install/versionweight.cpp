@@ -1,6 +1,6 @@
 #include "install/versionweight.h"
 
-#include <QVector>
+#include <QStringRef>
 
 #include <cstring>
 
@@ -16,15 +16,35 @@ qint32 fromBits(quint32 bits)
     return value;
 }
 
+// The part as an integer, 0 when it is none. The toolkit's own reading is slow, and a folder may
+// hold many names; what is not plain digits is left to it.
+qint32 numberOf(const QStringRef &part)
+{
+    constexpr int alwaysFit = 9;
+    if (part.size() > alwaysFit) {
+        return part.toInt();
+    }
+    qint32 number = 0;
+    for (const QChar character : part) {
+        if (character < QLatin1Char('0') || character > QLatin1Char('9')) {
+            return part.toInt();
+        }
+        number = number * 10 + (character.unicode() - u'0');
+    }
+    return number;
+}
+
 template<typename Number>
 Number sumOfParts(const QString &version)
 {
     Number weight = 0;
     Number partWeight = firstPartWeight;
-    const QVector<QStringRef> parts = version.splitRef(QLatin1Char('.'));
-    for (const QStringRef &part : parts) {
-        weight += partWeight * static_cast<Number>(part.toInt());
-        partWeight /= 100;
+    // Where a part weighs nothing any more, the rest of the name does not matter.
+    for (int begin = 0; begin <= version.size() && partWeight != 0; partWeight /= 100) {
+        const int dot = version.indexOf(QLatin1Char('.'), begin);
+        const int end = dot < 0 ? version.size() : dot;
+        weight += partWeight * static_cast<Number>(numberOf(version.midRef(begin, end - begin)));
+        begin = end + 1;
     }
     return weight;
 }

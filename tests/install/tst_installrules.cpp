@@ -89,6 +89,7 @@ private slots:
 
     void versionWeight_data();
     void versionWeight();
+    void versionPartsAreReadAsTheToolkitReadsNumbers();
     void versionWeightWraps_data();
     void versionWeightWraps();
     void executables();
@@ -188,6 +189,42 @@ void TestInstallRules::versionWeight()
     QFETCH(QString, version);
     QFETCH(qint32, weight);
     QCOMPARE(::versionWeight(version), weight);
+}
+
+void TestInstallRules::versionPartsAreReadAsTheToolkitReadsNumbers()
+{
+    const QStringList parts{
+        {},
+        QStringLiteral("0"),
+        QStringLiteral("7"),
+        QStringLiteral("007"),
+        QStringLiteral("+7"),
+        QStringLiteral("-7"),
+        QStringLiteral("--7"),
+        QStringLiteral(" 7"),
+        QStringLiteral("7 "),
+        QStringLiteral("7 7"),
+        QStringLiteral("7a"),
+        QStringLiteral("a7"),
+        QStringLiteral("0x7"),
+        QStringLiteral("7e1"),
+        QStringLiteral("1,000"),
+        QStringLiteral("/"),
+        QStringLiteral(":"),
+        QString(QChar(0x0667)), // seven, in Arabic
+        QString(QChar(0xFF17)), // seven, in full width
+        QStringLiteral("999999999"),
+        QStringLiteral("1000000000"),
+        QStringLiteral("2147483647"),
+        QStringLiteral("2147483648"),
+        QStringLiteral("-2147483648"),
+        QStringLiteral("0000000000000007"),
+        QStringLiteral("99999999999999999999"),
+    };
+    for (const QString &part : parts) {
+        // The fifth part weighs once.
+        QCOMPARE(::versionWeight(QStringLiteral("0.0.0.0.") + part), part.toInt());
+    }
 }
 
 void TestInstallRules::versionWeightWraps_data()
