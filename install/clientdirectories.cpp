@@ -23,8 +23,11 @@ void makeDirectory(const QString &path)
 QString testform::getParentDir()
 {
     QString parent = selectedClientInfo.server + QLatin1Char('/') + selectedClientInfo.client;
-    makeDirectory(selectedClientInfo.server);
-    makeDirectory(parent);
+    // Asked for at every progress signal: usually both are there.
+    if (!QDir(parent).exists()) {
+        makeDirectory(selectedClientInfo.server);
+        makeDirectory(parent);
+    }
     return parent;
 }
 
