@@ -118,7 +118,7 @@ void ImageDownloader::loadData()
     }
     *px_orig = decoded(fd->downloadedData());
     if (label != nullptr && px != nullptr) {
-        // Shares the pixels. Decoding them again would hold up the window once more.
+        // The same picture, decoded once: neither of the two is ever painted upon.
         *px = *px_orig;
         showOnLabel(*px);
     }

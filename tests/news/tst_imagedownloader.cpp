@@ -168,6 +168,7 @@ private slots:
     void pictureWithoutALabelIsOnlyKept();
     void labelsSizeAtArrivalCounts();
 
+    void pictureIsDecodedOnce();
     void cacheFileIsPng_data();
     void cacheFileIsPng();
     void cacheFileName_data();
@@ -384,6 +385,16 @@ void TestImageDownloader::labelsSizeAtArrivalCounts()
     label.resize(31, 17);
     QVERIFY(loaded.wait(limit));
     QCOMPARE(shownOn(label).size(), QSize(31, 17));
+}
+
+// Decoding a large picture is what keeps the player waiting.
+void TestImageDownloader::pictureIsDecodedOnce()
+{
+    PictureLabel label({20, 10});
+    ImageDownloader downloader(url(busyPicture(5, 5)), &label);
+    QVERIFY(download(downloader));
+    QVERIFY(!downloader.px->isNull());
+    QCOMPARE(downloader.px->cacheKey(), downloader.px_orig->cacheKey());
 }
 
 void TestImageDownloader::cacheFileIsPng_data()
