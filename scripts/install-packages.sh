@@ -2,8 +2,8 @@
 # Installs the Debian packages that a command of this project needs and the
 # machine lacks.
 #
-#   scripts/install-packages.sh GROUP...      groups: build operator test demo fuzz source
-#                                              windows windows-test
+#   scripts/install-packages.sh GROUP...      groups: build operator test demo fuzz bench
+#                                              source windows windows-test
 #
 # Ends with 0 when everything is there, with 1 and a message that names the
 # package when something cannot be had. Other scripts may source this file and
@@ -33,6 +33,10 @@ test_packages=(
 # What the fuzz targets are built by.
 fuzz_packages=(
   clang
+)
+# What the benchmarks are built with, run on and measure against.
+bench_packages=(
+  libcpp-httplib-dev libssl-dev python3 python3-pil xvfb fonts-lato nginx curl unzip binutils
 )
 # What unpacks the distribution's source packages.
 source_packages=(
@@ -107,7 +111,21 @@ install_packages() {
   fi
 
   echo "Installing: ${missing[*]}"
-  as_root apt-get -q -y -o DPkg::Lock::Timeout=120 install --no-install-recommends "${missing[@]}"
+  # Nothing that is installed here is meant to run as a service: where the machine has no policy of
+  # its own, there is one for the meantime that starts none.
+  local policy=/usr/sbin/policy-rc.d own_policy=no status=0
+  if [ ! -e "$policy" ]; then
+    printf '#!/bin/sh\nexit 101\n' | as_root tee "$policy" > /dev/null
+    as_root chmod 755 "$policy"
+    own_policy=yes
+  fi
+  as_root apt-get -q -y -o DPkg::Lock::Timeout=120 install --no-install-recommends "${missing[@]}" || status=$?
+  if [ "$own_policy" = yes ]; then
+    as_root rm -f "$policy"
+  fi
+  if [ "$status" -ne 0 ]; then
+    return "$status"
+  fi
 
   # Asked anew, whatever apt-get said: this is what counts.
   unknown=()
@@ -131,17 +149,18 @@ install_groups() {
       test) packages+=("${test_packages[@]}") ;;
       demo) packages+=("${demo_packages[@]}") ;;
       fuzz) packages+=("${fuzz_packages[@]}") ;;
+      bench) packages+=("${bench_packages[@]}") ;;
       source) packages+=("${source_packages[@]}") ;;
       windows) packages+=("${windows_packages[@]}") ;;
       windows-test) packages+=("${windows_test_packages[@]}") ;;
       *)
-        echo "install-packages.sh: no such group: $group (build, operator, test, demo, fuzz, source, windows, windows-test)" >&2
+        echo "install-packages.sh: no such group: $group (build, operator, test, demo, fuzz, bench, source, windows, windows-test)" >&2
         return 64
         ;;
     esac
   done
   if [ "${#packages[@]}" -eq 0 ]; then
-    echo "usage: scripts/install-packages.sh GROUP...   (build, operator, test, demo, fuzz, source, windows, windows-test)" >&2
+    echo "usage: scripts/install-packages.sh GROUP...   (build, operator, test, demo, fuzz, bench, source, windows, windows-test)" >&2
     return 64
   fi
 

@@ -1,7 +1,7 @@
 // How much a step of the window's rescaling costs beside the bare toolkit calls that it cannot do
-// without. A benchmark, not a test: it prints figures and judges nothing.
+// without: bench_rescale ROUNDS.
 
-#include "info/console.h"
+#include "bench/measuring.h"
 #include "news/imagedownloader.h"
 #include "support/documents.h"
 #include "support/httpserver.h"
@@ -12,7 +12,6 @@
 #include "window/testform.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QTest>
 
 #include <algorithm>
@@ -22,7 +21,6 @@
 namespace
 {
 constexpr int steps = 200;
-constexpr int rounds = 7;
 
 // What one step does to one widget, worked out beforehand.
 struct Call {
@@ -134,16 +132,13 @@ void runBare(QWidget &window, const Step &step)
     window.resize(step.window);
 }
 
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.at(values.size() / 2);
-}
 } // namespace
 
 int main(int argc, char *argv[])
 {
+    Measuring::silenceConsole();
     const QApplication application(argc, argv);
+    const int rounds = QCoreApplication::arguments().at(1).toInt();
     const ScratchFolder folder;
     HttpServer server;
     QStringList elements;
@@ -169,20 +164,20 @@ int main(int argc, char *argv[])
     std::vector<double> ourTimes;
     std::vector<double> bareTimes;
     for (int round = 0; round < rounds; ++round) {
-        qint64 ourTime = 0;
-        qint64 bareTime = 0;
+        double ourTime = 0;
+        double bareTime = 0;
         for (std::size_t i = 0; i < sizes.size(); ++i) {
-            QElapsedTimer timer;
+            double start = 0;
             const auto takeOurs = [&] {
-                timer.start();
+                start = Measuring::threadMilliseconds();
                 ours->customResize(sizes[i].width(), sizes[i].height());
-                ourTime += timer.nsecsElapsed();
+                ourTime += Measuring::threadMilliseconds() - start;
                 QCoreApplication::processEvents();
             };
             const auto takeBare = [&] {
-                timer.start();
+                start = Measuring::threadMilliseconds();
                 runBare(*bare, bareSteps[i]);
-                bareTime += timer.nsecsElapsed();
+                bareTime += Measuring::threadMilliseconds() - start;
                 QCoreApplication::processEvents();
             };
             // Whoever comes second finds the caches warm.
@@ -197,14 +192,10 @@ int main(int argc, char *argv[])
                 qFatal("the two windows went different ways");
             }
         }
-        ourTimes.push_back(static_cast<double>(ourTime) / steps / 1e6);
-        bareTimes.push_back(static_cast<double>(bareTime) / steps / 1e6);
+        ourTimes.push_back(ourTime / steps);
+        bareTimes.push_back(bareTime / steps);
     }
-    const double ourMedian = median(ourTimes);
-    const double bareMedian = median(bareTimes);
-    Console::out(QStringLiteral("rescale: %1 ms a step, bare toolkit calls %2 ms, ratio %3\n")
-                     .arg(ourMedian, 0, 'f', 3)
-                     .arg(bareMedian, 0, 'f', 3)
-                     .arg(ourMedian / bareMedian, 0, 'f', 3));
+    Measuring::report({{QStringLiteral("ours"), Measuring::median(ourTimes)},
+                       {QStringLiteral("bare"), Measuring::median(bareTimes)}});
     return 0;
 }

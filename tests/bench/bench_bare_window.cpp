@@ -1,0 +1,76 @@
+// The yardstick of the launcher's start: the smallest program of the toolkit that shows one window
+// with the launcher's background picture. Tells when that was painted, and ends:
+// bench_bare_window [URL]. With an address it fetches that, tells when it is there, and goes on
+// until it is ended from outside.
+
+#include "bench/measuring.h"
+
+#include <QApplication>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QPainter>
+#include <QPixmap>
+#include <QTimer>
+#include <QWidget>
+
+namespace
+{
+void tell()
+{
+    Measuring::report({{QStringLiteral("at"), Measuring::milliseconds()},
+                       {QStringLiteral("processor"), Measuring::processorMilliseconds()},
+                       {QStringLiteral("peak"), Measuring::memory("VmHWM")},
+                       {QStringLiteral("anonymous"), Measuring::memory("RssAnon")}});
+}
+
+class BareWindow : public QWidget
+{
+public:
+    explicit BareWindow(bool stays)
+        : QWidget(nullptr, Qt::FramelessWindowHint)
+        , m_stays(stays)
+    {
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        painter.drawPixmap(rect(), m_background);
+        if (m_stays) {
+            return;
+        }
+        // In the next turn the picture has reached the screen.
+        QTimer::singleShot(0, this, [] {
+            tell();
+            Measuring::endHere();
+        });
+    }
+
+private:
+    const bool m_stays;
+    const QPixmap m_background{QStringLiteral(":/background.png")};
+};
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    Measuring::silenceConsole();
+    const QApplication application(argc, argv);
+    BareWindow window(argc > 1);
+    window.resize(974, 571);
+    window.show();
+    if (argc > 1) {
+        // Lives as long as the window, as the launcher's do.
+        auto *manager = new QNetworkAccessManager(&window);
+        QNetworkReply *reply =
+            manager->get(QNetworkRequest(QUrl(QCoreApplication::arguments().at(1))));
+        QObject::connect(reply, &QNetworkReply::finished, reply, [reply] {
+            (void)reply->readAll();
+            reply->deleteLater();
+            tell();
+        });
+    }
+    return QApplication::exec();
+}

@@ -1,0 +1,179 @@
+"""Downloading and installing, and how the window feels meanwhile."""
+
+from __future__ import annotations
+
+import json
+import os
+import shutil
+import statistics
+import sys
+import time
+from pathlib import Path
+
+from bench_tools import Ended, Setting, empty_disk_queue, in_turn, run
+from table import Row, at_most, limited, stated
+from web import Web
+from world import MIB, REMEMBERED, client_archive, large_file
+
+GIB = 1024 * MIB
+
+
+def installation(setting: Setting, extractor: str) -> Path:
+    """A folder in which a choice is remembered and nothing is installed."""
+    folder = setting.folder("installation")
+    (folder / "settings.txt").write_text(REMEMBERED, encoding="ascii")
+    (folder / "unzip.exe").symlink_to(extractor)
+    return folder
+
+
+def download(setting: Setting, url: str, size: int, until: str = "download",
+             environment: dict[str, str] | None = None) -> tuple[dict[str, float], dict]:
+    """The player's click and what follows, up to the moment at which the archive is complete."""
+    folder = installation(setting, setting.program("stamp"))
+    empty_disk_queue()
+    result = run([setting.program("bench_window"), url, until], folder, environment).result
+    stamp = json.loads((folder / "stamp.json").read_text(encoding="utf-8"))
+    if stamp["bytes"] != size:
+        sys.exit(f"{stamp['bytes']} bytes arrived instead of {size}")
+    return {"wall": stamp["at"] - result["clicked"],
+            "processor": stamp["processor"] - result["processorBefore"],
+            "growth": (result["peak"] - result["before"]) / 1024,
+            "peak": result["peak"] / 1024}, {**result, "stamp": stamp}
+
+
+def curl(setting: Setting, address: str, size: int) -> Ended:
+    folder = setting.folder("fetched")
+    empty_disk_queue()
+    ended = run(["curl", "-s", "-f", "-o", "client.zip", address], folder, prints_result=False)
+    if (folder / "client.zip").stat().st_size != size:
+        sys.exit("curl fetched a part only")
+    (folder / "client.zip").unlink()
+    return ended
+
+
+def downloads(setting: Setting, web: Web) -> list[Row]:
+    size = GIB // 8 if setting.quick else GIB
+    small, large = 64 * MIB, size * 4
+    large_file(web.root / "plain.zip", size)
+    large_file(web.root / "small.zip", small)
+    large_file(web.root / "large.zip", large)
+
+    def fetch() -> dict[str, float]:
+        ended = curl(setting, web.url + "plain.zip", size)
+        return {"wall": ended.wall, "processor": ended.processor}
+
+    ours, bare = in_turn(setting.rounds, lambda: download(setting, web.url + "plain/", size)[0], fetch)
+    few, many = in_turn(3, lambda: download(setting, web.url + "small/", small)[0],
+                        lambda: download(setting, web.url + "large/", large)[0])
+    (web.root / "large.zip").unlink()
+    shutil.rmtree(setting.scratch / "installation")
+    what = f"download: {size // MIB:,} MiB"
+    spread = max(few["growth"], many["growth"], ours["growth"]) - min(few["growth"], many["growth"], ours["growth"])
+    return [
+        at_most(f"{what}, time", "ms", ours["wall"], bare["wall"], 0.7),
+        at_most(f"{what}, processor time", "ms", ours["processor"], bare["processor"], 0.7),
+        limited(f"{what}, peak memory grows by", "MiB", ours["growth"], 16),
+        limited(f"download: {small // MIB:,} MiB, peak memory grows by", "MiB", few["growth"], 16),
+        limited(f"download: {large // MIB:,} MiB, peak memory grows by", "MiB", many["growth"], 16,
+                f"peak {many['peak']:.0f} MiB with the whole window"),
+        # A few buffers more or less at the moment of the peak are no growth with the size.
+        limited("download: difference between these three", "MiB", spread, 2),
+    ]
+
+
+def slow_disk(setting: Setting, web: Web) -> list[Row]:
+    size = 64 * MIB if setting.quick else 256 * MIB
+    large_file(web.root / "plain.zip", GIB // 8 if setting.quick else GIB)
+    name = "small" if setting.quick else "slow"
+    large_file(web.root / f"{name}.zip", size)
+    rate = 64 * MIB
+    if name == "slow":
+        text = (web.root / "small" / "launcher.xml").read_text(encoding="utf-8")
+        (web.root / "large" / "launcher.xml").write_text(text.replace("small.zip", "slow.zip"), encoding="utf-8")
+    slow = {"LD_PRELOAD": setting.program("slow_disk.so"), "SLOW_DISK_BYTES_PER_SECOND": str(rate)}
+
+    def plain() -> dict[str, float]:
+        folder = setting.folder("fetched")
+        ended = run([setting.program("plain_download"), f"{web.url}{name}.zip", "client.zip"], folder, slow)
+        if ended.result["bytes"] != size:
+            sys.exit("the plain way fetched a part only")
+        return {"growth": (ended.result["peak"] - ended.result["before"]) / 1024}
+
+    document = "small/" if setting.quick else "large/"
+    ours, bare = in_turn(3, lambda: download(setting, web.url + document, size, environment=slow)[0], plain)
+    seconds = ours["wall"] / 1000
+    if seconds < 0.9 * size / rate:
+        sys.exit("the disk was not slow")
+    row = limited(f"slow disk: {size // MIB} MiB at {rate // MIB} MiB/s, peak memory grows by", "MiB",
+                  ours["growth"], 16, f"took {seconds:.1f} s; the yardstick takes all that arrives into memory")
+    row.yardstick = bare["growth"]
+    return [row]
+
+
+def install(setting: Setting, web: Web) -> list[Row]:
+    size, files = (64 * MIB, 500) if setting.quick else (GIB, 5000)
+    client_archive(web.root / "client.zip", size, files)
+    extractor = shutil.which("unzip")
+    if extractor is None:
+        sys.exit("there is no unzip")
+
+    def count(folder: Path) -> int:
+        return sum(len(names) for _, _, names in os.walk(folder))
+
+    def ours() -> dict[str, float]:
+        folder = installation(setting, extractor)
+        empty_disk_queue()
+        result = run([setting.program("bench_window"), web.url, "download"], folder).result
+        client = folder / "Cinderfall" / "Official" / "2.1.4"
+        if count(client) != files or list(folder.glob("*.zip")):
+            sys.exit(f"the installation failed: {result['text']}")
+        return {"wall": result["ended"] - result["clicked"]}
+
+    def one_after_the_other() -> dict[str, float]:
+        folder = setting.folder("fetched")
+        empty_disk_queue()
+        begin = time.monotonic()
+        run(["curl", "-s", "-f", "-o", "client.zip", web.url + "client.zip"], folder, prints_result=False)
+        run(["unzip", folder / "client.zip", "-d", folder / "client"], folder, prints_result=False)
+        wall = (time.monotonic() - begin) * 1000
+        if count(folder / "client") != files:
+            sys.exit("unzip left files out")
+        return {"wall": wall}
+
+    launcher, tools = in_turn(setting.rounds, ours, one_after_the_other)
+    shutil.rmtree(setting.scratch / "installation")
+    shutil.rmtree(setting.scratch / "fetched")
+    archive = (web.root / "client.zip").stat().st_size
+    return [at_most(f"install: {size // MIB:,} MiB in {files:,} files", "ms", launcher["wall"], tools["wall"], 1.0,
+                    f"the archive has {archive // MIB} MiB")]
+
+
+def percentile(values: list[float], part: float) -> float:
+    ordered = sorted(values)
+    return ordered[min(len(ordered) - 1, int(len(ordered) * part))]
+
+
+def responsiveness(setting: Setting, web: Web) -> list[Row]:
+    size = GIB // 8 if setting.quick else GIB
+    large_file(web.root / "plain.zip", size)
+    gaps: list[float] = []
+    work: list[float] = []
+    pictures = 0
+    longest = []
+    for _ in range(setting.rounds):
+        _, result = download(setting, web.url + "plain/", size, "busy")
+        turns = result["turns"]
+        extraction = result["stamp"]["at"]
+        # Unpacking blocks by design: the gap that it lies in is left out.
+        kept = [place for place in range(1, len(turns)) if not turns[place - 1] <= extraction <= turns[place]]
+        own = [turns[place] - turns[place - 1] for place in kept]
+        gaps += own
+        work += [result["work"][place] - result["work"][place - 1] for place in kept]
+        longest.append(max(own))
+        pictures = result["pictures"]
+    return [limited("responsiveness: gap between two turns, 99.9th percentile", "ms", percentile(gaps, 0.999), 16,
+                    f"{len(gaps):,} gaps in {setting.rounds} downloads, {pictures} pictures arriving meanwhile; "
+                    f"work of the window's thread in a gap: {percentile(work, 0.999):.1f} ms"),
+            stated("responsiveness: longest gap, median of the downloads", "ms", statistics.median(longest),
+                   note=f"99th percentile {percentile(gaps, 0.99):.1f} ms; "
+                        f"most work in a gap {max(work):.1f} ms")]
