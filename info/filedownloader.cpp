@@ -24,5 +24,8 @@ void FileDownloader::fileDownloaded(QNetworkReply *pReply)
     // foreign body, so every outcome ends in the same signal.
     m_DownloadedData = pReply->readAll();
     pReply->deleteLater();
+    // Whoever asked keeps this object as long as the window is open. There is nothing more to
+    // fetch, so the connection and the toolkit's thread behind it need not stay that long.
+    m_WebCtrl.clearConnectionCache();
     emit downloaded();
 }

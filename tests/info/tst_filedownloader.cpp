@@ -1,4 +1,5 @@
 #include "info/filedownloader.h"
+#include "support/holdings.h"
 #include "support/httpserver.h"
 #include "support/testsettings.h"
 
@@ -6,6 +7,9 @@
 #include <QPointer>
 #include <QSignalSpy>
 #include <QTest>
+
+#include <memory>
+#include <vector>
 
 namespace
 {
@@ -37,6 +41,7 @@ private slots:
     void twoRunIndependentlyAndEndInTheirOwnOrder();
     void replyIsDeletedAfterTheSignal();
     void goesWithItsParentInMidFetch();
+    void endedFetchHoldsNoThread();
 };
 
 void TestFileDownloader::bodyArrives_data()
@@ -198,6 +203,27 @@ void TestFileDownloader::goesWithItsParentInMidFetch()
     server.release(QStringLiteral("slow"));
     QVERIFY(oneMoreFetch(server));
     QCOMPARE(signalCount, 0);
+}
+
+void TestFileDownloader::endedFetchHoldsNoThread()
+{
+    HttpServer server;
+    // Whatever the toolkit starts once.
+    QVERIFY(oneMoreFetch(server));
+    const int threads = Holdings::threads();
+    const int descriptors = Holdings::descriptors();
+    server.serve(QStringLiteral("document"), "text");
+    std::vector<std::unique_ptr<FileDownloader>> fetches;
+    int ended = 0;
+    for (int i = 0; i < 10; ++i) {
+        const QString host = i % 2 == 0 ? server.url() : QLatin1String(TestSettings::nobodyListens);
+        fetches.push_back(
+            std::make_unique<FileDownloader>(QUrl(host + QStringLiteral("document"))));
+        connect(fetches.back().get(), &FileDownloader::downloaded, this, [&ended] { ++ended; });
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(ended, 10, limit);
+    QTRY_VERIFY_WITH_TIMEOUT(Holdings::threads() <= threads, limit);
+    QTRY_VERIFY_WITH_TIMEOUT(Holdings::descriptors() <= descriptors, limit);
 }
 
 QTEST_GUILESS_MAIN(TestFileDownloader)
