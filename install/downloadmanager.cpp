@@ -80,6 +80,9 @@ void DownloadManager::startNextDownload()
         Console::out(QStringLiteral("%1/%2 files downloaded successfully\n")
                          .arg(downloadedCount)
                          .arg(totalCount));
+        // This object stays until the window closes. The connection and the toolkit's thread behind
+        // it need not: a player who clicks again gets another manager.
+        manager.clearConnectionCache();
         emit finished();
         return;
     }

@@ -2,6 +2,7 @@
 #include "progressdue.h"
 #include "support/archives.h"
 #include "support/consolecapture.h"
+#include "support/holdings.h"
 #include "support/httpserver.h"
 #include "support/links.h"
 #include "support/scratchfolder.h"
@@ -18,6 +19,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <vector>
 
 #ifdef Q_OS_LINUX
 #include <csignal>
@@ -159,6 +161,7 @@ private slots:
     void emptyListFinishesLater();
     void listOfEncodedAddresses();
     void idleManagerCanBeUsedAgain();
+    void idleManagerHoldsNoThread();
 
     void fullDisk_data();
     void fullDisk();
@@ -934,6 +937,30 @@ void TestDownloadManager::idleManagerCanBeUsedAgain()
     QCOMPARE(server.requests(text("a.zip")), 2);
     QCOMPARE(manager.downloadedCount, 2);
     QCOMPARE(manager.totalCount, 2);
+}
+
+void TestDownloadManager::idleManagerHoldsNoThread()
+{
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serve(text("client.zip"), "first");
+    Archives::provideExtractorScript("exit 0");
+    const auto download = [&server](DownloadManager &manager, const char *path) {
+        manager.append(QUrl(server.url(text(path))));
+        return runToTheEnd(manager);
+    };
+    DownloadManager first(nullptr, text("1.0"), text("Alpha/Official"));
+    QVERIFY(download(first, "client.zip"));
+    const int threads = Holdings::threads();
+    const int descriptors = Holdings::descriptors();
+    std::vector<std::unique_ptr<DownloadManager>> managers;
+    for (const char *path : {"client.zip", "missing.zip", "client.zip", "missing.zip"}) {
+        managers.push_back(
+            std::make_unique<DownloadManager>(nullptr, text("1.0"), text("Alpha/Official")));
+        QVERIFY(download(*managers.back(), path));
+    }
+    QTRY_VERIFY(Holdings::threads() <= threads);
+    QTRY_VERIFY(Holdings::descriptors() <= descriptors);
 }
 
 void TestDownloadManager::fullDisk_data()
