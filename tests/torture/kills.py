@@ -12,7 +12,6 @@ One line per kill, one per kind of moment, and at the end "N passed, N failed".
 from __future__ import annotations
 
 import argparse
-import hashlib
 import os
 import random
 import shutil
@@ -35,6 +34,7 @@ from drive import (  # noqa: E402  (the demo's folder has to be known first)
     client_button,
     ended,
 )
+from neighbour import Neighbour  # noqa: E402
 from platforms import Native  # noqa: E402
 from scene import exit_on_terminate, say  # noqa: E402
 
@@ -46,34 +46,15 @@ FORGOTTEN = "||false|"
 BYTES_PER_SECOND = 6_000_000
 
 
-def checksum(folder: Path) -> str:
-    """Of all names and contents in a folder."""
-    digest = hashlib.sha256()
-    for path in sorted(folder.rglob("*")):
-        digest.update(os.fsencode(path.relative_to(folder)) + b"\0")
-        if path.is_file():
-            digest.update(path.read_bytes())
-    return digest.hexdigest()
-
-
 class Torture(Road):
     def __init__(self, platform: Native, base_url: str, scratch: Path, seed: int):
         super().__init__(platform, base_url, scratch / "pictures", scratch / "road")
         self.random = random.Random(seed)
 
     def prepare(self) -> None:
-        self.neighbour = self.scratch / "neighbour"
-        (self.neighbour / "deep").mkdir(parents=True)
-        (self.neighbour / "letter.txt").write_text("precious\n", encoding="ascii")
-        (self.neighbour / "deep" / "client.zip").write_bytes(b"mine" * 1000)
-        self.untouched = checksum(self.neighbour)
-        self.names_beside = self.names()
+        self.beside = Neighbour(self.scratch)
         self.world.stop()
         self.world.start(BYTES_PER_SECOND)
-
-    def names(self) -> set[str]:
-        """What lies beside the installation folder, but for this torture's own logs."""
-        return {path.name for path in self.scratch.iterdir() if not path.name.startswith("launcher-")}
 
     def installed(self) -> Path:
         return self.installation / SERVER / CLIENT / VERSION
@@ -165,8 +146,7 @@ class Torture(Road):
     # What has to hold afterwards
 
     def look(self) -> None:
-        self.check("nothing beside the installation folder changed", checksum(self.neighbour) == self.untouched)
-        self.check("nothing new lies beside it", self.names() == self.names_beside)
+        self.check("nothing beside the installation folder changed", self.beside.is_unchanged())
         # Before the start: a launcher that applies a remembered choice writes it anew.
         settings = self.settings()
         self.start_launcher()
