@@ -1,20 +1,12 @@
+#include "nativewindowtest.h"
 #include "support/pointer.h"
-#include "support/scratchfolder.h"
-#include "support/windowdriver.h"
-#include "ui_testform.h"
-#include "window/testform.h"
-
-#include <QTest>
-#include <qt_windows.h>
 
 // The window's own borders as Windows asks for them, by messages to the real window handle.
-class TestNativeChrome : public QObject
+class TestNativeChrome : public NativeWindowTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
     void hitTest_data();
     void hitTest();
     void hitTestLeftOfAndAboveTheFirstMonitor_data();
@@ -30,12 +22,7 @@ private slots:
     void otherMessagesAreLeftToTheSystem();
 
 private:
-    HWND handle() const { return reinterpret_cast<HWND>(m_window->winId()); }
-    RECT frame() const;
     LRESULT ask(int x, int y) const;
-
-    std::unique_ptr<ScratchFolder> m_folder;
-    std::unique_ptr<testform> m_window;
 };
 
 namespace
@@ -43,29 +30,6 @@ namespace
 // Not between -2 and 17: what Windows answers by itself when the window does not.
 constexpr LRESULT client = HTCLIENT;
 } // namespace
-
-void TestNativeChrome::init()
-{
-    m_folder = std::make_unique<ScratchFolder>();
-    m_window = std::make_unique<testform>();
-    m_window->ui->serverButtonsGroup->hide();
-    QVERIFY(WindowDriver::show(*m_window));
-    m_window->move(200, 150);
-    QTRY_COMPARE(m_window->pos(), QPoint(200, 150));
-}
-
-void TestNativeChrome::cleanup()
-{
-    m_window.reset();
-    m_folder.reset();
-}
-
-RECT TestNativeChrome::frame() const
-{
-    RECT frame{};
-    GetWindowRect(handle(), &frame);
-    return frame;
-}
 
 // The answer for a point of the screen.
 LRESULT TestNativeChrome::ask(int x, int y) const

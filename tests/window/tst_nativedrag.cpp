@@ -1,32 +1,17 @@
-#include "support/scratchfolder.h"
-#include "support/windowdriver.h"
-#include "ui_testform.h"
-#include "window/testform.h"
-
-#include <QTest>
-#include <qt_windows.h>
+#include "nativewindowtest.h"
 
 #include <atomic>
 #include <thread>
 
 // The window's borders and its caption, dragged by a pointer that Windows itself moves.
-class TestNativeDrag : public QObject
+class TestNativeDrag : public NativeWindowTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
     void bordersCanBeDragged_data();
     void bordersCanBeDragged();
     void captionCanBeDragged();
-
-private:
-    HWND handle() const { return reinterpret_cast<HWND>(m_window->winId()); }
-    RECT frame() const;
-
-    std::unique_ptr<ScratchFolder> m_folder;
-    std::unique_ptr<testform> m_window;
 };
 
 namespace
@@ -97,29 +82,6 @@ private:
     std::thread m_thread;
 };
 } // namespace
-
-void TestNativeDrag::init()
-{
-    m_folder = std::make_unique<ScratchFolder>();
-    m_window = std::make_unique<testform>();
-    m_window->ui->serverButtonsGroup->hide();
-    QVERIFY(WindowDriver::show(*m_window));
-    m_window->move(200, 150);
-    QTRY_COMPARE(m_window->pos(), QPoint(200, 150));
-}
-
-void TestNativeDrag::cleanup()
-{
-    m_window.reset();
-    m_folder.reset();
-}
-
-RECT TestNativeDrag::frame() const
-{
-    RECT frame{};
-    GetWindowRect(handle(), &frame);
-    return frame;
-}
 
 void TestNativeDrag::bordersCanBeDragged_data()
 {

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "support/scratchfolder.h"
+#include "support/windowdriver.h"
+#include "ui_testform.h"
+#include "window/testform.h"
+
+#include <QTest>
+#include <qt_windows.h>
+
+#include <memory>
+
+// For tests of the window as Windows knows it: each test function has a window of its own, shown
+// away from the screen's corner, with nothing above its background.
+class NativeWindowTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_folder = std::make_unique<ScratchFolder>();
+        m_window = std::make_unique<testform>();
+        m_window->ui->serverButtonsGroup->hide();
+        QVERIFY(WindowDriver::show(*m_window));
+        m_window->move(200, 150);
+        QTRY_COMPARE(m_window->pos(), QPoint(200, 150));
+    }
+    void cleanup()
+    {
+        m_window.reset();
+        m_folder.reset();
+    }
+
+protected:
+    HWND handle() const { return reinterpret_cast<HWND>(m_window->winId()); }
+    // On the screen, in pixels.
+    RECT frame() const
+    {
+        RECT frame{};
+        GetWindowRect(handle(), &frame);
+        return frame;
+    }
+
+    std::unique_ptr<ScratchFolder> m_folder;
+    std::unique_ptr<testform> m_window;
+};
