@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <ctime>
 #include <iterator>
+#include <typeinfo>
 
 namespace
 {
@@ -170,10 +171,12 @@ public:
 
     bool eventFilter(QObject *receiver, QEvent *event) override
     {
-        const QByteArray kind(receiver->metaObject()->className());
+        // Not every class has a name of its own in its meta-object.
+        const QByteArray kind(typeid(*receiver).name());
         // The toolkit looks every ten seconds whether there is a network, and tells every network
-        // manager; and every half minute it throws unused pixmaps away.
-        if (kind == "QNetworkConfigurationManager" || kind == "QPMCache") {
+        // manager. From time to time it throws unused pixmaps and fonts away.
+        if (kind.contains("QNetworkConfigurationManager") || kind.contains("QPMCache") ||
+            kind.contains("QFontCache")) {
             ++eventsOfTheToolkit;
         } else if (receiver != &m_end) {
             events << QStringLiteral("%1 %2: event %3")
@@ -282,12 +285,17 @@ void TestLongLife::downloadsLeaveOneManagerEach()
     const int descriptors = Holdings::descriptors();
     const int threads = Holdings::threads();
     const int objects = world.objects();
+    // Wine starts its own services as children of the first program.
+    const int children = Holdings::children();
+#ifndef Q_OS_WIN
+    QCOMPARE(children, 0);
+#endif
     qint64 heap = 0;
     for (int done = 1; done <= downloads; ++done) {
         QCOMPARE(world.download(), text("Download finished: version 2.1"));
         QVERIFY(world.gameIsThere());
         QCOMPARE(InstallWorld::archives(), QStringList());
-        QVERIFY(!Holdings::hasChildren());
+        QCOMPARE(Holdings::children(), children);
         // The manager of the click, and the extractor's process below it.
         QCOMPARE(world.objects(), objects + 2 * done);
         QCOMPARE(world.window->findChildren<DownloadManager *>().size(), done);
@@ -351,9 +359,11 @@ void TestLongLife::idleWindowSleeps()
           static_cast<long long>(watch.microseconds), watch.awake);
     QCOMPARE(watch.events.join(text("; ")), QString());
     QCOMPARE(runningTimers(*world.window), QStringList());
-    // The watch's own timer, and the turn in which the toolkit finds out that nothing is to be
-    // done.
-    QVERIFY2(watch.awake <= 3 + watch.eventsOfTheToolkit, qPrintable(QString::number(watch.awake)));
+#ifdef Q_OS_LINUX
+    // The watch's own timer, and turns in which the toolkit finds out that nothing is to be done.
+    // On Windows messages of the system that come to nothing are more than that.
+    QVERIFY2(watch.awake <= 5 + watch.eventsOfTheToolkit, qPrintable(QString::number(watch.awake)));
+#endif
 }
 
 QTEST_MAIN(TestLongLife)

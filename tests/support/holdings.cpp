@@ -66,15 +66,15 @@ int Holdings::threads()
     return count;
 }
 
-bool Holdings::hasChildren()
+int Holdings::children()
 {
-    bool found = false;
+    int count = 0;
     forEach<PROCESSENTRY32W>(TH32CS_SNAPPROCESS, Process32FirstW, Process32NextW,
-                             [&found](const PROCESSENTRY32W &process) {
-                                 found =
-                                     found || process.th32ParentProcessID == GetCurrentProcessId();
+                             [&count](const PROCESSENTRY32W &process) {
+                                 count +=
+                                     process.th32ParentProcessID == GetCurrentProcessId() ? 1 : 0;
                              });
-    return found;
+    return count;
 }
 #else
 qint64 Holdings::heap()
@@ -99,9 +99,10 @@ int Holdings::threads()
     return folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot).size();
 }
 
-bool Holdings::hasChildren()
+int Holdings::children()
 {
     siginfo_t child{};
-    return waitid(P_ALL, 0, &child, WEXITED | WNOHANG | WNOWAIT) == 0 || errno != ECHILD;
+    const bool none = waitid(P_ALL, 0, &child, WEXITED | WNOHANG | WNOWAIT) != 0 && errno == ECHILD;
+    return none ? 0 : 1;
 }
 #endif

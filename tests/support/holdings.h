@@ -8,9 +8,10 @@ namespace Holdings
 // Bytes in use on the heap, large blocks included. -1 under a sanitizer: its heap keeps what was
 // freed.
 qint64 heap();
-// Descriptors: files, sockets, pipes; on Windows all handles.
+// Descriptors: files, sockets, pipes; on Windows all handles. Wine counts none.
 int descriptors();
 int threads();
-// Whether there is a child process, be it one that ended and was never asked how.
-bool hasChildren();
+// Child processes; outside Windows 1 stands for any number, and those that ended and were never
+// asked how are among them.
+int children();
 } // namespace Holdings
