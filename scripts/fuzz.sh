@@ -43,7 +43,7 @@ run_target() {
   )
   [ ! -f "tests/fuzz/$name.dict" ] || options+=("-dict=tests/fuzz/$name.dict")
   # What lives until the window closes by design is a leak to nobody.
-  export LSAN_OPTIONS="suppressions=$PWD/tests/support/leaks.supp:print_suppressions=0"
+  export LSAN_OPTIONS="suppressions='$PWD/tests/support/leaks.supp':print_suppressions=0"
   # An allocation that cannot be had is answered as it is to a player: by nothing. Freed memory is
   # kept aside for a while, which counts as the target's own.
   export ASAN_OPTIONS=allocator_may_return_null=1:quarantine_size_mb=64

@@ -187,6 +187,7 @@ private slots:
     void reasonableSize();
     void sizeThatIsNotTold();
     void sizeThatTheFrameHides();
+    void iconThatAsksForMore();
     void noPicture_data();
     void noPicture();
     void brokenPicture_data();
@@ -655,6 +656,28 @@ void TestImageDownloader::sizeThatTheFrameHides()
     smaller[9] = 1; // 2631 x 319
     QVERIFY(isPictureOfReasonableSize(smaller));
     QVERIFY(isPictureOfReasonableSize(bytes.left(9)));
+}
+
+// An icon file whose entry claims to have a gigabyte.
+void TestImageDownloader::iconThatAsksForMore()
+{
+    QImage picture(16, 16, QImage::Format_ARGB32);
+    picture.fill(Qt::red);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    QVERIFY(buffer.open(QIODevice::WriteOnly));
+    QVERIFY(picture.save(&buffer, "ICO"));
+    QVERIFY(isPictureOfReasonableSize(bytes));
+    constexpr int highestByteOfSize = 6 + 11;
+    QByteArray greedy = bytes;
+    greedy[highestByteOfSize] = 0x40;
+    QVERIFY(!isPictureOfReasonableSize(greedy));
+    QByteArray ofCursors = greedy;
+    ofCursors[2] = 2;
+    QVERIFY(!isPictureOfReasonableSize(ofCursors));
+    QByteArray withoutEntries = bytes.left(6);
+    QVERIFY(!isPictureOfReasonableSize(withoutEntries));
+    QVERIFY(isPictureOfReasonableSize(bytes.left(5)));
 }
 
 void TestImageDownloader::noPicture_data()
