@@ -135,15 +135,16 @@ void ImageDownloader::saveBuffer() const
 
 void ImageDownloader::writeCacheFileInPool(const QString &fileName, const QImage &picture)
 {
-    // One at a time: with a thread for each they would leave the window no processor.
+    // One at a time: with a thread for each they would leave the window no processor. It is the
+    // turn that is locked; picture and name are this call's own.
     static QMutex turn;
     const RoomInPool room;
     const QMutexLocker locker(&turn);
     writeCacheFile(fileName, picture);
 }
 
-// The file is written in place and without a lock: two fetches of one picture in quick succession
-// may write it at the same time, and the next start fetches it anew anyway.
+// The file is written in place, and no lock guards it: whoever calls saveBuffer() may write it at
+// the same time as the pool does, and the next start fetches it anew anyway.
 void ImageDownloader::writeCacheFile(const QString &fileName, const QImage &picture)
 {
     // The name may come from the document (a server's name): it must not reach a picture of the

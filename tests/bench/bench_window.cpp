@@ -10,13 +10,13 @@
 //
 // With a file, its pictures take the place of the launcher's own.
 
-#include "bench/benchsettings.h"
 #include "bench/measuring.h"
 #include "info/filedownloader.h"
 #include "info/serverbutton.h"
 #include "info/serverpanel.h"
 #include "install/downloadmanager.h"
 #include "news/imagedownloader.h"
+#include "support/testsettings.h"
 #include "ui_testform.h"
 #include "window/testform.h"
 
@@ -236,7 +236,7 @@ int main(int argc, char *argv[])
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/clienticon.ico")));
 
     const QStringList arguments = QCoreApplication::arguments();
-    BenchSettings::setBaseUrl(arguments.at(1));
+    TestSettings::setBaseUrl(arguments.at(1));
     testform window;
     const Watch watch(window, arguments.at(2));
     window.show();

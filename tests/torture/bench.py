@@ -50,7 +50,8 @@ ASKED = 0.5
 # Of 255: the same letters by two hands lie 29 apart, with a wrong digit 43 or more.
 SAME_LETTERS = 36
 
-# Remarks about style sheets that are kept as they are, and about pictures that are none.
+# Remarks about style sheets that are kept as they are, and about pictures that are none; all in the
+# words of the toolkit and its libraries.
 EXPECTED_WARNINGS = (
     "QString::arg: Argument missing",
     "Could not parse stylesheet of object QPushButton",
@@ -132,6 +133,11 @@ class Bench(Road):
 
     def console(self) -> str:
         return self.log("stdout")
+
+    def published(self) -> dict[str, bytes]:
+        """Every file of the demo world by its path on the server."""
+        folder = self.world.folder
+        return {f"/{path.relative_to(folder)}": path.read_bytes() for path in folder.rglob("*") if path.is_file()}
 
     def errors(self) -> str:
         """Standard error without what the toolkit and its libraries say."""

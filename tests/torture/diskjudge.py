@@ -25,11 +25,7 @@ class DiskJudge:
     def __init__(self, bench: Bench, server: FaultServer):
         self.bench = bench
         self.server = server
-        self.contents = {
-            f"/{path.relative_to(bench.world.folder)}": path.read_bytes()
-            for path in bench.world.folder.rglob("*")
-            if path.is_file()
-        }
+        self.contents = bench.published()
         self.original = self.contents[ARCHIVE]
         self.folder = bench.installation
         self.version = self.folder / SERVER / CLIENT / VERSION

@@ -57,11 +57,7 @@ class Judge:
     def __init__(self, bench: Bench, server: FaultServer):
         self.bench = bench
         self.server = server
-        self.contents = {
-            f"/{path.relative_to(bench.world.folder)}": path.read_bytes()
-            for path in bench.world.folder.rglob("*")
-            if path.is_file()
-        }
+        self.contents = bench.published()
         self.launch = Launch()
         self.told = Told()
         self.verdicts: dict[str, str] = {}
