@@ -26,11 +26,19 @@ render() {  # source, output, zoom
     rendered+=("$2")
 }
 
-# The launcher: at twice the design size.
+# The launcher: at twice the design size, so that a full screen is sharp. Every start decodes all
+# pictures of the form, seen or not, and pays for each pixel: the tiles' placeholders, which news
+# replace, and the dark picture under the panel are content with less.
+zoom() {  # name
+    case "$1" in
+        newsBig | newsMedium* | newsSmall* | servers_nobutton_dark) echo 1 ;;
+        *) echo 2 ;;
+    esac
+}
 for svg in sources/*.svg sources/new_buttons/*.svg; do
     name="${svg#sources/}"
     name="${name%.svg}"
-    [[ "$name" == clienticon* ]] || render "$svg" "$name.png" 2
+    [[ "$name" == clienticon* ]] || render "$svg" "$name.png" "$(zoom "$name")"
 done
 
 # The demo world: the sources have the final size.
@@ -40,8 +48,10 @@ for svg in sources/demo/*.svg sources/demo/news/*.svg; do
 done
 
 "$python" -B sources/finish.py shrink "${rendered[@]}"
-# Every start reads it, whether the panel is seen or not. It is dark enough that the dither is not.
-"$python" -B sources/finish.py palette servers_nobutton_dark.png
+# For the same reason 256 colours each, but for the window's own picture: its wide gradients would
+# show it. The demo world's news do without the other colours too, as an operator's may.
+"$python" -B sources/finish.py palette servers_nobutton_dark.png newsBig.png newsMedium[12].png \
+    newsSmall[123].png new_buttons/*.png ../demo/world/news/*.png
 
 # The program icon; the two smallest sizes have a simpler drawing.
 frames=()
@@ -56,5 +66,5 @@ done
 # The same bytes come from the same renderer only; the check of the pictures asks which one it was.
 {
     echo "$(rsvg-convert --version), $(uname -m)"
-    "$python" -c 'import PIL; from PIL import features; print("Pillow", PIL.__version__, "zlib", features.version("zlib"))'
+    "$python" -c 'import PIL; from PIL import features; print("Pillow", PIL.__version__, *(part + " " + str(features.version(part)) for part in ("zlib", "libimagequant")))'
 } > rendered-with.txt
