@@ -1,5 +1,7 @@
 #include "info/filedownloader.h"
 
+#include "info/oneperturn.h"
+
 #include <QNetworkReply>
 #include <QNetworkRequest>
 
@@ -24,8 +26,9 @@ void FileDownloader::fileDownloaded(QNetworkReply *pReply)
     // foreign body, so every outcome ends in the same signal.
     m_DownloadedData = pReply->readAll();
     pReply->deleteLater();
-    // Whoever asked keeps this object as long as the window is open. There is nothing more to
-    // fetch, so the connection and the toolkit's thread behind it need not stay that long.
-    m_WebCtrl.clearConnectionCache();
     emit downloaded();
+    // Whoever asked keeps this object as long as the window is open. There is nothing more to
+    // fetch, so the connection and the toolkit's thread behind it need not stay that long. Its end
+    // is waited for, some milliseconds on a busy machine: not for several in one turn.
+    OnePerTurn::take(this, [this] { m_WebCtrl.clearConnectionCache(); });
 }

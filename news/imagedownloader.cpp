@@ -1,6 +1,7 @@
 #include "news/imagedownloader.h"
 
 #include "info/filedownloader.h"
+#include "info/oneperturn.h"
 #include "install/pathsafety.h"
 
 #include <QFile>
@@ -89,15 +90,30 @@ void ImageDownloader::downloadImage()
 void ImageDownloader::fetch()
 {
     fd = new FileDownloader(url, this);
-    connect(fd, &FileDownloader::downloaded, this, &ImageDownloader::loadData);
+    connect(fd, &FileDownloader::downloaded, this, &ImageDownloader::takeTurn);
+}
+
+// Decoding keeps the window waiting: pictures that arrive together are loaded one by one.
+void ImageDownloader::takeTurn()
+{
+    ++waiting;
+    OnePerTurn::take(this, [this, asked = picturesAsked] {
+        // Another picture may have been asked for meanwhile.
+        if (asked == picturesAsked) {
+            --waiting;
+            loadData();
+        }
+    });
 }
 
 void ImageDownloader::downloadNewImage(QUrl newUrl, QLabel *newLabel)
 {
-    if (isDownloaded && fd != nullptr) {
-        disconnect(fd, &FileDownloader::downloaded, this, &ImageDownloader::loadData);
-        // Deleted in a later turn of the event loop: the caller may be answering loadedImage(),
-        // which the fetch is still emitting.
+    if ((isDownloaded || waiting > 0) && fd != nullptr) {
+        disconnect(fd, &FileDownloader::downloaded, this, &ImageDownloader::takeTurn);
+        ++picturesAsked;
+        waiting = 0;
+        // Deleted in a later turn of the event loop: the caller may be answering loadedImage()
+        // while the fetch is still emitting its own signal.
         fd->deleteLater();
         fd = nullptr;
     }

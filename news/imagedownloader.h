@@ -32,7 +32,7 @@ public:
     ImageDownloader(QUrl pictureUrl, QString name);
     ~ImageDownloader() override;
 
-    // Starts the fetch; once the picture has arrived it only rescales it to the label's size.
+    // Starts the fetch; once the picture is loaded it only rescales it to the label's size.
     void downloadImage();
     // Another picture for another label (or the same).
     void downloadNewImage(QUrl newUrl, QLabel *newLabel);
@@ -48,7 +48,7 @@ public:
     void setEnableLoadBuffer(bool enable) { enableLoadBuffer = enable; }
     bool getEnableLoadBuffer() const { return enableLoadBuffer; }
 
-    bool isDownloaded = false; // a fetch has ended
+    bool isDownloaded = false; // what a fetch brought has been loaded
 
 signals:
     void loadedImage();
@@ -60,6 +60,7 @@ private:
     bool fileExists(QString path) const;
     QString cacheFileName() const;
     void fetch();
+    void takeTurn();
     void showOnLabel(const QPixmap &picture);
     static void writeCacheFile(const QString &fileName, const QImage &picture);
     static void writeCacheFileInPool(const QString &fileName, const QImage &picture);
@@ -70,6 +71,8 @@ private:
     QPixmap *px_orig = nullptr; // unscaled original
     QUrl url;
     FileDownloader *fd = nullptr; // a child; the newest fetch
+    int waiting = 0;              // fetches that have ended and wait for their turn
+    int picturesAsked = 0;        // grows when another picture replaces one that has arrived
     bool enableLoadBuffer = true;
     bool createdPixmap; // made for a label
 };

@@ -1,4 +1,5 @@
 #include "info/filedownloader.h"
+#include "info/oneperturn.h"
 #include "news/imagedownloader.h"
 #include "support/consolecapture.h"
 #include "support/documents.h"
@@ -18,11 +19,14 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QThreadPool>
+#include <QTimer>
 #include <QtConcurrent>
 
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 #ifdef Q_OS_UNIX
 #include <sys/stat.h>
@@ -89,6 +93,13 @@ QImage decoded(const QByteArray &picture)
 QImage originalOf(const ImageDownloader &downloader)
 {
     return plain(downloader.getOriginalPixmap()->toImage());
+}
+
+// Nothing waits for a later turn of the event loop any more.
+bool turnsAreFree()
+{
+    auto *turns = QCoreApplication::instance()->findChild<OnePerTurn *>();
+    return turns == nullptr || QTest::qWaitFor([turns] { return turns->m_timer == 0; }, limit);
 }
 
 bool cacheIsWritten()
@@ -217,6 +228,10 @@ private slots:
     void newImageOfOneMarkedFromOutside();
     void newImageDuringTheFetch();
     void newImageFromInsideTheAnnouncement();
+    void newImageWhileThePictureWaitsForItsTurn();
+    void newImageWhileTheFirstPictureWaitsForItsTurn();
+    void picturesThatComeTogetherAreLoadedOneByOne();
+    void downloaderGoneWhileItsPictureWaits();
 
     void originalStaysTheSameObject();
     void labelGoneBeforeThePictureArrives();
@@ -1128,6 +1143,117 @@ void TestImageDownloader::newImageFromInsideTheAnnouncement()
     QTRY_COMPARE_WITH_TIMEOUT(loaded.count(), 2, limit);
     QVERIFY(shownOn(label) == stretched(source, {20, 10}));
     QCOMPARE(downloader.findChildren<FileDownloader *>().size(), 1);
+}
+
+// Two fetches of one picture, the second of which waits for its turn when another picture is
+// asked for: it is disconnected like one that is still on its way.
+void TestImageDownloader::newImageWhileThePictureWaitsForItsTurn()
+{
+    const QByteArray source = busyPicture(6, 7);
+    m_server->serveHeld(QStringLiteral("other"), source);
+    PictureLabel label({20, 10});
+    ImageDownloader downloader(url(busyPicture(5, 5)), &label);
+    QVERIFY(download(downloader));
+    const QImage shown = shownOn(label);
+    QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
+    QVERIFY(turnsAreFree());
+    emit downloader.fd->downloaded();
+    emit downloader.fd->downloaded();
+    QCOMPARE(loaded.count(), 1);
+    downloader.downloadNewImage(QUrl(m_server->url(QStringLiteral("other"))), &label);
+    // A picture that comes later has its turn later.
+    ImageDownloader later(QUrl(pictureUrl()), QStringLiteral("later"));
+    QVERIFY(download(later));
+    QCOMPARE(loaded.count(), 1);
+    QVERIFY(shownOn(label) == shown);
+    m_server->release(QStringLiteral("other"));
+    QVERIFY(loaded.wait(limit));
+    QVERIFY(cacheIsWritten());
+    QVERIFY(shownOn(label) == stretched(source, {20, 10}));
+}
+
+void TestImageDownloader::newImageWhileTheFirstPictureWaitsForItsTurn()
+{
+    const QByteArray source = busyPicture(6, 7);
+    m_server->serve(QStringLiteral("other"), source);
+    PictureLabel label({20, 10});
+    ImageDownloader downloader(url(busyPicture(5, 5)), &label);
+    QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
+    // Another's work takes the turn in which the picture arrives.
+    downloader.downloadImage();
+    connect(downloader.fd, &FileDownloader::downloaded, this, [&] {
+        QCOMPARE(loaded.count(), 0);
+        downloader.downloadNewImage(QUrl(m_server->url(QStringLiteral("other"))), &label);
+    });
+    QVERIFY(turnsAreFree());
+    // Keeps the turns taken for as long as it lives, with one piece of work that waits: each asks
+    // for the next.
+    auto busy = std::make_unique<QObject>();
+    const std::function<void()> work = [&busy, &work] { OnePerTurn::take(busy.get(), work); };
+    work();
+    QTRY_COMPARE_WITH_TIMEOUT(m_server->requests(QStringLiteral("other")), 1, limit);
+    busy.reset();
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.count(), 1, limit);
+    QVERIFY(cacheIsWritten());
+    QVERIFY(turnsAreFree());
+    QCOMPARE(loaded.count(), 1);
+    QVERIFY(shownOn(label) == stretched(source, {20, 10}));
+    QCOMPARE(ScratchFolder::read(QStringLiteral("picture.png")), source);
+}
+
+// A window that decodes a dozen of them in one go answers nobody meanwhile.
+void TestImageDownloader::picturesThatComeTogetherAreLoadedOneByOne()
+{
+    constexpr int count = 5;
+    std::vector<std::unique_ptr<PictureLabel>> labels;
+    std::vector<std::unique_ptr<ImageDownloader>> downloaders;
+    QStringList loaded;
+    int turn = 0;
+    QVector<int> turns;
+    for (int i = 0; i < count; ++i) {
+        const QByteArray name = "picture" + QByteArray::number(i);
+        labels.push_back(std::make_unique<PictureLabel>(QSize(20, 10), name.constData()));
+        downloaders.push_back(
+            std::make_unique<ImageDownloader>(url(busyPicture(5, 5)), labels.back().get()));
+        QVERIFY(download(*downloaders.back()));
+        connect(downloaders.back().get(), &ImageDownloader::loadedImage, this, [&, name] {
+            loaded << QString::fromLatin1(name);
+            turns << turn;
+        });
+    }
+    QTimer everyTurn;
+    connect(&everyTurn, &QTimer::timeout, this, [&turn] { ++turn; });
+    everyTurn.start(0);
+    QVERIFY(turnsAreFree());
+    for (const auto &downloader : downloaders) {
+        emit downloader->fd->downloaded();
+    }
+    QCOMPARE(loaded, QStringList{QStringLiteral("picture0")});
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.size(), count, limit);
+    for (int i = 1; i < count; ++i) {
+        QCOMPARE(loaded.at(i), QStringLiteral("picture%1").arg(i));
+        QVERIFY(turns.at(i) > turns.at(i - 1));
+    }
+    QVERIFY(cacheIsWritten());
+}
+
+void TestImageDownloader::downloaderGoneWhileItsPictureWaits()
+{
+    PictureLabel label({20, 10});
+    PictureLabel otherLabel({31, 17}, "otherPicture");
+    ImageDownloader first(url(busyPicture(5, 5)), &label);
+    auto second = std::make_unique<ImageDownloader>(QUrl(pictureUrl()), &otherLabel);
+    QVERIFY(download(first));
+    QVERIFY(download(*second));
+    QSignalSpy loaded(second.get(), &ImageDownloader::loadedImage);
+    QVERIFY(turnsAreFree());
+    emit first.fd->downloaded();
+    emit second->fd->downloaded();
+    QCOMPARE(loaded.count(), 0);
+    second.reset();
+    ImageDownloader later(QUrl(pictureUrl()), QStringLiteral("later"));
+    QVERIFY(download(later));
+    QCOMPARE(loaded.count(), 0);
 }
 
 void TestImageDownloader::originalStaysTheSameObject()
