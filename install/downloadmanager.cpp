@@ -11,6 +11,7 @@
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QTimer>
+#include <QTimerEvent>
 
 #include <array>
 #include <utility>
@@ -21,6 +22,10 @@ namespace
 // slow disk would fill the memory with the archive.
 constexpr qint64 receiveBufferSize = 1024 * 1024;
 constexpr std::size_t writeBlockSize = 64 * 1024;
+// How long one turn of the event loop goes on taking bytes, in milliseconds; the rest waits in the
+// buffer. With a fast server, or a slow disk, the window could neither paint nor answer otherwise.
+constexpr qint64 longestTurn = 4;
+constexpr qint64 unlimited = -1;
 
 QString encoded(const QUrl &url)
 {
@@ -123,18 +128,38 @@ void DownloadManager::downloadProgress(qint64 bytesReceived, qint64 bytesTotal)
 
 void DownloadManager::downloadReadyRead()
 {
-    if (!takeReceivedBytes()) {
+    if (!turnEnd.isActive()) {
+        turnEnd.start(0, this);
+        turnTime.start();
+    }
+    if (!takeReceivedBytes(longestTurn)) {
         // A disk that takes no more ends the transfer; finished() follows at once.
         currentDownload->abort();
     }
 }
 
+void DownloadManager::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() != turnEnd.timerId()) {
+        QObject::timerEvent(event);
+        return;
+    }
+    turnEnd.stop();
+    if (currentDownload != nullptr && currentDownload->bytesAvailable() > 0) {
+        downloadReadyRead();
+    }
+}
+
 // Moves what has arrived into the file. A write that comes up short is an error of the download:
 // unpacking a cut archive would leave a broken client that looks finished.
-bool DownloadManager::takeReceivedBytes()
+bool DownloadManager::takeReceivedBytes(qint64 turnLength)
 {
     std::array<char, writeBlockSize> block{};
     while (writeError.isEmpty()) {
+        if (turnTime.hasExpired(turnLength)) {
+            // The buffer fills, and then the server waits.
+            return true;
+        }
         const qint64 count = currentDownload->read(block.data(), block.size());
         if (count <= 0) {
             return true;
@@ -163,8 +188,9 @@ void DownloadManager::downloadFinished()
     // A transfer given up while its bytes arrive may still report progress; nobody may hear of it
     // after the end.
     currentDownload->disconnect(this);
+    turnEnd.stop();
     // The limited buffer may still hold the end of the archive.
-    (void)takeReceivedBytes();
+    (void)takeReceivedBytes(unlimited);
     progressBar.clear();
     output.close();
 

@@ -2,6 +2,7 @@
 
 #include "install/textprogressbar.h"
 
+#include <QBasicTimer>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QNetworkAccessManager>
@@ -42,6 +43,9 @@ signals:
     // Text for the player, and the percentage (0 while the size is unknown).
     void updateProgress(QString msg, int prog);
 
+protected:
+    void timerEvent(QTimerEvent *event) override;
+
 private slots:
     void startNextDownload();
     void downloadProgress(qint64 bytesReceived, qint64 bytesTotal);
@@ -49,7 +53,7 @@ private slots:
     void downloadReadyRead();
 
 private:
-    bool takeReceivedBytes();
+    bool takeReceivedBytes(qint64 turnLength);
     void writeBlock(const char *data, qint64 size);
     void install();
 
@@ -58,6 +62,8 @@ private:
     QNetworkReply *currentDownload = nullptr; // the manager's; deleted later when it has ended
     QFile output;
     QElapsedTimer downloadTime;
+    QElapsedTimer turnTime; // since the first bytes of this turn of the event loop
+    QBasicTimer turnEnd;    // runs from then to the next turn
     TextProgressBar progressBar;
     QString filename;
     QString clientVersion;

@@ -163,6 +163,8 @@ private slots:
     void idleManagerCanBeUsedAgain();
     void idleManagerHoldsNoThread();
 
+    void aTurnTakesBytesForALimitedTime();
+    void bytesThatWaitForTheirTurnAtTheEnd();
     void fullDisk_data();
     void fullDisk();
     void diskThatFillsUp_data();
@@ -961,6 +963,54 @@ void TestDownloadManager::idleManagerHoldsNoThread()
     }
     QTRY_VERIFY(Holdings::threads() <= threads);
     QTRY_VERIFY(Holdings::descriptors() <= descriptors);
+}
+
+// A fast server or a slow disk must not keep the window from painting and answering.
+void TestDownloadManager::aTurnTakesBytesForALimitedTime()
+{
+    constexpr int held = 200 * 1000;
+    const ScratchFolder folder;
+    const QByteArray archive = randomBytes(held + 1);
+    HttpServer server;
+    server.serveHeld(text("client.zip"), archive, held);
+    DownloadManager manager(nullptr, text("1.0.0"), text("Alpha/Official"));
+    manager.append(QUrl(server.url(text("client.zip"))));
+    QTRY_VERIFY_WITH_TIMEOUT(manager.currentDownload != nullptr, 10000);
+    disconnect(manager.currentDownload, &QNetworkReply::readyRead, &manager, nullptr);
+    QTRY_COMPARE_WITH_TIMEOUT(manager.currentDownload->bytesAvailable(), qint64(held), 10000);
+
+    // This turn has lasted long enough.
+    manager.turnTime.start();
+    manager.turnEnd.start(0, &manager);
+    while (!manager.turnTime.hasExpired(50)) {
+        QThread::yieldCurrentThread();
+    }
+    manager.downloadReadyRead();
+    QCOMPARE(manager.output.size(), qint64(0));
+    // The next one goes on by itself.
+    QTRY_COMPARE_WITH_TIMEOUT(manager.output.size(), qint64(held), 10000);
+    // And nothing turns while nothing comes.
+    QTRY_VERIFY_WITH_TIMEOUT(!manager.turnEnd.isActive(), 10000);
+
+    server.release(text("client.zip"));
+    QVERIFY(runToTheEnd(manager));
+    QCOMPARE(manager.downloadedCount, 1);
+}
+
+void TestDownloadManager::bytesThatWaitForTheirTurnAtTheEnd()
+{
+    const ScratchFolder folder;
+    const QByteArray archive = randomBytes(300 * 1000);
+    Archives::provideExtractorScript(recordingExtractor);
+    HttpServer server;
+    server.serve(text("client.zip"), archive);
+    DownloadManager manager(nullptr, text("1.0.0"), text("Alpha/Official"));
+    manager.append(QUrl(server.url(text("client.zip"))));
+    QTRY_VERIFY_WITH_TIMEOUT(manager.currentDownload != nullptr, 10000);
+    // Everything has come when the first bytes would be taken.
+    disconnect(manager.currentDownload, &QNetworkReply::readyRead, &manager, nullptr);
+    QVERIFY(runToTheEnd(manager));
+    QCOMPARE(ScratchFolder::read(text("archive.seen")), archive);
 }
 
 void TestDownloadManager::fullDisk_data()
