@@ -22,6 +22,7 @@ testform::testform(QWidget *parent)
 {
     keepFormPictures();
     ui->setupUi(this);
+    letPanelHideTheRest();
     assignConstants();
     fillWidgetArrays();
     resetDownloadDisplay();
@@ -46,6 +47,14 @@ void testform::keepFormPictures()
 {
     constexpr int enoughForAll = 40 * 1024; // in KiB
     QPixmapCache::setCacheLimit(std::max(QPixmapCache::cacheLimit(), enoughForAll));
+}
+
+// The panel's picture is opaque and fills it: nothing beneath needs to be painted while it is open.
+// The style would take the mark away when it is first applied, so it is applied now.
+void testform::letPanelHideTheRest()
+{
+    ui->serverButtonsGroup->ensurePolished();
+    ui->serverButtonsGroup->setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
 void testform::assignConstants()

@@ -118,6 +118,7 @@ private:
 
     // window/: the steps of construction
     static void keepFormPictures();
+    void letPanelHideTheRest();
     void assignConstants();
     void fillWidgetArrays();
     void resetDownloadDisplay();

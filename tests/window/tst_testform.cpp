@@ -15,6 +15,27 @@
 #include <QTest>
 #include <QTimer>
 
+namespace
+{
+// How often a widget was painted.
+class PaintCounter : public QObject
+{
+public:
+    explicit PaintCounter(QWidget *widget) { widget->installEventFilter(this); }
+    int count() const { return m_count; }
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        m_count += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+
+private:
+    int m_count = 0;
+};
+} // namespace
+
 // Construction, constants, slot table and the ways in which the launcher ends.
 class TestTestform : public QObject
 {
@@ -30,6 +51,8 @@ private slots:
     void arraysHoldTheWidgetsInOrder();
     void formPicturesFitIntoTheToolkitsCache();
     void downloadDisplayIsReset();
+    void panelHidesWhatLiesBeneath_data();
+    void panelHidesWhatLiesBeneath();
     void startsHiddenFramelessOnHomeWithTheFirstSlide();
     void fetchIsUnderWayButAnsweredOnlyByTheEventLoop();
     void closeButtonWritesSettingsAndEndsWithZero_data();
@@ -195,6 +218,43 @@ void TestTestform::downloadDisplayIsReset()
     QCOMPARE(window.ui->downloadProgressBar->value(), 0);
     QVERIFY(window.ui->downloadProgressBar->isHidden());
     QCOMPARE(window.ui->downloadProgressText->text(), QString());
+}
+
+void TestTestform::panelHidesWhatLiesBeneath_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("the design size") << QSize(974, 571);
+    QTest::newRow("the smallest size") << QSize(487, 286);
+    QTest::newRow("a size between") << QSize(1111, 651);
+    QTest::newRow("full screen") << QSize(1842, 1080);
+}
+
+// What cannot be seen is not painted, and nobody sees that it is not.
+void TestTestform::panelHidesWhatLiesBeneath()
+{
+    QFETCH(QSize, size);
+    QVERIFY(!QImage(QStringLiteral(":/images/servers_nobutton_dark.png")).hasAlphaChannel());
+    const ScratchFolder folder;
+    testform window;
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    window.customResize(size.width(), size.height());
+    QVERIFY(window.ui->serverButtonsGroup->isVisible());
+
+    PaintCounter beneath(window.ui->backgroundImage);
+    window.repaint();
+    QCOMPARE(beneath.count(), 0);
+    const QImage picture = window.grab().toImage();
+    window.ui->serverButtonsGroup->setAttribute(Qt::WA_OpaquePaintEvent, false);
+    QVERIFY(window.grab().toImage() == picture);
+    QVERIFY(beneath.count() > 0);
+
+    // Without the panel it is painted as ever.
+    window.ui->serverButtonsGroup->setAttribute(Qt::WA_OpaquePaintEvent);
+    window.ui->serverButtonsGroup->hide();
+    const int before = beneath.count();
+    window.repaint();
+    QVERIFY(beneath.count() > before);
 }
 
 void TestTestform::startsHiddenFramelessOnHomeWithTheFirstSlide()
