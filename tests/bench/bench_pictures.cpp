@@ -17,7 +17,8 @@
 
 namespace
 {
-void showBare(const QByteArray &bytes, QSize size)
+// The original, which a window has to keep.
+QPixmap showBare(const QByteArray &bytes, QSize size)
 {
     QPixmap original;
     QPixmap shown;
@@ -25,6 +26,7 @@ void showBare(const QByteArray &bytes, QSize size)
         shown.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation).size() != size) {
         qFatal("a picture cannot be read");
     }
+    return original;
 }
 } // namespace
 
@@ -85,8 +87,10 @@ int main(int argc, char *argv[])
 
         thread = Measuring::threadMilliseconds();
         start = Measuring::milliseconds();
+        // Kept as long as ours: memory that was just set free is given again faster than other.
+        std::vector<QPixmap> originals;
         for (std::size_t i = 0; i < labels.size(); ++i) {
-            showBare(pictures[i], labels[i]->size());
+            originals.push_back(showBare(pictures[i], labels[i]->size()));
         }
         const double bareTime = Measuring::milliseconds() - start;
         const double bareThreadTime = Measuring::threadMilliseconds() - thread;

@@ -97,3 +97,11 @@ def wait_until(condition: Callable[[], bool], what: str, seconds: float = 30) ->
 def empty_disk_queue() -> None:
     """Nobody pays for what an earlier run left to be written."""
     os.sync()
+
+
+def settle() -> None:
+    """For runs that fill memory with files. What was just set free is given again faster than other
+    memory until the machine has taken it back, within some two seconds: neither side may begin with
+    more of it, however soon it begins."""
+    empty_disk_queue()
+    time.sleep(4)

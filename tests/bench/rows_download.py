@@ -10,7 +10,7 @@ import sys
 import time
 from pathlib import Path
 
-from bench_tools import Ended, Setting, empty_disk_queue, in_turn, run
+from bench_tools import Ended, Setting, empty_disk_queue, in_turn, run, settle
 from table import Row, at_most, limited, stated
 from web import Web
 from world import MIB, REMEMBERED, client_archive, large_file
@@ -122,27 +122,27 @@ def install(setting: Setting, web: Web) -> list[Row]:
 
     def ours() -> dict[str, float]:
         folder = installation(setting, extractor)
-        empty_disk_queue()
+        settle()
         result = run([setting.program("bench_window"), web.url, "download"], folder).result
         client = folder / "Cinderfall" / "Official" / "2.1.4"
         if count(client) != files or list(folder.glob("*.zip")):
             sys.exit(f"the installation failed: {result['text']}")
+        shutil.rmtree(folder)
         return {"wall": result["ended"] - result["clicked"]}
 
     def one_after_the_other() -> dict[str, float]:
         folder = setting.folder("fetched")
-        empty_disk_queue()
+        settle()
         begin = time.monotonic()
         run(["curl", "-s", "-f", "-o", "client.zip", web.url + "client.zip"], folder, prints_result=False)
         run(["unzip", folder / "client.zip", "-d", folder / "client"], folder, prints_result=False)
         wall = (time.monotonic() - begin) * 1000
         if count(folder / "client") != files:
             sys.exit("unzip left files out")
+        shutil.rmtree(folder)
         return {"wall": wall}
 
     launcher, tools = in_turn(setting.rounds, ours, one_after_the_other)
-    shutil.rmtree(setting.scratch / "installation")
-    shutil.rmtree(setting.scratch / "fetched")
     archive = (web.root / "client.zip").stat().st_size
     return [at_most(f"install: {size // MIB:,} MiB in {files:,} files", "ms", launcher["wall"], tools["wall"], 1.0,
                     f"the archive has {archive // MIB} MiB")]
@@ -161,7 +161,7 @@ def responsiveness(setting: Setting, web: Web) -> list[Row]:
     pictures = 0
     longest = []
     for _ in range(setting.rounds):
-        _, result = download(setting, web.url + "plain/", size, "busy")
+        _, result = download(setting, web.url + "late/", size, "busy")
         turns = result["turns"]
         extraction = result["stamp"]["at"]
         # Unpacking blocks by design: the gap that it lies in is left out.

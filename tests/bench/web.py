@@ -35,6 +35,8 @@ http {{
     # Pictures that are on their way for longer than anything takes.
     location /slow/ {{ alias {root}/; limit_rate 1k; }}
     location ~ ^/slowlogos/(?<picture>[^/]+\\.png)$ {{ alias {root}/$picture; limit_rate 1k; }}
+    # Comes when the window has been painted.
+    location = /late/launcher.xml {{ limit_rate 2k; }}
     location /slowlogos/ {{ alias {root}/slowlogos/; }}
   }}
 }}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "info/serverbutton.h"
 #include "support/httpserver.h"
 #include "support/testsettings.h"
 #include "window/testform.h"
@@ -61,13 +62,17 @@ private:
     HttpServer m_tiles;
 };
 
-// Every slide and tile of the window has its picture.
+// Every slide and tile of the window has its picture, and every server its logo.
 inline bool isComplete(const testform &window)
 {
-    const auto loaded = [](const News &item) {
-        const QPixmap *picture = item.getOriginalPixmap();
+    const auto isThere = [](const QPixmap *picture) {
         return picture != nullptr && !picture->isNull();
     };
+    const auto loaded = [isThere](const News &item) { return isThere(item.getOriginalPixmap()); };
+    const auto logo = [isThere](const ServerButton *server) {
+        return isThere(server->getPixmap());
+    };
     return std::all_of(std::begin(window.homeNews), std::end(window.homeNews), loaded) &&
-           std::all_of(std::begin(window.news), std::end(window.news), loaded);
+           std::all_of(std::begin(window.news), std::end(window.news), loaded) &&
+           std::all_of(window.serverButtons.begin(), window.serverButtons.end(), logo);
 }
