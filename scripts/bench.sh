@@ -9,7 +9,7 @@
 #                 install, responsiveness, rescale, pictures, hover, idle, size
 #   --write-page  puts the table into docs/performance.md as well
 #
-# Takes some ten minutes and 8 GiB of disk. Leave the machine alone meanwhile.
+# Takes a quarter of an hour and 8 GiB of disk. Leave the machine alone meanwhile.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 export LC_ALL=C.UTF-8
