@@ -113,7 +113,8 @@ class Screen:
         )
         deadline = time.monotonic() + 20
         while time.monotonic() < deadline and self._manager.poll() is None:
-            if "window id" in self._ask("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"):
+            # It says that it is there before it has read its theme and fonts; the list comes when it is ready.
+            if "window id" in self._ask("xprop", "-root", "_NET_CLIENT_LIST"):
                 return "openbox"
             time.sleep(0.05)
         raise WorldError("openbox did not start")

@@ -152,6 +152,7 @@ void TestWarnings::nothingToWarnOf()
     UrlCatcher catcher;
     stage.window->on_btnPlay_clicked();
     QCOMPARE(catcher.opened.size(), 1);
+    QTRY_VERIFY(stage.window->serverButtons.value(QStringLiteral("S"))->getPixmap() != nullptr);
     stage.window.reset();
     QThreadPool::globalInstance()->waitForDone();
     QVERIFY(ScratchFolder::tree().contains(QStringLiteral("S.png")));

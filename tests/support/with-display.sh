@@ -37,10 +37,19 @@ export QT_XCB_GL_INTEGRATION=none
 if [[ -n $window_manager ]]; then
   "$window_manager" >"$scratch/manager" 2>&1 &
   manager=$!
-  for _ in $(seq 200); do
-    xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && break
+  # It lists the windows when it is ready to show one. It says that it is there long before, with its
+  # theme and fonts still to be read, and that takes seconds the first time.
+  is_ready() {
+    [[ $(xprop -root _NET_CLIENT_LIST 2>/dev/null) == *'window id'* ]]
+  }
+  for _ in $(seq 600); do
+    is_ready && break
     sleep 0.05
   done
+  if ! is_ready; then
+    echo "no window manager: $(cat "$scratch/manager")" >&2
+    exit 1
+  fi
 fi
 unset WAYLAND_DISPLAY http_proxy https_proxy HTTP_PROXY HTTPS_PROXY
 "$@"
