@@ -75,7 +75,7 @@ if [ -z "$package" ]; then
 fi
 
 # exec: whoever ends this script ends the drive, with its clean-up.
-exec "$python" "$root/demo/drive.py" \
+exec "$python" "$root/tests/e2e/drive.py" \
   --package "$package" \
   --base-url "${base_url:-https://127.0.0.1:18475/}" \
   --out "$root/build/demo-windows" \

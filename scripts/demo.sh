@@ -64,13 +64,13 @@ cmake --build "$build" --target emberwake-launcher --parallel "$(nproc)"
 
 # exec: whoever ends this script ends the demo, with its clean-up.
 if [ "$headless" = yes ]; then
-  exec "$python" "$root/demo/drive.py" \
+  exec "$python" "$root/tests/e2e/drive.py" \
     --program "$build/emberwake-launcher" \
     --base-url "$base_url" \
     --out "$root/build/demo" \
     --scratch "$root/build/demo-headless"
 fi
-exec "$python" "$root/demo/show.py" \
+exec "$python" "$root/tests/e2e/show.py" \
   --program "$build/emberwake-launcher" \
   --base-url "$base_url" \
   --world "$root/build/demo-world" \

@@ -9,8 +9,8 @@ import sys
 import tempfile
 from pathlib import Path
 
-DEMO = Path(__file__).resolve().parents[2] / "demo"
-sys.path.insert(0, str(DEMO))
+ROOT = Path(__file__).resolve().parents[2]
+sys.path[:0] = [str(ROOT / "demo"), str(ROOT / "tests" / "e2e")]
 
 import make_world  # noqa: E402
 from authority import Authority  # noqa: E402
@@ -31,11 +31,11 @@ def main(program):
         secure = ("--certificate", authority.certificate, "--key", authority.key)
         for scheme, options in (("http", ()), ("https", secure)):
             world = Path(scratch, scheme)
-            port = subprocess.check_output([sys.executable, DEMO / "free_port.py", "0"], text=True).strip()
+            port = subprocess.check_output([sys.executable, ROOT / "demo" / "free_port.py", "0"], text=True).strip()
             base = f"{scheme}://127.0.0.1:{port}/"
             make_world.lay(world, base, data_bytes=100_000)
             server = subprocess.Popen(
-                [sys.executable, DEMO / "serve.py", world, "--port", port, "--log", Path(scratch, "log"), *options],
+                [sys.executable, ROOT / "demo" / "serve.py", world, "--port", port, "--log", Path(scratch, "log"), *options],
                 stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
             try:
                 server.stdout.readline()

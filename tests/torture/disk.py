@@ -21,7 +21,7 @@ import sys
 import time
 from pathlib import Path
 
-from bench import BASE_URL, Bench
+from testbed import BASE_URL, Testbed
 from diskcases import CASES
 from diskjudge import DiskJudge
 from faultserver import FaultServer
@@ -30,19 +30,19 @@ from workers import Tally, run_workers
 
 
 def work(given: argparse.Namespace, tally: Tally) -> None:
-    bench = Bench(Native(given.program), given.scratch)
+    testbed = Testbed(Native(given.program), given.scratch)
     server = None
     try:
-        bench.open()
+        testbed.open()
         server = FaultServer(None, int(BASE_URL.rstrip("/").rpartition(":")[2]))
-        judge = DiskJudge(bench, server)
+        judge = DiskJudge(testbed, server)
         cases = [case for case in CASES if given.only in case.name and (given.long or not case.room)]
         for number, case in enumerate(cases):
             if number % given.of != given.number:
                 continue
             if case.mounts and not given.own_corner:
                 tally.skipped(case.name, "nothing can be mounted here")
-            elif shutil.disk_usage(bench.scratch).free < case.room:
+            elif shutil.disk_usage(testbed.scratch).free < case.room:
                 tally.skipped(case.name, "the disk has no room for it")
             else:
                 started = time.monotonic()
@@ -52,11 +52,11 @@ def work(given: argparse.Namespace, tally: Tally) -> None:
                     verdict = judge.run(case.run)
                 tally.judged(case.name, verdict)
                 tally.note(f"{time.monotonic() - started:.1f} s")
-        tally.note(f"longest wait of a window: {bench.longest * 1000:.0f} ms")
+        tally.note(f"longest wait of a window: {testbed.longest * 1000:.0f} ms")
     finally:
         if server is not None:
             server.close()
-        bench.close()
+        testbed.close()
 
 
 def main() -> int:

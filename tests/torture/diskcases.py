@@ -7,7 +7,7 @@ from dataclasses import dataclass
 from pathlib import Path
 
 import archives
-from bench import ARCHIVE, CLIENT, SERVER
+from testbed import ARCHIVE, CLIENT, SERVER
 from diskjudge import NAME, DiskJudge
 from drive import ACTION_BUTTON
 from namespaces import mount
@@ -50,7 +50,7 @@ def read_only(judge: DiskJudge) -> None:
     judge.choose(written=False)
     judge.download_does_not_begin(NAME, READ_ONLY)
     judge.leave()
-    judge.bench.check("nothing was written", [path.name for path in judge.folder.iterdir()] == ["unzip.exe"])
+    judge.testbed.check("nothing was written", [path.name for path in judge.folder.iterdir()] == ["unzip.exe"])
     mount("-o", "remount,rw", judge.folder)
     judge.choose()
     judge.leave()
@@ -63,12 +63,12 @@ def full(judge: DiskJudge) -> None:
     judge.choose(written=False)
     judge.download_fails(NO_SPACE)
     judge.leave()
-    judge.bench.check("settings.txt is empty", judge.bench.settings() == "")
+    judge.testbed.check("settings.txt is empty", judge.testbed.settings() == "")
     filler.unlink()
     # An empty file says nothing of remembering, so the choice is not remembered.
     judge.choose(written=False)
     judge.leave()
-    judge.bench.check("settings.txt says so", judge.bench.settings() == "||false|")
+    judge.testbed.check("settings.txt says so", judge.testbed.settings() == "||false|")
 
 
 @case("no room for the archive", mounts=True)
@@ -77,7 +77,7 @@ def no_room(judge: DiskJudge) -> None:
     judge.fill(PICTURES + 2 * MEBIBYTE)
     judge.choose()
     judge.download_fails(NO_SPACE)
-    judge.bench.wait_for("the transfer to be given up", lambda: ARCHIVE in judge.told.broken)
+    judge.testbed.wait_for("the transfer to be given up", lambda: ARCHIVE in judge.told.broken)
     judge.leave()
     judge.next_start("red", "download")
 
@@ -92,7 +92,7 @@ def no_room_for_an_update(judge: DiskJudge) -> None:
     judge.choose("orange", "update", "play")
     # The colour is that of what was there before the end.
     judge.download_fails(NO_SPACE, colour="orange")
-    judge.bench.check("the older version is gone, too", not older.exists())
+    judge.testbed.check("the older version is gone, too", not older.exists())
     judge.leave()
     judge.next_start("red", "download")
 
@@ -103,7 +103,7 @@ def no_room_to_unpack(judge: DiskJudge) -> None:
     judge.fill(PICTURES + 8 * MEBIBYTE)
     judge.choose()
     judge.download_finishes(files=None)
-    judge.bench.check("the client is not whole", archives.unpacked(judge.version) != judge.whole())
+    judge.testbed.check("the client is not whole", archives.unpacked(judge.version) != judge.whole())
     judge.leave()
     judge.next_start("green", "play")
 
@@ -118,7 +118,7 @@ def file_in_the_way(judge: DiskJudge, path: Path) -> None:
     judge.nothing_to_unpack_into()
     judge.leave()
     judge.next_start("red", "download")
-    judge.bench.check("the file is as it was", path.read_text(encoding="ascii") == "in the way\n")
+    judge.testbed.check("the file is as it was", path.read_text(encoding="ascii") == "in the way\n")
 
 
 @case("file in place of the server's folder")
@@ -137,11 +137,11 @@ def file_for_version(judge: DiskJudge) -> None:
     judge.version.write_text("in the way\n", encoding="ascii")
     # It counts as a version, and Play finds nothing in it.
     judge.choose("green", "play")
-    judge.bench.click(ACTION_BUTTON)
+    judge.testbed.click(ACTION_BUTTON)
     judge.leave()
-    judge.bench.check("nothing was started", not judge.bench.pages_list.exists())
+    judge.testbed.check("nothing was started", not judge.testbed.pages_list.exists())
     judge.next_start("green", "play")
-    judge.bench.check("the file is as it was", judge.version.read_text(encoding="ascii") == "in the way\n")
+    judge.testbed.check("the file is as it was", judge.version.read_text(encoding="ascii") == "in the way\n")
 
 
 @case("folder in place of settings.txt")
@@ -150,7 +150,7 @@ def folder_for_settings(judge: DiskJudge) -> None:
     for _ in range(2):
         judge.choose(written=False)
         judge.leave()
-    judge.bench.check("the folder is still there", (judge.folder / "settings.txt").is_dir())
+    judge.testbed.check("the folder is still there", (judge.folder / "settings.txt").is_dir())
 
 
 @case("settings.txt that cannot be opened")
@@ -159,7 +159,7 @@ def settings_nowhere(judge: DiskJudge) -> None:
     for _ in range(2):
         judge.choose(written=False)
         judge.leave()
-    judge.bench.check("the link is still there", (judge.folder / "settings.txt").is_symlink())
+    judge.testbed.check("the link is still there", (judge.folder / "settings.txt").is_symlink())
 
 
 @case("folder in place of offline.txt")
@@ -169,7 +169,7 @@ def folder_for_copy(judge: DiskJudge) -> None:
     judge.download_finishes(judge.whole())
     judge.leave()
     judge.next_start("green", "play")
-    judge.bench.check("the folder is still there", (judge.folder / "offline.txt").is_dir())
+    judge.testbed.check("the folder is still there", (judge.folder / "offline.txt").is_dir())
 
 
 @case("folders in place of pictures")
@@ -180,7 +180,7 @@ def folders_for_pictures(judge: DiskJudge) -> None:
     judge.choose()
     judge.leave()
     judge.next_start("red", "download")
-    judge.bench.check("the folders are still there", all((judge.folder / name).is_dir() for name in names))
+    judge.testbed.check("the folders are still there", all((judge.folder / name).is_dir() for name in names))
 
 
 @case("folder in place of the archive")
@@ -190,7 +190,7 @@ def folder_for_archive(judge: DiskJudge) -> None:
     judge.download_finishes(judge.whole())
     judge.leave()
     judge.next_start("green", "play")
-    judge.bench.check("the folder is still there", (judge.folder / NAME / "deep").is_dir())
+    judge.testbed.check("the folder is still there", (judge.folder / NAME / "deep").is_dir())
 
 
 @case("save file that cannot be opened")
@@ -254,7 +254,7 @@ def extractor_asks(judge: DiskJudge) -> None:
     )
     unpacks_nothing(judge)
     said = (judge.folder / "asked.txt").read_text(encoding="ascii").split()
-    judge.bench.check(f"it got no answer: {said}", said[0] == "input:" and "0" not in said and len(said) == 4)
+    judge.testbed.check(f"it got no answer: {said}", said[0] == "input:" and "0" not in said and len(said) == 4)
 
 
 # The archive
@@ -264,7 +264,7 @@ def unpacks_in_part(judge: DiskJudge, content: bytes) -> None:
     judge.archive(content)
     judge.choose()
     judge.download_finishes(files=None)
-    judge.bench.check("the client is not whole", archives.unpacked(judge.version) != archives.contents(judge.original))
+    judge.testbed.check("the client is not whole", archives.unpacked(judge.version) != archives.contents(judge.original))
     judge.leave()
     judge.next_start("green", "play")
 
@@ -287,19 +287,19 @@ def empty(judge: DiskJudge) -> None:
 
 @case("encrypted archive")
 def encrypted(judge: DiskJudge) -> None:
-    judge.archive(archives.locked(judge.bench.scratch / "world"))
+    judge.archive(archives.locked(judge.testbed.scratch / "world"))
     unpacks_nothing(judge)
 
 
 @case("archive with names that climb out")
 def climbing(judge: DiskJudge) -> None:
-    judge.archive(archives.climbing(judge.bench.scratch))
+    judge.archive(archives.climbing(judge.testbed.scratch))
     judge.choose()
     judge.download_finishes(files=None)
     judge.leave()
-    escaped = [path for path in judge.bench.scratch.rglob("escaped*") if judge.version not in path.parents]
-    judge.bench.check(f"nothing climbed out: {escaped}", not escaped)
-    judge.bench.check("the rest is there", (judge.version / "Emberwake.exe").read_bytes() == b"in\n")
+    escaped = [path for path in judge.testbed.scratch.rglob("escaped*") if judge.version not in path.parents]
+    judge.testbed.check(f"nothing climbed out: {escaped}", not escaped)
+    judge.testbed.check("the rest is there", (judge.version / "Emberwake.exe").read_bytes() == b"in\n")
     judge.next_start("green", "play")
 
 
@@ -318,6 +318,6 @@ def huge(judge: DiskJudge) -> None:
     judge.choose()
     judge.download_finishes(None, 300)
     size = (judge.version / "zeros.dat").stat().st_size
-    judge.bench.check(f"the file is whole ({size} bytes)", size == 3 * archives.GIBIBYTE)
+    judge.testbed.check(f"the file is whole ({size} bytes)", size == 3 * archives.GIBIBYTE)
     judge.leave()
     judge.next_start("green", "play")

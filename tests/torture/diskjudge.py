@@ -9,7 +9,7 @@ import time
 from pathlib import Path
 
 from archives import contents, unpacked
-from bench import ARCHIVE, BASE_URL, CHOICE, CLIENT, FAILED, FINISHED, RUNNING, SERVER, VERSION, Bench, SlowError
+from testbed import ARCHIVE, BASE_URL, CHOICE, CLIENT, FAILED, FINISHED, RUNNING, SERVER, VERSION, Testbed, SlowError
 from drive import ACTION_BUTTON, SELECT_SERVER, SERVERS, RoadError, client_button
 from faultserver import FaultServer, Told
 from namespaces import mount
@@ -22,14 +22,14 @@ GIVEN_UP = "0/1 files downloaded successfully\n"
 
 
 class DiskJudge:
-    def __init__(self, bench: Bench, server: FaultServer):
-        self.bench = bench
+    def __init__(self, testbed: Testbed, server: FaultServer):
+        self.testbed = testbed
         self.server = server
-        self.contents = bench.published()
+        self.contents = testbed.published()
         self.original = self.contents[ARCHIVE]
-        self.folder = bench.installation
+        self.folder = testbed.installation
         self.version = self.folder / SERVER / CLIENT / VERSION
-        self.neighbour = Neighbour(bench.scratch)
+        self.neighbour = Neighbour(testbed.scratch)
         self.told = Told()
         self.extraction: tuple[float, float] | None = None
         self.mounted = False
@@ -40,16 +40,16 @@ class DiskJudge:
         self.extraction = None
         self.slow = False
         self.told = Told(dict(self.contents), speeds={ARCHIVE: SPEED})
-        self.bench.fresh()
+        self.testbed.fresh()
         try:
             case(self)
-            self.bench.check("nothing beside the installation folder changed", self.neighbour.is_unchanged())
+            self.testbed.check("nothing beside the installation folder changed", self.neighbour.is_unchanged())
         except RoadError as error:
             self.slow = isinstance(error, SlowError)
-            self.bench.explain_failure()
+            self.testbed.explain_failure()
             return str(error)
         finally:
-            self.bench.end_launch()
+            self.testbed.end_launch()
             self.server.end()
             self.unmount()
         return ""
@@ -94,107 +94,107 @@ class DiskJudge:
         self.server.end()
         self.told = Told(self.told.contents, speeds=self.told.speeds)
         self.server.begin(self.told)
-        self.bench.start_launcher()
-        self.bench.ping()
+        self.testbed.start_launcher()
+        self.testbed.ping()
 
     def choose(self, colour: str = "red", buttons: str = "download", beside: str = "", written: bool = True) -> None:
         """The first start: the panel, and a click on a client."""
-        bench = self.bench
+        testbed = self.testbed
         self.start()
-        bench.wait_for("the columns of all servers", lambda: bench.columns() == list(SERVERS))
-        bench.wait_for("the logos of all servers", lambda: all(bench.shows_logo(server) for server in SERVERS))
+        testbed.wait_for("the columns of all servers", lambda: testbed.columns() == list(SERVERS))
+        testbed.wait_for("the logos of all servers", lambda: all(testbed.shows_logo(server) for server in SERVERS))
         self.click_client(colour, buttons, beside)
         if written:
-            bench.wait_for("the choice in settings.txt", lambda: bench.settings() == CHOICE)
+            testbed.wait_for("the choice in settings.txt", lambda: testbed.settings() == CHOICE)
 
     def click_client(self, colour: str, buttons: str, beside: str = "") -> None:
-        self.bench.click(client_button(SERVER, 0))
-        self.bench.wait_for_version(colour)
-        self.bench.wait_for_buttons(buttons, beside)
-        self.bench.wait_for_slide()
+        self.testbed.click(client_button(SERVER, 0))
+        self.testbed.wait_for_version(colour)
+        self.testbed.wait_for_buttons(buttons, beside)
+        self.testbed.wait_for_slide()
 
     def choose_again(self) -> None:
         """The way out of a download that never began."""
-        self.bench.click(SELECT_SERVER)
-        self.bench.wait_for("the panel", lambda: self.bench.columns() == list(SERVERS))
+        self.testbed.click(SELECT_SERVER)
+        self.testbed.wait_for("the panel", lambda: self.testbed.columns() == list(SERVERS))
         self.click_client("red", "download")
 
     def download(self, end: str, seconds: float = 30) -> str:
         """Clicks Download or Update; returns what came on the console until the given end."""
-        bench = self.bench
-        before = len(bench.console())
-        bench.click(ACTION_BUTTON)
-        bench.wait_for(f"{end!r} on the console", lambda: bench.console().endswith(end), seconds)
+        testbed = self.testbed
+        before = len(testbed.console())
+        testbed.click(ACTION_BUTTON)
+        testbed.wait_for(f"{end!r} on the console", lambda: testbed.console().endswith(end), seconds)
         # Unpacking blocks the window by design.
         if end == SUCCEEDED:
             self.extraction = self.told.sent.get(ARCHIVE, time.monotonic()) - 0.1, time.monotonic()
-        return bench.console()[before:]
+        return testbed.console()[before:]
 
     def download_finishes(self, files: dict[str, tuple[int, int]] | None, seconds: float = 30) -> None:
         """As far as the launcher can tell; `files` is what the version's folder has then, None: anything."""
-        bench = self.bench
+        testbed = self.testbed
         said = self.download(SUCCEEDED, seconds)
-        bench.check("it says what it downloads", said.startswith(f"Downloading {BASE_URL[:-1]}{ARCHIVE}...\n"))
-        bench.wait_for_text(FINISHED)
-        bench.wait_for_version("green")
-        bench.wait_for_buttons("play")
-        bench.check("nothing on standard error", bench.errors() == "")
-        bench.check("the version is there alone", bench.versions(SERVER, CLIENT) == [VERSION])
+        testbed.check("it says what it downloads", said.startswith(f"Downloading {BASE_URL[:-1]}{ARCHIVE}...\n"))
+        testbed.wait_for_text(FINISHED)
+        testbed.wait_for_version("green")
+        testbed.wait_for_buttons("play")
+        testbed.check("nothing on standard error", testbed.errors() == "")
+        testbed.check("the version is there alone", testbed.versions(SERVER, CLIENT) == [VERSION])
         if files is not None:
-            bench.check("its files are what they should be", unpacked(self.version) == files)
+            testbed.check("its files are what they should be", unpacked(self.version) == files)
         self.no_archive_is_left()
 
     def download_fails(self, reason: str, colour: str = "red") -> None:
         """The transfer ends with an error, and so does the download."""
-        bench = self.bench
+        testbed = self.testbed
         self.download(GIVEN_UP)
-        said = bench.errors()
-        bench.check(f"the reason on standard error: {said!r}", said == f"Failed: {reason}\n")
+        said = testbed.errors()
+        testbed.check(f"the reason on standard error: {said!r}", said == f"Failed: {reason}\n")
         self.shows_failure(colour)
-        bench.check("no version is there", not self.version.exists())
+        testbed.check("no version is there", not self.version.exists())
 
     def nothing_to_unpack_into(self) -> None:
         """The transfer succeeds, and the download does not."""
         self.download(SUCCEEDED)
-        self.bench.check("nothing on standard error", self.bench.errors() == "")
+        self.testbed.check("nothing on standard error", self.testbed.errors() == "")
         self.shows_failure("red")
 
     def shows_failure(self, colour: str) -> None:
-        self.bench.wait_for_text(FAILED)
-        self.bench.wait_for_version(colour)
-        self.bench.wait_for_buttons("download-disabled")
+        self.testbed.wait_for_text(FAILED)
+        self.testbed.wait_for_version(colour)
+        self.testbed.wait_for_buttons("download-disabled")
         self.no_archive_is_left()
 
     def download_does_not_begin(self, name: str, reason: str) -> None:
         """The save file does not open: the window waits for the player to choose again."""
-        bench = self.bench
+        testbed = self.testbed
         said = self.download(GIVEN_UP)
-        bench.check(f"nothing else on the console: {said!r}", said == GIVEN_UP)
+        testbed.check(f"nothing else on the console: {said!r}", said == GIVEN_UP)
         address = f"{BASE_URL}clients/{name}"
         told = f"Problem opening save file '{name}' for download '{address}': {reason}\n"
-        bench.check(f"the reason on standard error: {bench.errors()!r}", bench.errors() == told)
-        bench.wait_for_text(RUNNING)
-        bench.wait_for_buttons("download-disabled")
-        bench.check("it was not asked for", f"/clients/{name}" not in self.told.requests)
+        testbed.check(f"the reason on standard error: {testbed.errors()!r}", testbed.errors() == told)
+        testbed.wait_for_text(RUNNING)
+        testbed.wait_for_buttons("download-disabled")
+        testbed.check("it was not asked for", f"/clients/{name}" not in self.told.requests)
         self.choose_again()
 
     def no_archive_is_left(self) -> None:
         left = [path.name for path in self.folder.glob("*.zip*") if path.is_file()]
-        self.bench.check(f"no archive is left ({left})", not left)
+        self.testbed.check(f"no archive is left ({left})", not left)
 
     def leave(self) -> None:
-        self.bench.check_promptness(self.extraction)
-        self.bench.leave()
+        self.testbed.check_promptness(self.extraction)
+        self.testbed.leave()
 
     def next_start(self, colour: str, buttons: str) -> None:
         """The choice is remembered, and what lies on the disk is what is shown."""
         self.extraction = None
         self.start()
-        self.bench.wait_for_version(colour)
-        self.bench.wait_for_buttons(buttons)
-        self.bench.wait_for_slide()
+        self.testbed.wait_for_version(colour)
+        self.testbed.wait_for_buttons(buttons)
+        self.testbed.wait_for_slide()
         self.leave()
-        self.bench.check("settings.txt has the choice", self.bench.settings() == CHOICE)
+        self.testbed.check("settings.txt has the choice", self.testbed.settings() == CHOICE)
 
     def whole(self) -> dict[str, tuple[int, int]]:
         return contents(self.told.contents[ARCHIVE])

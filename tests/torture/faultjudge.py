@@ -8,12 +8,12 @@ from pathlib import Path
 
 from PIL import Image, ImageChops
 
-from bench import (
+from testbed import (
     ARCHIVE,
     BASE_URL,
     CHOICE,
     SERVER,
-    Bench,
+    Testbed,
     SlowError,
 )
 from certificates import GOOD, REFUSED_CERTIFICATES
@@ -54,10 +54,10 @@ PLACEHOLDERS = ("newsBig", "newsMedium1", "newsMedium2", "newsSmall1", "newsSmal
 
 
 class Judge:
-    def __init__(self, bench: Bench, server: FaultServer):
-        self.bench = bench
+    def __init__(self, testbed: Testbed, server: FaultServer):
+        self.testbed = testbed
         self.server = server
-        self.contents = bench.published()
+        self.contents = testbed.published()
         self.launch = Launch()
         self.told = Told()
         self.verdicts: dict[str, str] = {}
@@ -78,7 +78,7 @@ class Judge:
             with self.all_cells():
                 self.go()
         finally:
-            self.bench.end_launch()
+            self.testbed.end_launch()
             self.server.end()
         return self.verdicts
 
@@ -105,14 +105,14 @@ class Judge:
             self.told.base_certificates = [GOOD, GOOD, faults[ONE_LOGO], GOOD]
         if LOGOS in faults:
             self.told.refuse_after = DOCUMENT_PATH
-        self.bench.fresh()
+        self.testbed.fresh()
 
     def go(self) -> None:
         fault = self.launch.faults.get(DOCUMENT, "")
         if fault == REFUSED:
             self.server.refuse_base()
-        self.bench.start_launcher()
-        self.bench.ping()
+        self.testbed.start_launcher()
+        self.testbed.ping()
         if fault in ENDLESS:
             self.nothing_arrives(fault)
         elif fault in (REDIRECT, NOT_FOUND):
@@ -121,14 +121,14 @@ class Judge:
             self.document_arrives(fault)
         else:
             self.nothing_came()
-        self.bench.check_promptness(self.extraction)
+        self.testbed.check_promptness(self.extraction)
         if fault in WHOLE + (LENGTH_TOO_SMALL,):
-            self.bench.leave()
-            self.bench.check("settings.txt has the choice", self.bench.settings() == CHOICE)
+            self.testbed.leave()
+            self.testbed.check("settings.txt has the choice", self.testbed.settings() == CHOICE)
         else:
-            self.bench.leave(CLOSE_BUTTON_OF_PANEL)
-            self.bench.check("settings.txt has no choice", self.bench.settings() == "||true|")
-        self.bench.check("nobody went where a redirect leads", not self.asked(ELSEWHERE))
+            self.testbed.leave(CLOSE_BUTTON_OF_PANEL)
+            self.testbed.check("settings.txt has no choice", self.testbed.settings() == "||true|")
+        self.testbed.check("nobody went where a redirect leads", not self.asked(ELSEWHERE))
 
     @contextmanager
     def all_cells(self):
@@ -137,7 +137,7 @@ class Judge:
             yield
         except RoadError as error:
             self.slow = isinstance(error, SlowError)
-            self.bench.explain_failure()
+            self.testbed.explain_failure()
             for cell in self.verdicts:
                 self.verdicts[cell] = self.verdicts[cell] or str(error)
 
@@ -157,45 +157,45 @@ class Judge:
     # The document
 
     def connecting_text_is_shown(self) -> bool:
-        return self.bench.text_pixels(CONNECTING_TEXT) > 100
+        return self.testbed.text_pixels(CONNECTING_TEXT) > 100
 
     def stays_connecting(self) -> None:
-        self.bench.check("no server has a column", not self.bench.columns())
-        self.bench.check("the connecting text is shown", self.connecting_text_is_shown())
-        self.bench.check("nothing is on the console", self.bench.console() == "" and self.bench.errors() == "")
-        self.bench.check("no other address was asked", set(self.told.requests) <= {DOCUMENT_PATH})
+        self.testbed.check("no server has a column", not self.testbed.columns())
+        self.testbed.check("the connecting text is shown", self.connecting_text_is_shown())
+        self.testbed.check("nothing is on the console", self.testbed.console() == "" and self.testbed.errors() == "")
+        self.testbed.check("no other address was asked", set(self.told.requests) <= {DOCUMENT_PATH})
 
     def nothing_came(self) -> None:
         """The fetch ended without a document."""
-        copy = self.bench.installation / "offline.txt"
-        self.bench.wait_for("the copy of the document", copy.exists)
-        self.bench.watch()
+        copy = self.testbed.installation / "offline.txt"
+        self.testbed.wait_for("the copy of the document", copy.exists)
+        self.testbed.watch()
         self.stays_connecting()
-        self.bench.check("the copy is empty", copy.read_bytes() == b"")
+        self.testbed.check("the copy is empty", copy.read_bytes() == b"")
         if self.launch.secure:
-            self.bench.check("the server was met", self.told.handshakes)
-            self.bench.check("nothing was asked for", not self.told.requests)
+            self.testbed.check("the server was met", self.told.handshakes)
+            self.testbed.check("nothing was asked for", not self.told.requests)
 
     def nothing_arrives(self, fault: str) -> None:
         """The fetch does not end."""
-        self.bench.wait_for("the request", lambda: self.asked(DOCUMENT_PATH))
+        self.testbed.wait_for("the request", lambda: self.asked(DOCUMENT_PATH))
         if fault == DRIP:
-            self.bench.wait_for("some bytes to be on their way", lambda: self.told.dripped >= 2)
-        self.bench.watch()
+            self.testbed.wait_for("some bytes to be on their way", lambda: self.told.dripped >= 2)
+        self.testbed.watch()
         self.stays_connecting()
-        self.bench.check("there is no copy of the document", not (self.bench.installation / "offline.txt").exists())
+        self.testbed.check("there is no copy of the document", not (self.testbed.installation / "offline.txt").exists())
 
     def page_arrives(self) -> None:
         """Not a document, but a text with elements."""
         said = "html\nhead\nbody\np\nloading news. with buffer:0\n"
-        self.bench.wait_for("the page's elements on the console", lambda: self.bench.console() == said)
-        self.bench.wait_for("the connecting text to go", lambda: not self.connecting_text_is_shown())
-        self.bench.check("no server has a column", not self.bench.columns())
-        self.bench.check("nothing on standard error", self.bench.errors() == "")
-        self.bench.check("the copy has the page", (self.bench.installation / "offline.txt").read_bytes() == PAGE)
+        self.testbed.wait_for("the page's elements on the console", lambda: self.testbed.console() == said)
+        self.testbed.wait_for("the connecting text to go", lambda: not self.connecting_text_is_shown())
+        self.testbed.check("no server has a column", not self.testbed.columns())
+        self.testbed.check("nothing on standard error", self.testbed.errors() == "")
+        self.testbed.check("the copy has the page", (self.testbed.installation / "offline.txt").read_bytes() == PAGE)
         for element in PICTURES:
             self.wait_for_empty(element)
-        self.bench.watch()
+        self.testbed.watch()
 
     def document_arrives(self, fault: str) -> None:
         document = self.told.contents[DOCUMENT_PATH]
@@ -205,20 +205,20 @@ class Judge:
             # Each tile has its own place in the document, in order.
             read = [element for element in PICTURES if f'{element.path}"'.encode() in document]
             unread = [element for element in PICTURES if element not in read]
-            self.bench.check("two tiles were read", len(read) == 5)
+            self.testbed.check("two tiles were read", len(read) == 5)
         text = re.sub(r"<!--.*?-->", "", document.decode("utf-8"), flags=re.S)
         names = re.findall(r"<([a-z]+)[^<>]*>", text)
         said = "".join(f"{name}\n" for name in names) + "loading news. with buffer:0\n"
-        self.bench.wait_for("the document's elements on the console", lambda: self.bench.console() == said)
-        self.bench.wait_for("the columns of all servers", lambda: self.bench.columns() == list(SERVERS))
-        self.bench.check("the connecting text is gone", self.bench.panel_is_bare_beside_the_columns())
-        copy = (self.bench.installation / "offline.txt").read_bytes()
-        self.bench.check("the copy has the document", copy == document)
+        self.testbed.wait_for("the document's elements on the console", lambda: self.testbed.console() == said)
+        self.testbed.wait_for("the columns of all servers", lambda: self.testbed.columns() == list(SERVERS))
+        self.testbed.check("the connecting text is gone", self.testbed.panel_is_bare_beside_the_columns())
+        copy = (self.testbed.installation / "offline.txt").read_bytes()
+        self.testbed.check("the copy has the document", copy == document)
         self.judge_logos()
         self.judge_choice()
         self.judge_pictures(unread)
         archive_fault = self.launch.faults.get("archive", "")
-        archive = ArchiveJudge(self.bench, self.told)
+        archive = ArchiveJudge(self.testbed, self.told)
         with self.cell("archive"):
             archive.judge(archive_fault, self.server.address(ARCHIVE, archive_fault), said)
         self.extraction = archive.extraction
@@ -226,13 +226,13 @@ class Judge:
     # Pictures
 
     def wait_for_empty(self, element: Element) -> None:
-        cache = self.bench.installation / element.cache
-        self.bench.wait_for(f"an empty {element.cache}", lambda: cache.exists() and cache.read_bytes() == b"")
+        cache = self.testbed.installation / element.cache
+        self.testbed.wait_for(f"an empty {element.cache}", lambda: cache.exists() and cache.read_bytes() == b"")
 
     def wait_for_cache(self, element: Element) -> None:
-        self.bench.wait_for(
+        self.testbed.wait_for(
             f"{element.cache} with the picture",
-            lambda: same_picture(self.bench.installation / element.cache, self.bench.world.folder / element.path[1:]),
+            lambda: same_picture(self.testbed.installation / element.cache, self.testbed.world.folder / element.path[1:]),
         )
 
     def judge_file(self, element: Element, fault: str) -> bool:
@@ -241,12 +241,12 @@ class Judge:
             self.wait_for_cache(element)
             return True
         if fault in ENDLESS:
-            self.bench.wait_for("the request", lambda: self.asked(element.path))
-            self.bench.check(f"there is no {element.cache}", not (self.bench.installation / element.cache).exists())
+            self.testbed.wait_for("the request", lambda: self.asked(element.path))
+            self.testbed.check(f"there is no {element.cache}", not (self.testbed.installation / element.cache).exists())
             return False
         self.wait_for_empty(element)
         asked = self.asked(element.path)
-        self.bench.check(
+        self.testbed.check(
             "it was asked for only where the server could answer",
             asked == (fault not in (REFUSED, *REFUSED_CERTIFICATES)),
         )
@@ -259,7 +259,7 @@ class Judge:
                 self.judge_logo(element, LOGOS, REFUSED)
             return
         if ONE_LOGO in faults:
-            self.bench.wait_for(
+            self.testbed.wait_for(
                 "two logos to be asked for", lambda: sum(self.asked(logo.path) for logo in LOGO_ELEMENTS) == 2
             )
         for element in LOGO_ELEMENTS:
@@ -272,47 +272,47 @@ class Judge:
         server = element.path[1:-4]
         with self.cell(cell):
             if self.judge_file(element, fault):
-                self.bench.wait_for(f"the logo of {server}", lambda: self.bench.shows_logo(server))
+                self.testbed.wait_for(f"the logo of {server}", lambda: self.testbed.shows_logo(server))
             else:
-                self.bench.check(f"the logo of {server} is not shown", not self.bench.shows_logo(server))
-                self.bench.check(f"the clients of {server} are", self.bench.offered(server, 0))
+                self.testbed.check(f"the logo of {server} is not shown", not self.testbed.shows_logo(server))
+                self.testbed.check(f"the clients of {server} are", self.testbed.offered(server, 0))
 
     def judge_choice(self) -> None:
-        bench = self.bench
-        bench.check("nothing is written before a choice", not bench.settings())
-        bench.click(client_button(SERVER, 0))
-        bench.wait_for("the choice in settings.txt", lambda: bench.settings() == CHOICE)
-        bench.wait_for_version("red")
-        bench.wait_for_buttons("download")
+        testbed = self.testbed
+        testbed.check("nothing is written before a choice", not testbed.settings())
+        testbed.click(client_button(SERVER, 0))
+        testbed.wait_for("the choice in settings.txt", lambda: testbed.settings() == CHOICE)
+        testbed.wait_for_version("red")
+        testbed.wait_for_buttons("download")
         fault = self.launch.faults.get(f"logo of {SERVER}", "")
-        shown = bench.screen.shows(bench.on_screen(SERVER_LABEL), bench.world.folder / f"{SERVER}.png")
+        shown = testbed.screen.shows(testbed.on_screen(SERVER_LABEL), testbed.world.folder / f"{SERVER}.png")
         if LOGOS in self.launch.faults:
-            bench.check("the title strip shows no logo", not shown)
+            testbed.check("the title strip shows no logo", not shown)
         elif ONE_LOGO not in self.launch.faults:
             with self.cell(f"logo of {SERVER}"):
-                bench.check("the title strip shows what there is of the logo", shown == (fault in WHOLE))
+                testbed.check("the title strip shows what there is of the logo", shown == (fault in WHOLE))
 
     def judge_pictures(self, unread: list[Element]) -> None:
         for element in PICTURES:
             with self.cell(element.name if element not in unread else DOCUMENT):
                 if element.name == "tile 1":
-                    self.bench.click(NEWS_TAB)
+                    self.testbed.click(NEWS_TAB)
                 elif element.page == "home" and element.name != "slide 1":
-                    self.bench.click(NEXT_SLIDE)
+                    self.testbed.click(NEXT_SLIDE)
                 if element in unread:
                     self.wait_for_empty(element)
                     shown = False
                 else:
                     shown = self.judge_file(element, self.launch.faults.get(element.name, ""))
-                self.bench.wait_for(
+                self.testbed.wait_for(
                     f"the picture of {element.name}" if shown else f"{element.name} without its picture",
                     lambda e=element, s=shown: self.is_shown(e) == s and (s or self.is_bare(e)),
                 )
-        self.bench.click(HOME_TAB)
+        self.testbed.click(HOME_TAB)
 
     def is_shown(self, element: Element) -> bool:
-        picture = self.bench.world.folder / element.path[1:]
-        return self.bench.screen.shows(self.bench.on_screen(element.place), picture, self.visible_part(element))
+        picture = self.testbed.world.folder / element.path[1:]
+        return self.testbed.screen.shows(self.testbed.on_screen(element.place), picture, self.visible_part(element))
 
     @staticmethod
     def visible_part(element: Element) -> Rect:
@@ -324,7 +324,7 @@ class Judge:
         if element.page == "home":
             return True
         picture = ROOT / "images" / f"{PLACEHOLDERS[int(element.name[-1]) - 1]}.png"
-        return self.bench.screen.shows(self.bench.on_screen(element.place), picture, self.visible_part(element))
+        return self.testbed.screen.shows(self.testbed.on_screen(element.place), picture, self.visible_part(element))
 
 
 def same_picture(path: Path, original: Path) -> bool:

@@ -14,7 +14,7 @@ from __future__ import annotations
 
 from dataclasses import dataclass, field
 
-from bench import ARCHIVE
+from testbed import ARCHIVE
 from certificates import GOOD, REFUSED_CERTIFICATES
 from drive import SERVERS, SLIDE_PICTURE, TILES, Rect
 from faultserver import ANSWER_FAULTS, FAULTS, REFUSED

@@ -22,7 +22,7 @@ import sys
 import time
 from pathlib import Path
 
-from bench import Bench, BASE_URL
+from testbed import Testbed, BASE_URL
 from certificates import Certificates
 from faultjudge import Judge
 from faultplan import Launch, cell_name, launches
@@ -41,16 +41,16 @@ def wanted(only: str) -> list[Launch]:
 
 
 def work(given: argparse.Namespace, tally: Tally) -> None:
-    bench = Bench(Native(given.program), given.scratch)
+    testbed = Testbed(Native(given.program), given.scratch)
     programs = {False: given.program.resolve(), True: given.secure_program.resolve()}
     server = None
     try:
-        bench.open()
-        certificates = Certificates(bench.scratch / "authority")
+        testbed.open()
+        certificates = Certificates(testbed.scratch / "authority")
         if given.own_corner:
             trust_only(certificates.trusted_folder())
         server = FaultServer(certificates, int(BASE_URL.rstrip("/").rpartition(":")[2]))
-        judge = Judge(bench, server)
+        judge = Judge(testbed, server)
         for number, launch in enumerate(wanted(given.only)):
             if number % given.of != given.number:
                 continue
@@ -58,7 +58,7 @@ def work(given: argparse.Namespace, tally: Tally) -> None:
                 for element, fault in launch.faults.items():
                     tally.skipped(cell_name(element, fault), "a test authority cannot be trusted here")
                 continue
-            bench.platform.program = programs[launch.secure]
+            testbed.platform.program = programs[launch.secure]
             started = time.monotonic()
             verdicts = judge.run(launch)
             if judge.slow:
@@ -67,11 +67,11 @@ def work(given: argparse.Namespace, tally: Tally) -> None:
             for element, verdict in verdicts.items():
                 tally.judged(cell_name(element, launch.faults.get(element, "")), verdict)
             tally.note(f"launch {number}: {time.monotonic() - started:.1f} s")
-        tally.note(f"longest wait of a window: {bench.longest * 1000:.0f} ms")
+        tally.note(f"longest wait of a window: {testbed.longest * 1000:.0f} ms")
     finally:
         if server is not None:
             server.close()
-        bench.close()
+        testbed.close()
 
 
 def main() -> int:

@@ -21,7 +21,7 @@ import time
 from collections import Counter
 from pathlib import Path
 
-sys.path.insert(0, os.fspath(Path(__file__).resolve().parents[2] / "demo"))
+sys.path[:0] = [os.fspath(Path(__file__).resolve().parents[2] / folder) for folder in ("tests/e2e", "demo")]
 
 from drive import (  # noqa: E402  (the demo's folder has to be known first)
     ACTION_BUTTON,

@@ -5,7 +5,7 @@
 set -euo pipefail
 source "$(dirname "$0")/sources.sh"
 build=$1
-mapfile -t files < <(own_files 'app/*.cpp' 'check/*.cpp' 'window/*.cpp' 'info/*.cpp' 'install/*.cpp' 'news/*.cpp')
+mapfile -t files < <(own_files 'app/*.cpp' 'base/*.cpp' 'check/*.cpp' 'fetch/*.cpp' 'window/*.cpp' 'info/*.cpp' 'install/*.cpp' 'news/*.cpp')
 [[ ${#files[@]} -gt 20 ]] || { echo "found only ${#files[@]} sources"; exit 1; }
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT

@@ -12,6 +12,8 @@ import subprocess
 import sys
 from pathlib import Path
 
+sys.path.insert(0, os.fspath(Path(__file__).resolve().parents[2] / "demo"))
+
 import make_world
 from make_world import WorldError
 from scene import Desktop, World, end_process, exit_on_terminate, prepare_installation, say

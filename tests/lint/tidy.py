@@ -19,7 +19,7 @@ from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 # Sources that can stand in one file, by folder. Each main() stands alone.
-GROUPS = (("window", "info", "install", "news"), ("check",), ("app",))
+GROUPS = (("window", "info", "install", "news", "fetch", "base"), ("check",), ("app",))
 INCLUDE = re.compile(r"^\s*#\s*include\s+\S+", re.M)
 
 

@@ -19,7 +19,7 @@ from make_world import WorldError, fresh_folder
 from scene import end_process, prepare_installation
 from screen import Screen
 
-DEMO = Path(__file__).resolve().parent
+DEMO = Path(__file__).resolve().parents[2] / "demo"
 
 
 class Native:

@@ -8,7 +8,7 @@ import sys
 import time
 from pathlib import Path
 
-sys.path.insert(0, os.fspath(Path(__file__).resolve().parents[2] / "demo"))
+sys.path[:0] = [os.fspath(Path(__file__).resolve().parents[2] / folder) for folder in ("tests/e2e", "demo")]
 
 from PIL import Image, ImageChops, ImageDraw, ImageFilter, ImageFont  # noqa: E402
 from drive import (  # noqa: E402
@@ -71,7 +71,7 @@ class SlowError(RoadError):
     """
 
 
-class Bench(Road):
+class Testbed(Road):
     def __init__(self, platform: Native, scratch: Path):
         super().__init__(platform, BASE_URL, scratch / "pictures", scratch / "road")
         self.pinger: Pinger | None = None

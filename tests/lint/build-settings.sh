@@ -23,5 +23,5 @@ done
 
 for url in 'http://127.0.0.1:8080/' 'https://cdn.example/games/emberwake/'; do
   configure "$url" || { cat "$scratch/log"; exit 1; }
-  grep -qF "R\"url($url)url\"" "$scratch/build/window/buildsettings.cpp"
+  grep -qF "R\"url($url)url\"" "$scratch/build/base/buildsettings.cpp"
 done

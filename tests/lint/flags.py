@@ -9,7 +9,7 @@ import sys
 
 FLAGS = """-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -std=c++17
 -DQT_NO_CAST_FROM_ASCII -DQT_NO_CAST_TO_ASCII -DQT_NO_CAST_FROM_BYTEARRAY""".split()
-FOLDERS = ("app/", "check/", "window/", "info/", "install/", "news/")
+FOLDERS = ("app/", "base/", "fetch/", "check/", "window/", "info/", "install/", "news/")
 
 # Sources that other builds compile, with the same functions of the build: the Windows program's tests
 # and the fuzz targets.
