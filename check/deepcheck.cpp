@@ -1,11 +1,12 @@
 #include "check/deepcheck.h"
 
+#include "base/documentlimits.h"
 #include "check/archive.h"
 #include "check/fetch.h"
 #include "check/rules.h"
+#include "fetch/picturesize.h"
 #include "info/serverpanel.h"
 #include "install/executables.h"
-#include "news/picturesize.h"
 
 #include <QBuffer>
 #include <QHash>
@@ -45,8 +46,8 @@ public:
     Findings all()
     {
         checkLogos();
-        checkPictures(m_content.slides, LauncherDocument::slides);
-        checkPictures(m_content.tiles, LauncherDocument::tiles);
+        checkPictures(m_content.slides, DocumentLimits::slides);
+        checkPictures(m_content.tiles, DocumentLimits::tiles);
         checkArchives();
         return m_findings;
     }

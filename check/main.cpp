@@ -1,5 +1,7 @@
 // emberwake-check: tells operators what players will see of a launcher document, before they do.
 
+#include "base/buildsettings.h"
+#include "base/console.h"
 #include "check/commandline.h"
 #include "check/deepcheck.h"
 #include "check/documentcontent.h"
@@ -7,8 +9,6 @@
 #include "check/output.h"
 #include "check/playersview.h"
 #include "check/rules.h"
-#include "info/console.h"
-#include "window/buildsettings.h"
 
 #include <QBuffer>
 #include <QCoreApplication>

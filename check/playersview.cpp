@@ -1,5 +1,7 @@
 #include "check/playersview.h"
 
+#include "base/documentlimits.h"
+
 #include <algorithm>
 
 PlayersView playersViewOf(const DocumentContent &content)
@@ -8,7 +10,7 @@ PlayersView playersViewOf(const DocumentContent &content)
     view.connected = !content.text.isEmpty();
     view.outdated = std::any_of(content.launchers.begin(), content.launchers.end(),
                                 [](const LauncherElement &element) {
-                                    return element.version > LauncherDocument::launcherVersion;
+                                    return element.version > DocumentLimits::launcherVersion;
                                 });
 
     ClientInfoTable table;
@@ -26,7 +28,7 @@ PlayersView playersViewOf(const DocumentContent &content)
                                             clients.value(QStringLiteral("Official")).version,
                                             clients.value(QStringLiteral("Beta")).version};
     }
-    view.slides = content.slides.mid(0, LauncherDocument::slides);
-    view.tiles = content.tiles.mid(0, LauncherDocument::tiles);
+    view.slides = content.slides.mid(0, DocumentLimits::slides);
+    view.tiles = content.tiles.mid(0, DocumentLimits::tiles);
     return view;
 }

@@ -1,5 +1,6 @@
 #include "check/rules.h"
 
+#include "base/documentlimits.h"
 #include "info/serverpanel.h"
 #include "install/savefilename.h"
 #include "install/versionweight.h"
@@ -95,8 +96,8 @@ public:
         checkPrevious();
         checkServerFolders();
         checkButtons();
-        checkNews(m_content.slides, QStringLiteral("slide"), LauncherDocument::slides);
-        checkNews(m_content.tiles, QStringLiteral("tile"), LauncherDocument::tiles);
+        checkNews(m_content.slides, QStringLiteral("slide"), DocumentLimits::slides);
+        checkNews(m_content.tiles, QStringLiteral("tile"), DocumentLimits::tiles);
         checkStrangers();
         checkEnd();
         return sortedByPlace(m_findings);
@@ -137,13 +138,13 @@ private:
     void checkLaunchers()
     {
         for (const LauncherElement &element : m_content.launchers) {
-            if (element.version > LauncherDocument::launcherVersion) {
+            if (element.version > DocumentLimits::launcherVersion) {
                 warning(element.place, "newer-launcher",
                         QStringLiteral("launchers up to version %1 show a warning, open the "
                                        "website and end")
-                            .arg(LauncherDocument::launcherVersion),
+                            .arg(DocumentLimits::launcherVersion),
                         QStringLiteral("ask for version %1 until a newer launcher can be had")
-                            .arg(LauncherDocument::launcherVersion));
+                            .arg(DocumentLimits::launcherVersion));
             }
             bool isNumber = false;
             (void)element.written.toInt(&isNumber);

@@ -1,6 +1,6 @@
 #include "check/terminal.h"
 
-#include "info/console.h"
+#include "base/console.h"
 
 #include <QString>
 

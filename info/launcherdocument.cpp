@@ -1,7 +1,7 @@
 // The launcher document: fetching it, its offline copy, and applying what it says to the window.
 
-#include "info/console.h"
-#include "info/filedownloader.h"
+#include "base/console.h"
+#include "fetch/filedownloader.h"
 #include "info/launcherdocumentreader.h"
 #include "ui_testform.h"
 #include "window/testform.h"

@@ -1,5 +1,7 @@
 #include "info/launcherdocumentreader.h"
 
+#include "base/documentlimits.h"
+
 #include <QCryptographicHash>
 #include <QXmlStreamReader>
 
@@ -46,7 +48,7 @@ private:
         for (QXmlStreamReader::TokenType token = m_xml.readNext();
              token != QXmlStreamReader::EndDocument && token != QXmlStreamReader::Invalid;
              token = m_xml.readNext()) {
-            if (m_newsElements >= LauncherDocument::newsElements) {
+            if (m_newsElements >= DocumentLimits::newsElements) {
                 return endHere(DocumentEnd::EnoughNews);
             }
             if (token == QXmlStreamReader::StartElement && !readElement()) {

@@ -6,18 +6,6 @@
 #include <QStringList>
 #include <QXmlStreamAttributes>
 
-// What the window has room for, and where reading ends.
-namespace LauncherDocument
-{
-constexpr int slides = 3;
-constexpr int tiles = 6;
-// Slides and tiles are read up to this number together; whatever follows the last of them, clients
-// included, is never seen.
-constexpr int newsElements = 9;
-// A document that asks for a newer launcher than this sends the player to the website.
-constexpr int launcherVersion = 1;
-} // namespace LauncherDocument
-
 // The texts of one slide or tile, ready to show.
 struct NewsEntry {
     QString title;

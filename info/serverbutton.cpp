@@ -1,6 +1,6 @@
 #include "info/serverbutton.h"
 
-#include "news/imagedownloader.h"
+#include "fetch/imagedownloader.h"
 
 #include <QLabel>
 #include <QPixmap>

@@ -1,9 +1,9 @@
 // The selection panel: one column per server, and applying the player's choice.
 
+#include "fetch/imagedownloader.h"
 #include "info/serverbutton.h"
 #include "info/serverpanel.h"
 #include "install/versionweight.h"
-#include "news/imagedownloader.h"
 #include "ui_testform.h"
 #include "window/testform.h"
 

@@ -1,6 +1,6 @@
 // The installed clients on disk: <server>/<client>/<version>/ under the working directory.
 
-#include "install/pathsafety.h"
+#include "base/pathsafety.h"
 #include "install/removal.h"
 #include "install/versionweight.h"
 #include "window/testform.h"

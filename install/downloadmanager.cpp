@@ -1,11 +1,11 @@
 #include "install/downloadmanager.h"
 
-#include "info/console.h"
-#include "install/pathsafety.h"
+#include "base/console.h"
+#include "base/pathsafety.h"
+#include "install/extractor.h"
 #include "install/removal.h"
 #include "install/savefilename.h"
 #include "install/speedtext.h"
-#include "window/testform.h"
 
 #include <QDir>
 #include <QNetworkReply>
@@ -228,6 +228,6 @@ void DownloadManager::install()
 
     const QString zipFile = QDir::toNativeSeparators(workingDirectory.absoluteFilePath(filename));
     const QString folderPath = QDir::toNativeSeparators(workingDirectory.absoluteFilePath(folder));
-    testform::unzip2Folder(zipFile, folderPath, this, password);
+    Extractor::unpack(zipFile, folderPath, this, password);
     (void)Removal::removeFile(filename);
 }

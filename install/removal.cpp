@@ -1,6 +1,6 @@
 #include "install/removal.h"
 
-#include "install/pathsafety.h"
+#include "base/pathsafety.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
 #include "install/textprogressbar.h"
 
-#include "info/console.h"
+#include "base/console.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,7 +1,7 @@
 #include "news/news.h"
 
-#include "info/console.h"
-#include "news/imagedownloader.h"
+#include "base/console.h"
+#include "fetch/imagedownloader.h"
 
 #include <QLabel>
 #include <QStringList>

@@ -1,6 +1,6 @@
 // The two tabs, the carousel of slides and the tiles: showing them and opening their pages.
 
-#include "info/console.h"
+#include "base/console.h"
 #include "ui_testform.h"
 #include "window/testform.h"
 

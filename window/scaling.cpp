@@ -1,7 +1,7 @@
 // Proportional scaling: the design geometry is recorded once, and every widget, picture and font is
 // set from it at each new size.
 
-#include "news/imagedownloader.h"
+#include "fetch/imagedownloader.h"
 #include "window/designscale.h"
 #include "window/mysizegrip.h"
 #include "window/testform.h"

@@ -1,8 +1,9 @@
 #include "window/testform.h"
 
-#include "info/console.h"
+#include "base/buildsettings.h"
+#include "base/console.h"
+#include "base/documentlimits.h"
 #include "ui_testform.h"
-#include "window/buildsettings.h"
 
 #include <QApplication>
 #include <QPixmapCache>
@@ -62,7 +63,7 @@ void testform::assignConstants()
     DIR_OFFLINE = QStringLiteral("offline.txt");
     DIR_SETTINGS = QStringLiteral("settings.txt");
     BASE_URL = BuildSettings::baseUrl();
-    LAUNCHER_VERSION = LauncherDocument::launcherVersion;
+    LAUNCHER_VERSION = DocumentLimits::launcherVersion;
     WEBSITE_URL = BuildSettings::websiteUrl();
 
     isDownloadingClient = false;

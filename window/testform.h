@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/documentlimits.h"
 #include "info/clientinfo.h"
 #include "info/launcherdocumentreader.h"
 #include "info/settings.h"
@@ -236,10 +237,10 @@ private:
     QGroupBox *contents[2] = {};
     int numButtons = 2;
     int slideState = -1;
-    int numSlides = LauncherDocument::slides;
+    int numSlides = DocumentLimits::slides;
     QLabel *activeSlides[3] = {};
     QLabel *passiveSlides[3] = {};
-    int numNews = LauncherDocument::tiles;
+    int numNews = DocumentLimits::tiles;
 
     // install/: nothing ever sets it
     bool isDownloadingClient = false;

@@ -3,8 +3,8 @@
 // offline.txt into the working folder, as the product does.
 
 #include "bench/measuring.h"
-#include "info/filedownloader.h"
-#include "news/imagedownloader.h"
+#include "fetch/filedownloader.h"
+#include "fetch/imagedownloader.h"
 #include "window/testform.h"
 
 #include <QApplication>

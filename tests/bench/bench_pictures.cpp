@@ -2,8 +2,8 @@
 // scaling it once: bench_pictures ROUNDS PICTURE...
 
 #include "bench/measuring.h"
-#include "info/filedownloader.h"
-#include "news/imagedownloader.h"
+#include "fetch/filedownloader.h"
+#include "fetch/imagedownloader.h"
 #include "ui_testform.h"
 #include "window/testform.h"
 

@@ -2,7 +2,7 @@
 // without: bench_rescale ROUNDS.
 
 #include "bench/measuring.h"
-#include "news/imagedownloader.h"
+#include "fetch/imagedownloader.h"
 #include "support/documents.h"
 #include "support/httpserver.h"
 #include "support/scratchfolder.h"

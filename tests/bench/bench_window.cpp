@@ -11,11 +11,11 @@
 // With a file, its pictures take the place of the launcher's own.
 
 #include "bench/measuring.h"
-#include "info/filedownloader.h"
+#include "fetch/filedownloader.h"
+#include "fetch/imagedownloader.h"
 #include "info/serverbutton.h"
 #include "info/serverpanel.h"
 #include "install/downloadmanager.h"
-#include "news/imagedownloader.h"
 #include "support/testsettings.h"
 #include "ui_testform.h"
 #include "window/testform.h"

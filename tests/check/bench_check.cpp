@@ -1,11 +1,11 @@
 // How long the checker takes for a document of many entries, beside a bare pass of the toolkit's
 // reader over the same text. A benchmark, not a test: it prints figures and judges nothing.
 
+#include "base/console.h"
 #include "check/documentcontent.h"
 #include "check/output.h"
 #include "check/playersview.h"
 #include "check/rules.h"
-#include "info/console.h"
 
 #include <QXmlStreamReader>
 

@@ -4,7 +4,7 @@
 #include "check/documentcontent.h"
 #include "check/fetch.h"
 #include "check/rules.h"
-#include "info/filedownloader.h"
+#include "fetch/filedownloader.h"
 #include "support/archives.h"
 #include "support/documents.h"
 #include "support/httpserver.h"

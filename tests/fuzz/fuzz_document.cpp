@@ -1,8 +1,8 @@
 // The launcher document with everything it sets off: texts on labels, the table of clients, the
 // panel with its buttons, the choice that is applied at once.
 
-#include "info/filedownloader.h"
-#include "news/imagedownloader.h"
+#include "fetch/filedownloader.h"
+#include "fetch/imagedownloader.h"
 #include "support/testsettings.h"
 #include "ui_testform.h"
 #include "window/testform.h"

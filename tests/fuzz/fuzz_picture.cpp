@@ -1,7 +1,7 @@
 // A picture from the network, from its bytes to the label that shows it and the file that keeps it.
 
-#include "info/filedownloader.h"
-#include "news/imagedownloader.h"
+#include "fetch/filedownloader.h"
+#include "fetch/imagedownloader.h"
 
 #include <QApplication>
 #include <QDir>

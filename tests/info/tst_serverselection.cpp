@@ -1,6 +1,6 @@
+#include "fetch/imagedownloader.h"
 #include "info/serverbutton.h"
 #include "info/world.h"
-#include "news/imagedownloader.h"
 #include "support/messagelog.h"
 #include "support/windowdriver.h"
 #include "ui_testform.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "info/filedownloader.h"
+#include "fetch/filedownloader.h"
 #include "support/documents.h"
 #include "support/httpserver.h"
 #include "support/scratchfolder.h"

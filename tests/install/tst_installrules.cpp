@@ -1,5 +1,5 @@
+#include "base/pathsafety.h"
 #include "install/executables.h"
-#include "install/pathsafety.h"
 #include "install/savefilename.h"
 #include "install/speedtext.h"
 #include "install/textprogressbar.h"

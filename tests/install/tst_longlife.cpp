@@ -1,4 +1,4 @@
-#include "info/filedownloader.h"
+#include "fetch/filedownloader.h"
 #include "info/serverbutton.h"
 #include "install/downloadmanager.h"
 #include "installworld.h"

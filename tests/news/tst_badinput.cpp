@@ -1,6 +1,6 @@
-#include "info/filedownloader.h"
+#include "fetch/filedownloader.h"
+#include "fetch/imagedownloader.h"
 #include "info/serverbutton.h"
-#include "news/imagedownloader.h"
 #include "news/newsworld.h"
 #include "support/consolecapture.h"
 #include "support/messagelog.h"

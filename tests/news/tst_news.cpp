@@ -1,5 +1,5 @@
-#include "info/filedownloader.h"
-#include "news/imagedownloader.h"
+#include "fetch/filedownloader.h"
+#include "fetch/imagedownloader.h"
 #include "news/news.h"
 #include "support/consolecapture.h"
 #include "support/documents.h"

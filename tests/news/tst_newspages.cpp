@@ -1,4 +1,4 @@
-#include "news/imagedownloader.h"
+#include "fetch/imagedownloader.h"
 #include "news/newsworld.h"
 #include "support/consolecapture.h"
 #include "support/messagelog.h"

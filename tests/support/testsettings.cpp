@@ -1,6 +1,6 @@
 #include "support/testsettings.h"
 
-#include "window/buildsettings.h"
+#include "base/buildsettings.h"
 
 namespace
 {

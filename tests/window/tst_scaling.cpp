@@ -1,4 +1,4 @@
-#include "news/imagedownloader.h"
+#include "fetch/imagedownloader.h"
 #include "support/documents.h"
 #include "support/httpserver.h"
 #include "support/scratchfolder.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "news/picturesize.h"
+#include "fetch/picturesize.h"
 
 #include <QObject>
 #include <QPointer>

@@ -1,4 +1,4 @@
-#include "info/filedownloader.h"
+#include "fetch/filedownloader.h"
 #include "support/holdings.h"
 #include "support/httpserver.h"
 #include "support/testsettings.h"

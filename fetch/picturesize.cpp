@@ -1,4 +1,4 @@
-#include "news/picturesize.h"
+#include "fetch/picturesize.h"
 
 #include <QBuffer>
 #include <QImageReader>

@@ -1,4 +1,4 @@
-#include "info/oneperturn.h"
+#include "fetch/oneperturn.h"
 
 #include <QBasicTimer>
 #include <QCoreApplication>

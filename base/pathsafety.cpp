@@ -1,4 +1,4 @@
-#include "install/pathsafety.h"
+#include "base/pathsafety.h"
 
 #include <QDir>
 #include <QFileInfo>

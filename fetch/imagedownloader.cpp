@@ -1,8 +1,8 @@
-#include "news/imagedownloader.h"
+#include "fetch/imagedownloader.h"
 
-#include "info/filedownloader.h"
-#include "info/oneperturn.h"
-#include "install/pathsafety.h"
+#include "base/pathsafety.h"
+#include "fetch/filedownloader.h"
+#include "fetch/oneperturn.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
-#include "info/filedownloader.h"
+#include "fetch/filedownloader.h"
 
-#include "info/oneperturn.h"
+#include "fetch/oneperturn.h"
 
 #include <QNetworkReply>
 #include <QNetworkRequest>

@@ -1,4 +1,4 @@
-#include "info/console.h"
+#include "base/console.h"
 
 #include <QByteArray>
 #include <QString>
