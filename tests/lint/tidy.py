@@ -93,7 +93,12 @@ def main() -> int:
         arguments = {source: arguments_of(source, commands) for source in sources}
         alone = [source for source in sources if Path(source).name == "main.cpp"]
         rest = [source for source in sources if source not in alone]
-        batches += [(batch, arguments[batch[0]]) for batch in (rest, *([source] for source in alone)) if batch]
+        # Whoever may use the most libraries can read what the others read.
+        batches += [
+            (batch, max((arguments[source] for source in batch), key=len))
+            for batch in (rest, *([source] for source in alone))
+            if batch
+        ]
     with tempfile.TemporaryDirectory() as scratch, ThreadPoolExecutor(max_workers=2) as pool:
         problems += [text for text in pool.map(lambda b: check_together(*b, Path(scratch)), batches) if text]
     print("\n".join(problems))
