@@ -96,11 +96,11 @@ void ImageDownloader::fetch()
 // Decoding keeps the window waiting: pictures that arrive together are loaded one by one.
 void ImageDownloader::takeTurn()
 {
-    ++waiting;
-    OnePerTurn::take(this, [this, asked = picturesAsked] {
+    ++m_waiting;
+    OnePerTurn::take(this, [this, asked = m_picturesAsked] {
         // Another picture may have been asked for meanwhile.
-        if (asked == picturesAsked) {
-            --waiting;
+        if (asked == m_picturesAsked) {
+            --m_waiting;
             loadData();
         }
     });
@@ -108,10 +108,10 @@ void ImageDownloader::takeTurn()
 
 void ImageDownloader::downloadNewImage(QUrl newUrl, QLabel *newLabel)
 {
-    if ((isDownloaded || waiting > 0) && fd != nullptr) {
+    if ((isDownloaded || m_waiting > 0) && fd != nullptr) {
         disconnect(fd, &FileDownloader::downloaded, this, &ImageDownloader::takeTurn);
-        ++picturesAsked;
-        waiting = 0;
+        ++m_picturesAsked;
+        m_waiting = 0;
         // Deleted in a later turn of the event loop: the caller may be answering loadedImage()
         // while the fetch is still emitting its own signal.
         fd->deleteLater();

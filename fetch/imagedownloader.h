@@ -71,8 +71,8 @@ private:
     QPixmap *px_orig = nullptr; // unscaled original
     QUrl url;
     FileDownloader *fd = nullptr; // a child; the newest fetch
-    int waiting = 0;              // fetches that have ended and wait for their turn
-    int picturesAsked = 0;        // grows when another picture replaces one that has arrived
+    int m_waiting = 0;            // fetches that have ended and wait for their turn
+    int m_picturesAsked = 0;      // grows when another picture replaces one that has arrived
     bool enableLoadBuffer = true;
     bool createdPixmap; // made for a label
 };

@@ -3,7 +3,6 @@
 #include "fetch/imagedownloader.h"
 #include "info/serverbutton.h"
 #include "info/serverpanel.h"
-#include "install/versionweight.h"
 #include "ui_testform.h"
 #include "window/testform.h"
 
@@ -131,8 +130,7 @@ void testform::serverSelectCallback()
     ui->serverButtonsGroup->hide();
 
     const QString installed = getInstalledVersion();
-    showClientVersion(installed.isEmpty() ? selectedClientInfo.version : installed,
-                      versionColour(installed, selectedClientInfo.version));
+    showClientVersion(installed.isEmpty() ? selectedClientInfo.version : installed, installed);
     ui->labelServer->setStyleSheet(QStringLiteral("background-color: rgba(0,0,0,0);"));
     showServerLogo();
 
@@ -154,15 +152,6 @@ void testform::showServerLogo()
     if (const QPixmap *logo = server->getPixmap()) {
         ui->labelServer->setPixmap(scaledToSize(*logo, ui->labelServer->size()));
     }
-}
-
-// Client kind in upper case, and the version in brackets in one of the colour words.
-void testform::showClientVersion(const QString &version, const QString &colour)
-{
-    ui->labelClient->setText(selectedClientInfo.client.toUpper());
-    ui->labelClientVersion->setText(QLatin1Char('(') + version + QLatin1Char(')'));
-    ui->labelClientVersion->setStyleSheet(
-        QStringLiteral("color: %1; background-color: rgba(0,0,0,0);").arg(colour));
 }
 
 void testform::on_btnSelectServer_clicked()

@@ -20,27 +20,37 @@ void showEnabled(QPushButton *button)
 
 void testform::updateButtonStates(QString state)
 {
-    const QString installed = getInstalledVersion();
-    const bool isInstalled = !installed.isEmpty();
-    const bool isCurrent = isInstalled && installed == selectedClientInfo.version;
-    showButtonsForInstalled(isInstalled, isCurrent);
+    const Installed installed = whatIsInstalled();
+    showButtonsFor(installed);
 
     if (state == QLatin1String("updateProgress")) {
-        enableActionButtons(false, false);
+        enablePlay(false);
+        enableUpdateAndDownload(false);
     } else if (state == QLatin1String("updateFinished")) {
-        enableActionButtons(true, false);
+        enablePlay(true);
+        enableUpdateAndDownload(false);
     }
 
     // One Play button is enough: alone in Update's place, or left of Update.
-    if (isInstalled) {
-        ui->btnPlay->setVisible(isCurrent);
-        ui->btnPlay_2->setVisible(!isCurrent);
+    if (installed != Installed::Nothing) {
+        ui->btnPlay->setVisible(installed == Installed::OfferedVersion);
+        ui->btnPlay_2->setVisible(installed == Installed::AnotherVersion);
     }
 }
 
-void testform::showButtonsForInstalled(bool isInstalled, bool isCurrent)
+testform::Installed testform::whatIsInstalled()
 {
-    if (!isInstalled) {
+    const QString version = getInstalledVersion();
+    if (version.isEmpty()) {
+        return Installed::Nothing;
+    }
+    return version == selectedClientInfo.version ? Installed::OfferedVersion
+                                                 : Installed::AnotherVersion;
+}
+
+void testform::showButtonsFor(Installed installed)
+{
+    if (installed == Installed::Nothing) {
         ui->btnPlay->hide();
         ui->btnPlay_2->hide();
         ui->btnUpdate->hide();
@@ -49,7 +59,7 @@ void testform::showButtonsForInstalled(bool isInstalled, bool isCurrent)
     }
     showEnabled(ui->btnPlay);
     showEnabled(ui->btnPlay_2);
-    if (isCurrent) {
+    if (installed == Installed::OfferedVersion) {
         ui->btnUpdate->hide();
     } else {
         showEnabled(ui->btnUpdate);
@@ -57,13 +67,17 @@ void testform::showButtonsForInstalled(bool isInstalled, bool isCurrent)
     ui->btnDownload->hide();
 }
 
-// Visibility is not touched: a button that shows stays where it is while disabled.
-void testform::enableActionButtons(bool play, bool updateAndDownload)
+// These two leave visibility alone: a button that shows stays where it is while disabled.
+void testform::enablePlay(bool enable)
 {
-    ui->btnPlay->setEnabled(play);
-    ui->btnPlay_2->setEnabled(play);
-    ui->btnUpdate->setEnabled(updateAndDownload);
-    ui->btnDownload->setEnabled(updateAndDownload);
+    ui->btnPlay->setEnabled(enable);
+    ui->btnPlay_2->setEnabled(enable);
+}
+
+void testform::enableUpdateAndDownload(bool enable)
+{
+    ui->btnUpdate->setEnabled(enable);
+    ui->btnDownload->setEnabled(enable);
 }
 
 // The keyboard reaches the buttons under the panel before anything was chosen. There is no client

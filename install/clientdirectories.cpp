@@ -3,6 +3,7 @@
 #include "base/pathsafety.h"
 #include "install/removal.h"
 #include "install/versionweight.h"
+#include "ui_testform.h"
 #include "window/testform.h"
 
 #include <QDir>
@@ -77,6 +78,17 @@ void testform::deleteInstallationFiles()
         // A directory of such a name stays.
         (void)Removal::removeFile(archive);
     }
+}
+
+// The selected client kind in upper case, and a version in brackets. Its colour tells how what is
+// installed compares with what is offered.
+void testform::showClientVersion(const QString &version, const QString &installed)
+{
+    ui->labelClient->setText(selectedClientInfo.client.toUpper());
+    ui->labelClientVersion->setText(QLatin1Char('(') + version + QLatin1Char(')'));
+    ui->labelClientVersion->setStyleSheet(
+        QStringLiteral("color: %1; background-color: rgba(0,0,0,0);")
+            .arg(versionColour(installed, selectedClientInfo.version)));
 }
 
 bool testform::fileExists(QString path)

@@ -1,7 +1,6 @@
 // Downloading the selected client, and what the window shows meanwhile and at the end.
 
 #include "install/downloadmanager.h"
-#include "install/versionweight.h"
 #include "ui_testform.h"
 #include "window/testform.h"
 
@@ -45,12 +44,10 @@ void testform::updateFinished()
     ui->downloadProgressBar->hide();
     installedVersion = selectedClientInfo.version;
 
-    QString version = getInstalledVersion();
-    // The colour tells what was installed before the clean-up below.
-    const QString colour = versionColour(version, selectedClientInfo.version);
-    if (!selectedClientInfo.version.isEmpty()) {
-        version = selectedClientInfo.version;
-    }
+    // The label's colour tells what was installed before the clean-up below.
+    const QString installed = getInstalledVersion();
+    const QString version =
+        selectedClientInfo.version.isEmpty() ? installed : selectedClientInfo.version;
 
     // Success is judged by the directory alone: a failed transfer never makes it, a failed
     // extraction leaves it behind.
@@ -60,7 +57,7 @@ void testform::updateFinished()
     } else {
         ui->downloadProgressText->setText(QStringLiteral("Download failed"));
     }
-    showClientVersion(version, colour);
+    showClientVersion(version, installed);
 
     // kept: also after a failed download, so that a failed update leaves no version at all.
     deleteOlderVersions();

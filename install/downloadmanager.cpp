@@ -102,7 +102,7 @@ void DownloadManager::startNextDownload()
         startNextDownload();
         return; // skip this download
     }
-    writeError.clear();
+    m_writeError.clear();
 
     // A request without attributes of its own: a redirect is not followed, it ends the download
     // with whatever body it carries.
@@ -128,9 +128,9 @@ void DownloadManager::downloadProgress(qint64 bytesReceived, qint64 bytesTotal)
 
 void DownloadManager::downloadReadyRead()
 {
-    if (!turnEnd.isActive()) {
-        turnEnd.start(0, this);
-        turnTime.start();
+    if (!m_turnEnd.isActive()) {
+        m_turnEnd.start(0, this);
+        m_turnTime.start();
     }
     if (!takeReceivedBytes(longestTurn)) {
         // A disk that takes no more ends the transfer; finished() follows at once.
@@ -140,11 +140,11 @@ void DownloadManager::downloadReadyRead()
 
 void DownloadManager::timerEvent(QTimerEvent *event)
 {
-    if (event->timerId() != turnEnd.timerId()) {
+    if (event->timerId() != m_turnEnd.timerId()) {
         QObject::timerEvent(event);
         return;
     }
-    turnEnd.stop();
+    m_turnEnd.stop();
     if (currentDownload != nullptr && currentDownload->bytesAvailable() > 0) {
         downloadReadyRead();
     }
@@ -157,8 +157,8 @@ bool DownloadManager::takeReceivedBytes(qint64 turnLength)
     // One for all downloads, which share the GUI thread: clearing a new one each time took 7 % of a
     // download's processor time.
     static std::array<char, writeBlockSize> block;
-    while (writeError.isEmpty()) {
-        if (turnTime.hasExpired(turnLength)) {
+    while (m_writeError.isEmpty()) {
+        if (m_turnTime.hasExpired(turnLength)) {
             // The buffer fills, and then the server waits.
             return true;
         }
@@ -177,7 +177,7 @@ void DownloadManager::writeBlock(const char *data, qint64 size)
     while (size > 0) {
         const qint64 written = output.write(data, size);
         if (written <= 0) {
-            writeError = output.errorString();
+            m_writeError = output.errorString();
             return;
         }
         data += written;
@@ -190,14 +190,14 @@ void DownloadManager::downloadFinished()
     // A transfer given up while its bytes arrive may still report progress; nobody may hear of it
     // after the end.
     currentDownload->disconnect(this);
-    turnEnd.stop();
+    m_turnEnd.stop();
     // The limited buffer may still hold the end of the archive.
     (void)takeReceivedBytes(unlimited);
     progressBar.clear();
     output.close();
 
-    if (!writeError.isEmpty()) {
-        Console::error(QStringLiteral("Failed: %1\n").arg(writeError));
+    if (!m_writeError.isEmpty()) {
+        Console::error(QStringLiteral("Failed: %1\n").arg(m_writeError));
     } else if (currentDownload->error() != QNetworkReply::NoError) {
         Console::error(QStringLiteral("Failed: %1\n").arg(currentDownload->errorString()));
     } else {

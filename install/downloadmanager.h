@@ -62,8 +62,8 @@ private:
     QNetworkReply *currentDownload = nullptr; // the manager's; deleted later when it has ended
     QFile output;
     QElapsedTimer downloadTime;
-    QElapsedTimer turnTime; // since the first bytes of this turn of the event loop
-    QBasicTimer turnEnd;    // runs from then to the next turn
+    QElapsedTimer m_turnTime; // since the first bytes of this turn of the event loop
+    QBasicTimer m_turnEnd;    // runs from then to the next turn
     TextProgressBar progressBar;
     QString filename;
     QString clientVersion;
@@ -71,5 +71,5 @@ private:
     QString dir;
     int downloadedCount = 0; // ended without error
     int totalCount = 0;      // ever appended
-    QString writeError;      // why the archive could not be written; empty while it can
+    QString m_writeError;    // why the archive could not be written; empty while it can
 };

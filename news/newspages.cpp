@@ -34,6 +34,7 @@ void openPage(const QString &address)
 
 void testform::initNewsGui()
 {
+    static_assert(DocumentLimits::slides == 3, "each slide has its own labels in the form");
     homeNews[0] = boundTo(ui->homeNewsImageBackground, ui->homeNewsTitle, ui->homeNewsDescription);
     homeNews[1] =
         boundTo(ui->homeNewsImageBackground2, ui->homeNewsTitle2, ui->homeNewsDescription2);

@@ -42,7 +42,7 @@ Feedback onTile(QWidget *tile, QWidget *glowing, QWidget *title, QWidget *subtit
 // kept: the differences between rows. Large and medium tiles light their subtitle, small ones their
 // title; a press dims the transparent area, not the labels; only Play and Update are spared while
 // disabled.
-std::array<Feedback, 22> feedbackTable(const Ui::testform &ui)
+std::array<Feedback, testform::watchedButtons> feedbackTable(const Ui::testform &ui)
 {
     return {{
         onItself(ui.btnFacebook),
@@ -103,10 +103,11 @@ void clear(QWidget *widget)
 
 void testform::watchButtons()
 {
-    const std::array<Feedback, 22> table = feedbackTable(*ui);
-    for (int i = 0; i < numButtonsList; ++i) {
-        btn_list[i] = table[static_cast<std::size_t>(i)].button;
+    int i = 0;
+    for (const Feedback &feedback : feedbackTable(*ui)) {
+        btn_list[i] = feedback.button;
         btn_list[i]->installEventFilter(this);
+        ++i;
     }
 }
 

@@ -74,6 +74,7 @@ void testform::assignConstants()
 
 void testform::fillWidgetArrays()
 {
+    static_assert(tabs == 2 && DocumentLimits::slides == 3, "each has its own widgets in the form");
     activeButtons[0] = ui->btnHomeGroupActive;
     activeButtons[1] = ui->btnNewsGroupActive;
     passiveButtons[0] = ui->btnHomeGroup;

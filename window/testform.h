@@ -2,7 +2,6 @@
 
 #include "base/documentlimits.h"
 #include "info/clientinfo.h"
-#include "info/launcherdocumentreader.h"
 #include "info/settings.h"
 #include "news/news.h"
 
@@ -33,6 +32,7 @@ enum NewsTile {
     IMAGE_NEWS_SMALL_2 = 4,
     IMAGE_NEWS_SMALL_3 = 5,
 };
+static_assert(IMAGE_NEWS_SMALL_3 + 1 == DocumentLimits::tiles, "each tile has a name");
 
 // The launcher's main window. Everything the launcher knows lives here; what it creates belongs to
 // it or to the widget that shows it and stays until it closes. Operations stand in the folder of
@@ -61,6 +61,9 @@ public:
 
     // Hover and press feedback; never consumes an event.
     bool eventFilter(QObject *obj, QEvent *event) override;
+
+    static constexpr int tabs = 2;
+    static constexpr int watchedButtons = 22;
 
     // Constants of the class; empty (0) until the first window assigns them.
     static QString DIR_OFFLINE;
@@ -151,7 +154,6 @@ private:
     void applyRememberedSelection();
     void serverSelectCallback();
     void showServerLogo();
-    void showClientVersion(const QString &version, const QString &colour);
 
     // install/: client directories. Paths are relative to the working directory; the first two
     // create the server's and the client's folder when missing.
@@ -161,13 +163,17 @@ private:
     void deleteOlderVersions();
     void deleteInstallationFiles();
     bool fileExists(QString path);
+    void showClientVersion(const QString &version, const QString &installed);
 
     // install/: download and action buttons
     void downloadClient();
     void updateButtonStates(QString state);
     bool nothingChosenYet() const;
-    void showButtonsForInstalled(bool isInstalled, bool isCurrent);
-    void enableActionButtons(bool play, bool updateAndDownload);
+    enum class Installed { Nothing, AnotherVersion, OfferedVersion };
+    Installed whatIsInstalled();
+    void showButtonsFor(Installed installed);
+    void enablePlay(bool enable);
+    void enableUpdateAndDownload(bool enable);
     QString askGraphicsEngineFilter();
     void play(QString fileName = {});
 
@@ -184,8 +190,8 @@ private:
     Settings settings;
 
     // news/: items, bound to their labels by initNewsGui()
-    News homeNews[3];
-    News news[6];
+    News homeNews[DocumentLimits::slides];
+    News news[DocumentLimits::tiles];
 
     // install/: version of the last download that ended; nobody reads it
     QString installedVersion;
@@ -232,20 +238,20 @@ private:
 
     // news/: tabs and slides; the arrays are filled by the constructor
     int menuState = -1;
-    QGroupBox *activeButtons[2] = {};
-    QGroupBox *passiveButtons[2] = {};
-    QGroupBox *contents[2] = {};
-    int numButtons = 2;
+    QGroupBox *activeButtons[tabs] = {};
+    QGroupBox *passiveButtons[tabs] = {};
+    QGroupBox *contents[tabs] = {};
+    int numButtons = tabs;
     int slideState = -1;
     int numSlides = DocumentLimits::slides;
-    QLabel *activeSlides[3] = {};
-    QLabel *passiveSlides[3] = {};
+    QLabel *activeSlides[DocumentLimits::slides] = {};
+    QLabel *passiveSlides[DocumentLimits::slides] = {};
     int numNews = DocumentLimits::tiles;
 
     // install/: nothing ever sets it
     bool isDownloadingClient = false;
 
     // window/: the buttons watched for hover and press
-    int numButtonsList = 22;
-    QObject *btn_list[22] = {};
+    int numButtonsList = watchedButtons;
+    QObject *btn_list[watchedButtons] = {};
 };

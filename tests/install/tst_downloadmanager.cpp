@@ -980,9 +980,9 @@ void TestDownloadManager::aTurnTakesBytesForALimitedTime()
     QTRY_COMPARE_WITH_TIMEOUT(manager.currentDownload->bytesAvailable(), qint64(held), 10000);
 
     // This turn has lasted long enough.
-    manager.turnTime.start();
-    manager.turnEnd.start(0, &manager);
-    while (!manager.turnTime.hasExpired(50)) {
+    manager.m_turnTime.start();
+    manager.m_turnEnd.start(0, &manager);
+    while (!manager.m_turnTime.hasExpired(50)) {
         QThread::yieldCurrentThread();
     }
     manager.downloadReadyRead();
@@ -990,7 +990,7 @@ void TestDownloadManager::aTurnTakesBytesForALimitedTime()
     // The next one goes on by itself.
     QTRY_COMPARE_WITH_TIMEOUT(manager.output.size(), qint64(held), 10000);
     // And nothing turns while nothing comes.
-    QTRY_VERIFY_WITH_TIMEOUT(!manager.turnEnd.isActive(), 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(!manager.m_turnEnd.isActive(), 10000);
 
     server.release(text("client.zip"));
     QVERIFY(runToTheEnd(manager));
