@@ -1,0 +1,230 @@
+#include "fetch/imagedownloader.h"
+#include "fetch/picturesize.h"
+#include "picturetest.h"
+#include "support/consolecapture.h"
+#include "support/httpserver.h"
+#include "support/messagelog.h"
+#include "support/scratchfolder.h"
+#include "support/testsettings.h"
+
+#include <QBuffer>
+#include <QFile>
+#include <QImage>
+#include <QPixmap>
+#include <QSignalSpy>
+#include <QTest>
+
+// Pictures that are too large, broken, or none at all.
+class TestPictureLimits : public PictureTest
+{
+    Q_OBJECT
+
+private slots:
+    void reasonableSize_data();
+    void reasonableSize();
+    void sizeThatIsNotTold();
+    void sizeThatTheFrameHides();
+    void iconThatAsksForMore();
+
+    void noPicture_data();
+    void noPicture();
+    void brokenPicture_data();
+    void brokenPicture();
+    void statusIsNotLookedAt_data();
+    void statusIsNotLookedAt();
+};
+
+void TestPictureLimits::reasonableSize_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    QTest::addColumn<bool>("reasonable");
+    QTest::newRow("the largest") << 8000 << 2000 << true;
+    QTest::newRow("one row more") << 8000 << 2001 << false;
+    QTest::newRow("a ribbon") << 30000 << 533 << true;
+    QTest::newRow("both sides long") << 12000 << 12000 << false;
+}
+
+// Few bytes, many pixels.
+void TestPictureLimits::reasonableSize()
+{
+    QFETCH(int, width);
+    QFETCH(int, height);
+    QFETCH(bool, reasonable);
+    QImage picture(width, height, QImage::Format_Mono);
+    picture.fill(1);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    QVERIFY(buffer.open(QIODevice::WriteOnly));
+    QVERIFY(picture.save(&buffer, "PNG"));
+    QCOMPARE(isPictureOfReasonableSize(bytes), reasonable);
+    m_server->serve(QStringLiteral("picture"), bytes);
+    PictureLabel label({20, 10});
+    ImageDownloader downloader(QUrl(pictureUrl()), &label);
+    QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
+    downloader.downloadImage();
+    QVERIFY(loaded.wait(30000));
+    QCOMPARE(downloader.getOriginalPixmap()->isNull(), !reasonable);
+    QCOMPARE(label.pixmap(Qt::ReturnByValue).isNull(), !reasonable);
+}
+
+void TestPictureLimits::sizeThatIsNotTold()
+{
+    QVERIFY(isPictureOfReasonableSize(QByteArray()));
+    QVERIFY(isPictureOfReasonableSize("no picture"));
+}
+
+// A GIF file tells the size of the whole apart from those of its frames; here the frame is empty,
+// and the whole has 54 million pixels.
+void TestPictureLimits::sizeThatTheFrameHides()
+{
+    const QByteArray bytes =
+        QByteArray::fromHex("47494638376147"
+                            "0a3f50810000333333666666999999cccccc2c000000000700000828000500"
+                            "0001040e3b");
+    QVERIFY(!isPictureOfReasonableSize(bytes));
+    QByteArray smaller = bytes;
+    smaller[9] = 1; // 2631 x 319
+    QVERIFY(isPictureOfReasonableSize(smaller));
+    QVERIFY(isPictureOfReasonableSize(bytes.left(9)));
+}
+
+// An icon file whose entry claims to have a gigabyte.
+void TestPictureLimits::iconThatAsksForMore()
+{
+    QImage picture(16, 16, QImage::Format_ARGB32);
+    picture.fill(Qt::red);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    QVERIFY(buffer.open(QIODevice::WriteOnly));
+    QVERIFY(picture.save(&buffer, "ICO"));
+    QVERIFY(isPictureOfReasonableSize(bytes));
+    constexpr int highestByteOfSize = 6 + 11;
+    QByteArray greedy = bytes;
+    greedy[highestByteOfSize] = 0x40;
+    QVERIFY(!isPictureOfReasonableSize(greedy));
+    QByteArray ofCursors = greedy;
+    ofCursors[2] = 2;
+    QVERIFY(!isPictureOfReasonableSize(ofCursors));
+    QByteArray withoutEntries = bytes.left(6);
+    QVERIFY(!isPictureOfReasonableSize(withoutEntries));
+    QVERIFY(isPictureOfReasonableSize(bytes.left(5)));
+}
+
+void TestPictureLimits::noPicture_data()
+{
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QByteArray>("body");
+    QTest::newRow("an empty body") << 200 << QByteArray();
+    QTest::newRow("plain text") << 200 << QByteArray("this is no picture");
+    QTest::newRow("NUL bytes") << 200 << QByteArray(64, '\0');
+    QTest::newRow("a page") << 200 << QByteArray("<html><body>picture</body></html>");
+    QTest::newRow("not found, with a page") << 404 << QByteArray("<html>not found</html>");
+    QTest::newRow("not found, without a body") << 404 << QByteArray();
+    QTest::newRow("a server error") << 500 << QByteArray("out of order");
+    QTest::newRow("a redirect") << 302 << QByteArray();
+    QTest::newRow("nobody listens") << 0 << QByteArray();
+    QTest::newRow("no address at all") << -1 << QByteArray();
+}
+
+void TestPictureLimits::noPicture()
+{
+    QFETCH(int, status);
+    QFETCH(QByteArray, body);
+    ScratchFolder::write(QStringLiteral("picture.png"), busyPicture(9, 9));
+    m_server->serve(QStringLiteral("picture"), body, status);
+    m_server->serve(QStringLiteral("target"), busyPicture(5, 5));
+    if (status == 302) {
+        m_server->redirect(QStringLiteral("picture"), m_server->url(QStringLiteral("target")),
+                           body);
+    }
+    QUrl address(pictureUrl());
+    if (status == 0) {
+        address = QUrl(QLatin1String(TestSettings::nobodyListens) + QStringLiteral("picture"));
+    } else if (status < 0) {
+        address = QUrl();
+    }
+    PictureLabel label({20, 10});
+    label.setPixmap(QPixmap(20, 10));
+    ImageDownloader downloader(address, &label);
+    QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
+    {
+        ConsoleCapture console;
+        const MessageLog log;
+        QVERIFY(download(downloader));
+        QCOMPARE(MessageLog::messages(), QStringList());
+        QCOMPARE(console.out() + console.err(), QByteArray());
+    }
+    QCOMPARE(loaded.count(), 1);
+    QCOMPARE(downloader.isDownloaded, true);
+    QVERIFY(label.pixmap(Qt::ReturnByValue).isNull());
+    QVERIFY(downloader.getOriginalPixmap() != nullptr);
+    QVERIFY(downloader.getOriginalPixmap()->isNull());
+    QVERIFY(QFile::exists(QStringLiteral("picture.png")));
+    QCOMPARE(ScratchFolder::read(QStringLiteral("picture.png")), QByteArray());
+    QCOMPARE(m_server->requests(QStringLiteral("target")), 0);
+
+    // It counts as downloaded: asking again stays empty and asks nobody.
+    const int before = requests();
+    const MessageLog log;
+    downloader.downloadImage();
+    QVERIFY(label.pixmap(Qt::ReturnByValue).isNull());
+    QVERIFY(downloader.isDownloaded);
+    QCOMPARE(requests(), before);
+    QCOMPARE(MessageLog::messages(), QStringList());
+}
+
+void TestPictureLimits::brokenPicture_data()
+{
+    QTest::addColumn<bool>("connectionIsCut");
+    QTest::newRow("the server sends half of it") << false;
+    QTest::newRow("the connection is cut half-way") << true;
+}
+
+// The decoder of the toolkit may say a word about it; the launcher does not.
+void TestPictureLimits::brokenPicture()
+{
+    QFETCH(bool, connectionIsCut);
+    const QByteArray source = busyPicture(200, 200);
+    if (connectionIsCut) {
+        m_server->serveCut(QStringLiteral("picture"), source, source.size() / 2);
+    } else {
+        m_server->serve(QStringLiteral("picture"), source.left(source.size() / 2));
+    }
+    PictureLabel label({20, 10});
+    label.setPixmap(QPixmap(20, 10));
+    ImageDownloader downloader(QUrl(pictureUrl()), &label);
+    const MessageLog log;
+    QVERIFY(download(downloader));
+    QVERIFY(label.pixmap(Qt::ReturnByValue).isNull());
+    QVERIFY(downloader.getOriginalPixmap()->isNull());
+    QCOMPARE(ScratchFolder::tree(), QStringList{QStringLiteral("picture.png")});
+    QCOMPARE(ScratchFolder::read(QStringLiteral("picture.png")), QByteArray());
+}
+
+void TestPictureLimits::statusIsNotLookedAt_data()
+{
+    QTest::addColumn<int>("status");
+    QTest::newRow("not found") << 404;
+    QTest::newRow("a server error") << 500;
+    QTest::newRow("a redirect") << 302;
+}
+
+void TestPictureLimits::statusIsNotLookedAt()
+{
+    QFETCH(int, status);
+    const QByteArray source = busyPicture(6, 5);
+    m_server->serve(QStringLiteral("picture"), source, status);
+    if (status == 302) {
+        m_server->redirect(QStringLiteral("picture"), m_server->url(QStringLiteral("target")),
+                           source);
+    }
+    PictureLabel label({20, 10});
+    ImageDownloader downloader(QUrl(pictureUrl()), &label);
+    QVERIFY(download(downloader));
+    QVERIFY(shownOn(label) == stretched(source, {20, 10}));
+    QCOMPARE(m_server->requests(QStringLiteral("target")), 0);
+}
+
+QTEST_MAIN(TestPictureLimits)
+#include "tst_picturelimits.moc"
