@@ -1,0 +1,423 @@
+#include "downloads.h"
+#include "install/downloadmanager.h"
+#include "progressdue.h"
+#include "support/archives.h"
+#include "support/consolecapture.h"
+#include "support/httpserver.h"
+#include "support/links.h"
+#include "support/scratchfolder.h"
+
+#include <QCryptographicHash>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QNetworkReply>
+#include <QSignalSpy>
+#include <QTest>
+#include <QThread>
+
+#ifdef Q_OS_LINUX
+#include <csignal>
+#include <sys/resource.h>
+#include <unistd.h>
+#endif
+
+namespace
+{
+#ifdef Q_OS_LINUX
+// A value of this process's status in bytes, for example the memory it holds now (VmRSS).
+qint64 processStatus(const char *name)
+{
+    QFile status(text("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly)) {
+        return -1;
+    }
+    const QList<QByteArray> lines = status.readAll().split('\n');
+    for (const QByteArray &line : lines) {
+        if (line.startsWith(name)) {
+            return line.mid(line.indexOf(':') + 1).simplified().split(' ').value(0).toLongLong() *
+                   1024;
+        }
+    }
+    return -1;
+}
+
+void forgetPeakOfMemory()
+{
+    QFile file(text("/proc/self/clear_refs"));
+    if (file.open(QIODevice::WriteOnly)) {
+        file.write("5");
+    }
+}
+
+// A disk that takes no more than so many bytes of one file, as long as the object lives.
+class SmallDisk
+{
+public:
+    explicit SmallDisk(rlim_t bytes)
+    {
+        m_handler = std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_previous);
+        rlimit limit = m_previous;
+        limit.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~SmallDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_previous);
+        std::signal(SIGXFSZ, m_handler);
+    }
+    SmallDisk(const SmallDisk &) = delete;
+    SmallDisk &operator=(const SmallDisk &) = delete;
+
+private:
+    rlimit m_previous{};
+    void (*m_handler)(int) = nullptr;
+};
+#endif
+} // namespace
+
+// How an archive reaches the disk: whole, under which name, in which turns of the event loop, and
+// what happens on a disk that does not take it.
+class TestDownloadToDisk : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void archiveArrivesComplete_data();
+    void archiveArrivesComplete();
+    void existingFileIsNotOverwritten();
+    void saveFileThatCannotBeOpened_data();
+    void saveFileThatCannotBeOpened();
+
+    void aTurnTakesBytesForALimitedTime();
+    void bytesThatWaitForTheirTurnAtTheEnd();
+    void memoryStaysBounded();
+
+    void fullDisk_data();
+    void fullDisk();
+    void diskThatFillsUp_data();
+    void diskThatFillsUp();
+    void unwritableArchiveDoesNotSpoilTheNext();
+};
+
+void TestDownloadToDisk::archiveArrivesComplete_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::newRow("an empty body") << 0;
+    QTest::newRow("a single byte") << 1;
+    QTest::newRow("what fits into one block") << 64 * 1024;
+    QTest::newRow("one byte more than a block") << 64 * 1024 + 1;
+    QTest::newRow("what fits into the network's buffer") << 1024 * 1024;
+    QTest::newRow("one byte more than the buffer") << 1024 * 1024 + 1;
+    QTest::newRow("many times the buffer") << 23 * 1000 * 1000 + 7;
+}
+
+void TestDownloadToDisk::archiveArrivesComplete()
+{
+    QFETCH(int, size);
+    const ScratchFolder folder;
+    HttpServer server;
+    const QByteArray body = randomBytes(size);
+    server.serve(text("client.zip"), body);
+    Archives::provideExtractorScript(recordingExtractor);
+    DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
+    manager.append(QUrl(server.url(text("client.zip"))));
+    QVERIFY(runToTheEnd(manager));
+    QVERIFY(QFile::exists(text("archive.seen")));
+    const QByteArray seen = ScratchFolder::read(text("archive.seen"));
+    QCOMPARE(seen.size(), body.size());
+    QVERIFY(seen == body);
+}
+
+void TestDownloadToDisk::existingFileIsNotOverwritten()
+{
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serve(text("client.zip"), "new");
+    ScratchFolder::write(text("client.zip"), "old");
+    Archives::provideExtractorScript(recordingExtractor);
+    DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
+    QCOMPARE(manager.saveFileName(QUrl(server.url(text("client.zip")))), text("client.zip.0.zip"));
+    QCOMPARE(manager.saveFileName(QUrl(server.url(text("files/")))), text("download"));
+    manager.append(QUrl(server.url(text("client.zip"))));
+    QVERIFY(runToTheEnd(manager));
+    QCOMPARE(manager.filename, text("client.zip.0.zip"));
+    QCOMPARE(ScratchFolder::read(text("archive.seen")), QByteArray("new"));
+    QCOMPARE(ScratchFolder::read(text("client.zip")), QByteArray("old"));
+    QVERIFY(!QFile::exists(text("client.zip.0.zip")));
+}
+
+void TestDownloadToDisk::saveFileThatCannotBeOpened_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("a name longer than the disk allows")
+        << QString(300, QLatin1Char('n')) + text(".zip") << text("File name too long");
+    QTest::newRow("a link into a folder that does not exist")
+        << text("to nowhere.zip") << text("No such file or directory");
+    QTest::newRow("a link to itself")
+        << text("round.zip") << text("Too many levels of symbolic links");
+}
+
+void TestDownloadToDisk::saveFileThatCannotBeOpened()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, reason);
+    const ScratchFolder folder;
+    if (QByteArray(QTest::currentDataTag()).contains("link")) {
+        MAKE_LINK(text("missing/x.zip"), text("to nowhere.zip"));
+        MAKE_LINK(text("round.zip"), text("round.zip"));
+    }
+#ifdef Q_OS_WIN
+    // Each Windows says it in its own language.
+    QFile probe(name);
+    QVERIFY(!probe.open(QIODevice::WriteOnly));
+    reason = probe.errorString();
+#endif
+    const QStringList before = ScratchFolder::tree();
+    HttpServer server;
+    const QUrl url(server.url(name));
+    DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
+    QSignalSpy finished(&manager, &DownloadManager::finished);
+    QSignalSpy ended(&manager, &DownloadManager::updateFinished);
+    QSignalSpy progress(&manager, &DownloadManager::updateProgress);
+    QByteArray out;
+    QByteArray err;
+    {
+        ConsoleCapture console;
+        manager.append(url);
+        finished.wait(30000);
+        out = console.out();
+        err = console.err();
+    }
+    QCOMPARE(QString::fromUtf8(err),
+             text("Problem opening save file '") + name + text("' for download '") +
+                 QString::fromLatin1(url.toEncoded()) + text("': ") + reason + text("\n"));
+    QCOMPARE(out, QByteArray("0/1 files downloaded successfully\n"));
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(ended.count(), 0);
+    QCOMPARE(progress.count(), 0);
+    QCOMPARE(server.log(), QStringList());
+    QCOMPARE(ScratchFolder::tree(), before);
+}
+
+// A fast server or a slow disk must not keep the window from painting and answering.
+void TestDownloadToDisk::aTurnTakesBytesForALimitedTime()
+{
+    constexpr int held = 200 * 1000;
+    const ScratchFolder folder;
+    const QByteArray archive = randomBytes(held + 1);
+    HttpServer server;
+    server.serveHeld(text("client.zip"), archive, held);
+    DownloadManager manager(nullptr, text("1.0.0"), text("Alpha/Official"));
+    manager.append(QUrl(server.url(text("client.zip"))));
+    QTRY_VERIFY_WITH_TIMEOUT(manager.currentDownload != nullptr, 10000);
+    disconnect(manager.currentDownload, &QNetworkReply::readyRead, &manager, nullptr);
+    QTRY_COMPARE_WITH_TIMEOUT(manager.currentDownload->bytesAvailable(), qint64(held), 10000);
+
+    // This turn has lasted long enough.
+    manager.m_turnTime.start();
+    manager.m_turnEnd.start(0, &manager);
+    while (!manager.m_turnTime.hasExpired(50)) {
+        QThread::yieldCurrentThread();
+    }
+    manager.downloadReadyRead();
+    QCOMPARE(manager.output.size(), qint64(0));
+    // The next one goes on by itself.
+    QTRY_COMPARE_WITH_TIMEOUT(manager.output.size(), qint64(held), 10000);
+    // And nothing turns while nothing comes.
+    QTRY_VERIFY_WITH_TIMEOUT(!manager.m_turnEnd.isActive(), 10000);
+
+    server.release(text("client.zip"));
+    QVERIFY(runToTheEnd(manager));
+    QCOMPARE(manager.downloadedCount, 1);
+}
+
+void TestDownloadToDisk::bytesThatWaitForTheirTurnAtTheEnd()
+{
+    const ScratchFolder folder;
+    const QByteArray archive = randomBytes(300 * 1000);
+    Archives::provideExtractorScript(recordingExtractor);
+    HttpServer server;
+    server.serve(text("client.zip"), archive);
+    DownloadManager manager(nullptr, text("1.0.0"), text("Alpha/Official"));
+    manager.append(QUrl(server.url(text("client.zip"))));
+    QTRY_VERIFY_WITH_TIMEOUT(manager.currentDownload != nullptr, 10000);
+    // Everything has come when the first bytes would be taken.
+    disconnect(manager.currentDownload, &QNetworkReply::readyRead, &manager, nullptr);
+    QVERIFY(runToTheEnd(manager));
+    QCOMPARE(ScratchFolder::read(text("archive.seen")), archive);
+}
+
+void TestDownloadToDisk::memoryStaysBounded()
+{
+#ifdef Q_OS_LINUX
+#if defined(__SANITIZE_ADDRESS__)
+    QSKIP("the sanitizer keeps freed memory for a while, so the peak says nothing");
+#endif
+    constexpr qint64 size = 300LL * 1000 * 1000;
+    constexpr qint64 allowed = 64LL * 1024 * 1024;
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serveLarge(text("client.zip"), size);
+    Archives::provideExtractorScript("keep kept.zip");
+    DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
+    forgetPeakOfMemory();
+    const qint64 before = processStatus("VmRSS");
+    QVERIFY(before > 0);
+
+    // A slow disk: the launcher comes to nothing for a while, and all the time the server sends.
+    // What it sends must wait in the network, not in the launcher's memory.
+    bool busy = false;
+    connect(&manager, &DownloadManager::updateProgress, this, [&] {
+        if (busy) {
+            return;
+        }
+        busy = true;
+        QElapsedTimer waited;
+        waited.start();
+        while (!waited.hasExpired(1500) && processStatus("VmRSS") - before < allowed) {
+        }
+    });
+    manager.append(QUrl(server.url(text("client.zip"))));
+    QSignalSpy finished(&manager, &DownloadManager::finished);
+    QVERIFY(finished.wait(90000));
+    QVERIFY(busy);
+    const qint64 grown = processStatus("VmHWM") - before;
+    QVERIFY2(grown < allowed, qPrintable(text("%1 bytes").arg(grown)));
+
+    QFile kept(text("kept.zip"));
+    QVERIFY(kept.open(QIODevice::ReadOnly));
+    QCOMPARE(kept.size(), size);
+    QCryptographicHash keptSum(QCryptographicHash::Sha1);
+    QVERIFY(keptSum.addData(&kept));
+    QCryptographicHash sum(QCryptographicHash::Sha1);
+    const QByteArray block(1000 * 1000, 'e');
+    for (qint64 sent = 0; sent < size; sent += block.size()) {
+        sum.addData(block);
+    }
+    QCOMPARE(keptSum.result(), sum.result());
+#else
+    QSKIP("measured on Linux, where the peak can be forgotten first");
+#endif
+}
+
+void TestDownloadToDisk::fullDisk_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::addColumn<bool>("progressIsDue");
+    QTest::newRow("met while a long archive arrives") << 4 * 1024 * 1024 << false;
+    QTest::newRow("met when progress is just to be reported") << 4 * 1024 * 1024 << true;
+    QTest::newRow("met when the last bytes leave the file's own buffer") << 2000 << false;
+}
+
+void TestDownloadToDisk::fullDisk()
+{
+#ifdef Q_OS_LINUX
+    QFETCH(int, size);
+    QFETCH(bool, progressIsDue);
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serveHeld(text("client.zip"), QByteArray(size, 'x'));
+    Archives::provideExtractorScript(recordingExtractor);
+    DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
+    QSignalSpy finished(&manager, &DownloadManager::finished);
+    QSignalSpy ended(&manager, &DownloadManager::updateFinished);
+    QByteArray out;
+    QByteArray err;
+    {
+        ConsoleCapture console;
+        manager.append(QUrl(server.url(text("client.zip"))));
+        QTRY_COMPARE(server.requests(text("client.zip")), 1);
+        // From now on the archive lies on the device that is always full.
+        QFile full(text("/dev/full"));
+        QVERIFY(full.open(QIODevice::WriteOnly));
+        QVERIFY(dup2(full.handle(), manager.output.handle()) >= 0);
+        if (progressIsDue) {
+            QVERIFY(takeTimeUntilProgressIsDue(manager));
+        }
+        server.release(text("client.zip"));
+        finished.wait(30000);
+        out = console.out();
+        err = console.err();
+    }
+    QCOMPARE(err, QByteArray("Failed: No space left on device\n"));
+    QVERIFY2(!out.contains("Succeeded."), out.constData());
+    QVERIFY2(out.endsWith("\n0/1 files downloaded successfully\n"), out.constData());
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(ended.count(), 1);
+    QCOMPARE(manager.downloadedCount, 0);
+    // No folder of the version, and the extractor did not run.
+    QCOMPARE(ScratchFolder::tree(), (QStringList{text("client.zip"), text("unzip.exe")}));
+#else
+    QSKIP("only Linux offers a full disk to try it on");
+#endif
+}
+
+void TestDownloadToDisk::diskThatFillsUp_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::addColumn<int>("limit");
+    QTest::newRow("in the middle of a long archive") << 4 * 1024 * 1024 << 500 * 1000;
+    QTest::newRow("when the last bytes leave the file's own buffer") << 12000 << 9000;
+}
+
+void TestDownloadToDisk::diskThatFillsUp()
+{
+#ifdef Q_OS_LINUX
+    QFETCH(int, size);
+    QFETCH(int, limit);
+    const ScratchFolder folder;
+    HttpServer server;
+    const QByteArray body = randomBytes(size);
+    server.serve(text("client.zip"), body);
+    Archives::provideExtractorScript(recordingExtractor);
+    DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
+    QSignalSpy ended(&manager, &DownloadManager::updateFinished);
+    QByteArray out;
+    QByteArray err;
+    {
+        ConsoleCapture console;
+        const SmallDisk disk(static_cast<rlim_t>(limit));
+        manager.append(QUrl(server.url(text("client.zip"))));
+        runToTheEnd(manager);
+        out = console.out();
+        err = console.err();
+    }
+    QCOMPARE(err, QByteArray("Failed: File too large\n"));
+    QVERIFY2(out.endsWith("\n0/1 files downloaded successfully\n"), out.constData());
+    QVERIFY2(!out.contains("Succeeded."), out.constData());
+    QCOMPARE(ended.count(), 1);
+    QCOMPARE(ScratchFolder::tree(), (QStringList{text("client.zip"), text("unzip.exe")}));
+    QCOMPARE(ScratchFolder::read(text("client.zip")), body.left(limit));
+#else
+    QSKIP("only Linux offers a full disk to try it on");
+#endif
+}
+
+void TestDownloadToDisk::unwritableArchiveDoesNotSpoilTheNext()
+{
+#ifdef Q_OS_LINUX
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serve(text("large.zip"), QByteArray(4 * 1024 * 1024, 'x'));
+    server.serve(text("small.zip"), "small");
+    Archives::provideExtractorScript(recordingExtractor);
+    DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
+    QByteArray out;
+    {
+        ConsoleCapture console;
+        const SmallDisk disk(500 * 1000);
+        manager.append(QStringList{server.url(text("large.zip")), server.url(text("small.zip"))});
+        runToTheEnd(manager);
+        out = console.out();
+    }
+    QVERIFY2(out.endsWith("\nSucceeded.\n\n1/2 files downloaded successfully\n"), out.constData());
+    QCOMPARE(ScratchFolder::read(text("archive.seen")), QByteArray("small"));
+#else
+    QSKIP("only Linux offers a full disk to try it on");
+#endif
+}
+
+QTEST_MAIN(TestDownloadToDisk)
+#include "tst_downloadtodisk.moc"

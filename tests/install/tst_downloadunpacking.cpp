@@ -1,0 +1,191 @@
+#include "downloads.h"
+#include "install/downloadmanager.h"
+#include "support/archives.h"
+#include "support/consolecapture.h"
+#include "support/httpserver.h"
+#include "support/scratchfolder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace
+{
+// The paths of these arguments as the system writes them.
+QString inSystemsOwnWay(const QString &arguments)
+{
+    return QDir::toNativeSeparators(arguments);
+}
+} // namespace
+
+// What becomes of an archive that has arrived: where it is unpacked, and by which call.
+class TestDownloadUnpacking : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void archiveIsUnpackedIntoTheVersionFolderAndRemoved();
+    void withoutParentFolderTheVersionFolderLiesInTheWorkingDirectory();
+    void folderThatLeadsOutIsNotUnpackedInto_data();
+    void folderThatLeadsOutIsNotUnpackedInto();
+
+    void extractorArguments_data();
+    void extractorArguments();
+    void extractorRunsBeforeTheEndIsReported();
+    void noArchiveIsSilent();
+    void missingExtractorLeavesTheEmptyFolder();
+};
+
+void TestDownloadUnpacking::archiveIsUnpackedIntoTheVersionFolderAndRemoved()
+{
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serve(text("files/client.zip"),
+                 Archives::zip({{text("game.exe"), "game"}, {text("data/map.bin"), "map"}}));
+    Archives::provideExtractor();
+    DownloadManager manager(nullptr, text("2.1.4"), text("Alpha/Official"));
+    manager.append(QUrl(server.url(text("files/client.zip"))));
+    QVERIFY(runToTheEnd(manager));
+    QCOMPARE(
+        ScratchFolder::tree(),
+        (QStringList{text("Alpha/"), text("Alpha/Official/"), text("Alpha/Official/2.1.4/"),
+                     text("Alpha/Official/2.1.4/data/"), text("Alpha/Official/2.1.4/data/map.bin"),
+                     text("Alpha/Official/2.1.4/game.exe"), text("unzip.exe")}));
+    QCOMPARE(ScratchFolder::read(text("Alpha/Official/2.1.4/game.exe")), QByteArray("game"));
+    QCOMPARE(manager.filename, text("client.zip"));
+}
+
+void TestDownloadUnpacking::withoutParentFolderTheVersionFolderLiesInTheWorkingDirectory()
+{
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serve(text("client.zip"), Archives::zip({{text("game.exe"), "game"}}));
+    Archives::provideExtractor();
+    DownloadManager manager(nullptr, text("1.0"), QString());
+    manager.append(QUrl(server.url(text("client.zip"))));
+    QVERIFY(runToTheEnd(manager));
+    QCOMPARE(ScratchFolder::tree(),
+             (QStringList{text("1.0/"), text("1.0/game.exe"), text("unzip.exe")}));
+    QCOMPARE(folder.treeOutside(), QStringList());
+}
+
+void TestDownloadUnpacking::folderThatLeadsOutIsNotUnpackedInto_data()
+{
+    QTest::addColumn<QString>("parent"); // %1: the folder around the installation folder
+    QTest::addColumn<QString>("version");
+    QTest::newRow("a version that climbs out")
+        << text("Alpha/Official") << text("../../../Elsewhere");
+    QTest::newRow("a parent that climbs out") << text("../Elsewhere") << text("1.0");
+    QTest::newRow("an absolute parent") << text("%1/Elsewhere") << text("1.0");
+    QTest::newRow("the installation folder itself") << text("Alpha") << text("..");
+    QTest::newRow("neither parent nor version") << QString() << QString();
+}
+
+void TestDownloadUnpacking::folderThatLeadsOutIsNotUnpackedInto()
+{
+    QFETCH(QString, parent);
+    QFETCH(QString, version);
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serve(text("client.zip"), "archive");
+    Archives::provideExtractorScript(recordingExtractor);
+    DownloadManager manager(nullptr, version, parent.replace(text("%1"), folder.outside()));
+    QSignalSpy ended(&manager, &DownloadManager::updateFinished);
+    manager.append(QUrl(server.url(text("client.zip"))));
+    QVERIFY(runToTheEnd(manager));
+    QCOMPARE(ended.count(), 1);
+    QCOMPARE(manager.findChildren<QProcess *>().size(), 0);
+    QCOMPARE(ScratchFolder::tree(), QStringList{text("unzip.exe")});
+    QCOMPARE(folder.treeOutside(), QStringList());
+}
+
+void TestDownloadUnpacking::extractorArguments_data()
+{
+    QTest::addColumn<QString>("password");
+    QTest::addColumn<QString>("arguments"); // %1: the installation folder
+    QTest::newRow("without a password")
+        << QString() << text("3\n%1/a b.zip\n-d\n%1/Al pha/B/1.0\n");
+    QTest::newRow("with a password")
+        << text("sesame open") << text("5\n-P\nsesame open\n%1/a b.zip\n-d\n%1/Al pha/B/1.0\n");
+}
+
+void TestDownloadUnpacking::extractorArguments()
+{
+    QFETCH(QString, password);
+    QFETCH(QString, arguments);
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serve(text("a b.zip"), "archive");
+    Archives::provideExtractorScript(recordingExtractor);
+    DownloadManager manager(nullptr, text("1.0"), text("Al pha/B"), password);
+    manager.append(QUrl(server.url(text("a%20b.zip"))));
+    QVERIFY(runToTheEnd(manager));
+    QCOMPARE(QString::fromUtf8(ScratchFolder::read(text("arguments.txt"))),
+             inSystemsOwnWay(arguments.arg(folder.path())));
+    const QList<QProcess *> extractors = manager.findChildren<QProcess *>();
+    QCOMPARE(extractors.size(), 1);
+    QCOMPARE(extractors.constFirst()->parent(), static_cast<QObject *>(&manager));
+    QVERIFY(!QFile::exists(text("a b.zip")));
+    QVERIFY(QFileInfo(text("Al pha/B/1.0")).isDir());
+}
+
+void TestDownloadUnpacking::extractorRunsBeforeTheEndIsReported()
+{
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serve(text("client.zip"), Archives::zip({{text("game.exe"), "game"}}));
+    Archives::provideExtractor();
+    DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
+    QStringList seen;
+    connect(&manager, &DownloadManager::updateFinished, this, [&] {
+        seen << text("end") << (QFile::exists(text("client.zip")) ? text("archive") : text("none"))
+             << (QFile::exists(text("Alpha/Official/1.0/game.exe")) ? text("game") : text("none"));
+    });
+    connect(&manager, &DownloadManager::finished, this, [&] { seen << text("empty"); });
+    manager.append(QUrl(server.url(text("client.zip"))));
+    QVERIFY(runToTheEnd(manager));
+    QCOMPARE(seen, (QStringList{text("end"), text("none"), text("game"), text("empty")}));
+}
+
+void TestDownloadUnpacking::noArchiveIsSilent()
+{
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serve(text("client.zip"), "<html>no archive</html>");
+    Archives::provideExtractor();
+    DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
+    QSignalSpy ended(&manager, &DownloadManager::updateFinished);
+    QByteArray out;
+    QByteArray err;
+    {
+        ConsoleCapture console;
+        manager.append(QUrl(server.url(text("client.zip"))));
+        runToTheEnd(manager);
+        out = console.out();
+        err = console.err();
+    }
+    QVERIFY(out.endsWith("\nSucceeded.\n\n1/1 files downloaded successfully\n"));
+    QCOMPARE(err, QByteArray());
+    QCOMPARE(ended.count(), 1);
+    QCOMPARE(ScratchFolder::tree(), (QStringList{text("Alpha/"), text("Alpha/Official/"),
+                                                 text("Alpha/Official/1.0/"), text("unzip.exe")}));
+}
+
+void TestDownloadUnpacking::missingExtractorLeavesTheEmptyFolder()
+{
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serve(text("client.zip"), Archives::zip({{text("game.exe"), "game"}}));
+    DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
+    manager.append(QUrl(server.url(text("client.zip"))));
+    QVERIFY(runToTheEnd(manager));
+    QCOMPARE(manager.downloadedCount, 1);
+    QCOMPARE(ScratchFolder::tree(),
+             (QStringList{text("Alpha/"), text("Alpha/Official/"), text("Alpha/Official/1.0/")}));
+}
+
+QTEST_MAIN(TestDownloadUnpacking)
+#include "tst_downloadunpacking.moc"
