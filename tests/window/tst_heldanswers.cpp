@@ -1,0 +1,95 @@
+#include "badinputtest.h"
+#include "fetch/filedownloader.h"
+#include "news/newsworld.h"
+#include "support/consolecapture.h"
+#include "support/scratchfolder.h"
+
+#include <QSignalSpy>
+#include <QTest>
+#include <QThreadPool>
+
+// A window that is closed while something published is still on its way.
+class TestHeldAnswers : public BadInputTest
+{
+    Q_OBJECT
+
+private slots:
+    void windowGoesWhileSomethingIsHeld_data();
+    void windowGoesWhileSomethingIsHeld();
+};
+
+void TestHeldAnswers::windowGoesWhileSomethingIsHeld_data()
+{
+    QTest::addColumn<QStringList>("held");
+    QTest::addColumn<int>("bytes");
+    const QString slide = NewsWorld::path(itemNumber(0));
+    const QString tile = NewsWorld::path(itemNumber(8));
+    QTest::newRow("the document, before its first byte")
+        << QStringList{NewsWorld::documentPath()} << 0;
+    QTest::newRow("the document, half-way") << QStringList{NewsWorld::documentPath()} << 100;
+    QTest::newRow("a slide's picture, before its first byte") << QStringList{slide} << 0;
+    QTest::newRow("a slide's picture, half-way") << QStringList{slide} << 40;
+    QTest::newRow("a tile's picture, half-way") << QStringList{tile} << 40;
+    QTest::newRow("a logo, before its first byte") << QStringList{logoPath(alpha)} << 0;
+    QTest::newRow("a logo, half-way") << QStringList{logoPath(alpha)} << 40;
+    QTest::newRow("pictures and logos, half-way")
+        << QStringList{slide, tile, logoPath(alpha), logoPath(omega)} << 40;
+}
+
+void TestHeldAnswers::windowGoesWhileSomethingIsHeld()
+{
+    QFETCH(QStringList, held);
+    QFETCH(int, bytes);
+    NewsWorld world;
+    const QByteArray logo = Documents::png(40, 30, 0xff305080);
+    world.base.serve(logoPath(alpha), logo);
+    world.base.serve(logoPath(omega), logo);
+    const QByteArray document = Documents::launcher(twoClients() + world.elements());
+    world.base.serve(NewsWorld::documentPath(), document);
+    QStringList missing;
+    HttpServer *const servers[] = {&world.base, &world.slides, &world.tiles};
+    const auto serverOf = [&](const QString &path) -> HttpServer & {
+        return *servers[path == NewsWorld::path(itemNumber(0))   ? 1
+                        : path == NewsWorld::path(itemNumber(8)) ? 2
+                                                                 : 0];
+    };
+    for (const QString &path : held) {
+        const bool isDocument = path == NewsWorld::documentPath();
+        serverOf(path).serveHeld(path, isDocument ? document : logo, bytes);
+        missing << QString(path).replace(QStringLiteral(".bin"), QStringLiteral(".png"));
+    }
+    QStringList expected = NewsWorld::cacheFiles()
+                           << logoPath(alpha) << logoPath(omega) << QStringLiteral("offline.txt");
+    if (held.contains(NewsWorld::documentPath())) {
+        expected.clear();
+    }
+    for (const QString &name : missing) {
+        expected.removeAll(name);
+    }
+    {
+        Session session;
+        const ConsoleCapture console;
+        QVERIFY(session.show());
+        for (const QString &path : held) {
+            QTRY_COMPARE_WITH_TIMEOUT(serverOf(path).requests(path), 1, limit);
+        }
+        // Everything else has arrived and was written.
+        QTRY_VERIFY_WITH_TIMEOUT(QThreadPool::globalInstance()->waitForDone(limit) &&
+                                     ScratchFolder::tree() == sorted(expected),
+                                 limit);
+        QVERIFY(session.turnsOn());
+    }
+    for (const QString &path : held) {
+        serverOf(path).release(path);
+    }
+    // Another whole fetch gives the abandoned answers time to do harm.
+    const HttpServer other;
+    FileDownloader later(QUrl(other.url(QStringLiteral("later"))));
+    QSignalSpy downloaded(&later, &FileDownloader::downloaded);
+    QVERIFY(downloaded.wait(limit));
+    QVERIFY(QThreadPool::globalInstance()->waitForDone(limit));
+    QCOMPARE(ScratchFolder::tree(), sorted(expected));
+}
+
+QTEST_MAIN(TestHeldAnswers)
+#include "tst_heldanswers.moc"
