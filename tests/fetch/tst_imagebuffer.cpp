@@ -41,11 +41,11 @@ void TestImageBuffer::bufferShowsTheCachedPicture()
     downloader.loadBuffer();
     QCOMPARE(loaded.count(), 1);
     QVERIFY(shownWhenAnnounced);
-    QVERIFY(shownOn(label) == stretched(cached, {20, 10}));
-    QVERIFY(originalOf(downloader) == decoded(cached));
+    QCOMPARE(shownOn(label), stretched(cached, {20, 10}));
+    QCOMPARE(originalOf(downloader), decoded(cached));
     QVERIFY(downloader.px->isNull());
     QCOMPARE(downloader.isDownloaded, false);
-    QVERIFY(downloader.fd == nullptr);
+    QCOMPARE(downloader.fd, nullptr);
     QCOMPARE(ScratchFolder::read(QStringLiteral("picture.png")), cached);
 }
 
@@ -57,8 +57,8 @@ void TestImageBuffer::bufferWithoutALabel()
     QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
     downloader.loadBuffer();
     QCOMPARE(loaded.count(), 1);
-    QVERIFY(originalOf(downloader) == decoded(cached));
-    QVERIFY(downloader.px == nullptr);
+    QCOMPARE(originalOf(downloader), decoded(cached));
+    QCOMPARE(downloader.px, nullptr);
 }
 
 void TestImageBuffer::bufferWithoutACacheFile_data()
@@ -83,10 +83,10 @@ void TestImageBuffer::bufferWithoutACacheFile()
     const QImage before = label.grab().toImage();
     downloader.loadBuffer();
     QCOMPARE(loaded.count(), 0);
-    QVERIFY(downloader.getOriginalPixmap() == nullptr);
+    QCOMPARE(downloader.getOriginalPixmap(), nullptr);
     QCOMPARE(label.styleSheet(), placeholder);
     QVERIFY(label.pixmap(Qt::ReturnByValue).isNull());
-    QVERIFY(label.grab().toImage() == before);
+    QCOMPARE(label.grab().toImage(), before);
 }
 
 void TestImageBuffer::bufferSwitchedOff()
@@ -99,7 +99,7 @@ void TestImageBuffer::bufferSwitchedOff()
     QCOMPARE(downloader.getEnableLoadBuffer(), false);
     downloader.loadBuffer();
     QCOMPARE(loaded.count(), 0);
-    QVERIFY(downloader.getOriginalPixmap() == nullptr);
+    QCOMPARE(downloader.getOriginalPixmap(), nullptr);
     QVERIFY(label.pixmap(Qt::ReturnByValue).isNull());
 
     downloader.setEnableLoadBuffer(true);
@@ -145,8 +145,8 @@ void TestImageBuffer::downloadAfterBufferFetchesAndOverwrites()
     QCOMPARE(requests(), 0);
     QVERIFY(download(downloader));
     QCOMPARE(requests(), 1);
-    QVERIFY(shownOn(label) == stretched(source, {20, 10}));
-    QVERIFY(originalOf(downloader) == decoded(source));
+    QCOMPARE(shownOn(label), stretched(source, {20, 10}));
+    QCOMPARE(originalOf(downloader), decoded(source));
     QCOMPARE(ScratchFolder::read(QStringLiteral("picture.png")), source);
 }
 
@@ -162,10 +162,10 @@ void TestImageBuffer::bufferAfterDownloadKeepsTheDisplayCopy()
     downloader.loadBuffer();
     // A new object; whoever still shows the previous one may go on.
     QVERIFY(downloader.getOriginalPixmap() != original);
-    QVERIFY(plain(original->toImage()) == decoded(source));
-    QVERIFY(originalOf(downloader) == decoded(cached));
-    QVERIFY(shownOn(label) == stretched(cached, {20, 10}));
-    QVERIFY(plain(downloader.px->toImage()) == decoded(source));
+    QCOMPARE(plain(original->toImage()), decoded(source));
+    QCOMPARE(originalOf(downloader), decoded(cached));
+    QCOMPARE(shownOn(label), stretched(cached, {20, 10}));
+    QCOMPARE(plain(downloader.px->toImage()), decoded(source));
     QCOMPARE(downloader.isDownloaded, true);
     delete original;
 }

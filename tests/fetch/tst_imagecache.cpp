@@ -106,7 +106,7 @@ void TestImageCache::cacheFileIsPng()
     const QByteArray cached = ScratchFolder::read(QStringLiteral("picture.png"));
     QVERIFY(cached != source);
     QVERIFY(cached.startsWith("\x89PNG\r\n\x1a\n"));
-    QVERIFY(decoded(cached) == decoded(source));
+    QCOMPARE(decoded(cached), decoded(source));
     QCOMPARE(cached, encoded(QPixmap::fromImage(QImage::fromData(source)).toImage(), "PNG"));
 }
 
@@ -168,7 +168,7 @@ void TestImageCache::cacheFileThatCannotBeWritten()
     ConsoleCapture console;
     const MessageLog log;
     QVERIFY(download(downloader));
-    QVERIFY(shownOn(label) == stretched(source, {20, 10}));
+    QCOMPARE(shownOn(label), stretched(source, {20, 10}));
     QCOMPARE(ScratchFolder::tree(), QStringList{QStringLiteral("picture.png/")});
     QCOMPARE(MessageLog::messages(), QStringList());
     QCOMPARE(console.out() + console.err(), QByteArray());
@@ -356,7 +356,7 @@ void TestImageCache::twoDownloadsWriteTheSameFile()
     // of them nothing, and nobody says which comes last; half a picture it must not be.
     const QByteArray cached = ScratchFolder::read(QStringLiteral("picture.png"));
     QVERIFY(cached == source || cached.isEmpty());
-    QVERIFY(shownOn(label) == stretched(source, {20, 10}));
+    QCOMPARE(shownOn(label), stretched(source, {20, 10}));
 }
 
 QTEST_MAIN(TestImageCache)

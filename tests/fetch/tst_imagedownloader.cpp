@@ -48,15 +48,15 @@ void TestImageDownloader::madeForALabel()
     const ImageDownloader downloader(QUrl(QStringLiteral("http://127.0.0.1:9/a.png")), &label);
     QCOMPARE(downloader.url, QUrl(QStringLiteral("http://127.0.0.1:9/a.png")));
     QCOMPARE(downloader.objectName, QStringLiteral("someLabel"));
-    QVERIFY(downloader.label == &label);
+    QCOMPARE(downloader.label.data(), &label);
     QCOMPARE(downloader.isDownloaded, false);
     QCOMPARE(downloader.createdPixmap, true);
     QVERIFY(downloader.px != nullptr);
     QVERIFY(downloader.px->isNull());
-    QVERIFY(downloader.px_orig == nullptr);
-    QVERIFY(downloader.getOriginalPixmap() == nullptr);
+    QCOMPARE(downloader.px_orig, nullptr);
+    QCOMPARE(downloader.getOriginalPixmap(), nullptr);
     QCOMPARE(downloader.getEnableLoadBuffer(), true);
-    QVERIFY(downloader.parent() == nullptr);
+    QCOMPARE(downloader.parent(), nullptr);
 }
 
 void TestImageDownloader::madeForAName()
@@ -65,13 +65,13 @@ void TestImageDownloader::madeForAName()
                                      QStringLiteral("Alpha"));
     QCOMPARE(downloader.url, QUrl(QStringLiteral("http://127.0.0.1:9/a.png")));
     QCOMPARE(downloader.objectName, QStringLiteral("Alpha"));
-    QVERIFY(downloader.label == nullptr);
+    QCOMPARE(downloader.label.data(), nullptr);
     QCOMPARE(downloader.isDownloaded, false);
     QCOMPARE(downloader.createdPixmap, false);
-    QVERIFY(downloader.px == nullptr);
-    QVERIFY(downloader.px_orig == nullptr);
+    QCOMPARE(downloader.px, nullptr);
+    QCOMPARE(downloader.px_orig, nullptr);
     QCOMPARE(downloader.getEnableLoadBuffer(), true);
-    QVERIFY(downloader.parent() == nullptr);
+    QCOMPARE(downloader.parent(), nullptr);
 }
 
 void TestImageDownloader::noLabelIsRefused()
@@ -88,7 +88,7 @@ void TestImageDownloader::nothingIsFetchedBeforeItIsAskedFor()
     ImageDownloader asked(address, QStringLiteral("asked"));
     QVERIFY(download(asked));
     QCOMPARE(requests(), 1);
-    QVERIFY(silent.fd == nullptr);
+    QCOMPARE(silent.fd, nullptr);
 }
 
 void TestImageDownloader::pictureFillsItsLabel_data()
@@ -114,10 +114,10 @@ void TestImageDownloader::pictureFillsItsLabel()
     QVERIFY(download(downloader));
 
     QCOMPARE(shownOn(shown).size(), label);
-    QVERIFY(shownOn(shown) == stretched(source, label));
+    QCOMPARE(shownOn(shown), stretched(source, label));
     QCOMPARE(downloader.isDownloaded, true);
-    QVERIFY(originalOf(downloader) == decoded(source));
-    QVERIFY(plain(downloader.px->toImage()) == decoded(source));
+    QCOMPARE(originalOf(downloader), decoded(source));
+    QCOMPARE(plain(downloader.px->toImage()), decoded(source));
 
     // Smoothing would mix colours that the picture does not have.
     QSet<QRgb> colours;
@@ -149,8 +149,8 @@ void TestImageDownloader::pictureStandsWhenItIsAnnounced()
         isDownloaded = downloader.isDownloaded;
     });
     QVERIFY(download(downloader));
-    QVERIFY(onLabel == stretched(source, {20, 10}));
-    QVERIFY(original == decoded(source));
+    QCOMPARE(onLabel, stretched(source, {20, 10}));
+    QCOMPARE(original, decoded(source));
     QVERIFY(isDownloaded);
 }
 
@@ -159,8 +159,8 @@ void TestImageDownloader::pictureWithoutALabelIsOnlyKept()
     const QByteArray source = busyPicture(5, 5);
     ImageDownloader downloader(url(source), QStringLiteral("Alpha"));
     QVERIFY(download(downloader));
-    QVERIFY(originalOf(downloader) == decoded(source));
-    QVERIFY(downloader.px == nullptr);
+    QCOMPARE(originalOf(downloader), decoded(source));
+    QCOMPARE(downloader.px, nullptr);
     QCOMPARE(ScratchFolder::tree(), QStringList{QStringLiteral("Alpha.png")});
 }
 
@@ -208,7 +208,7 @@ void TestImageDownloader::secondDownloadOnlyRescales()
     label.resize(123, 45);
     downloader.downloadImage();
     // At once, and from the whole picture rather than from the small one shown before.
-    QVERIFY(shownOn(label) == stretched(source, {123, 45}));
+    QCOMPARE(shownOn(label), stretched(source, {123, 45}));
     QCOMPARE(downloader.fd, fetch);
     QCOMPARE(downloader.findChildren<FileDownloader *>().size(), 1);
     QCOMPARE(loaded.count(), 0);
@@ -259,7 +259,7 @@ void TestImageDownloader::originalStaysTheSameObject()
     downloader.downloadNewImage(QUrl(m_server->url(QStringLiteral("other"))), &label);
     QVERIFY(loaded.wait(limit));
     QCOMPARE(downloader.getOriginalPixmap(), original);
-    QVERIFY(plain(original->toImage()) == decoded(source));
+    QCOMPARE(plain(original->toImage()), decoded(source));
 }
 
 void TestImageDownloader::labelGoneBeforeThePictureArrives()
@@ -275,11 +275,11 @@ void TestImageDownloader::labelGoneBeforeThePictureArrives()
     m_server->release(QStringLiteral("picture"));
     QVERIFY(loaded.wait(limit));
     QVERIFY(cacheIsWritten());
-    QVERIFY(originalOf(downloader) == decoded(source));
+    QCOMPARE(originalOf(downloader), decoded(source));
     QCOMPARE(ScratchFolder::read(QStringLiteral("picture.png")), source);
     downloader.downloadImage();
     downloader.loadBuffer();
-    QVERIFY(originalOf(downloader) == decoded(source));
+    QCOMPARE(originalOf(downloader), decoded(source));
 }
 
 void TestImageDownloader::downloaderGoneBeforeThePictureArrives()

@@ -59,7 +59,7 @@ void TestSeveralPictures::secondDownloadDuringTheFirstFetchesAgain()
     QCOMPARE(loaded.count(), 0);
     m_server->release(QStringLiteral("picture"));
     QTRY_COMPARE_WITH_TIMEOUT(loaded.count(), 2, limit);
-    QVERIFY(shownOn(label) == stretched(source, {20, 10}));
+    QCOMPARE(shownOn(label), stretched(source, {20, 10}));
 }
 
 void TestSeveralPictures::newestFetchIsRead()
@@ -79,8 +79,8 @@ void TestSeveralPictures::newestFetchIsRead()
     QVERIFY(downloader.getOriginalPixmap()->isNull());
     m_server->release(QStringLiteral("second"));
     QVERIFY(loaded.wait(limit));
-    QVERIFY(originalOf(downloader) == decoded(source));
-    QVERIFY(shownOn(label) == stretched(source, {20, 10}));
+    QCOMPARE(originalOf(downloader), decoded(source));
+    QCOMPARE(shownOn(label), stretched(source, {20, 10}));
 }
 
 void TestSeveralPictures::newImageAfterADownload()
@@ -104,8 +104,8 @@ void TestSeveralPictures::newImageAfterADownload()
     QVERIFY(cacheIsWritten());
     QVERIFY(previous.isNull());
     QCOMPARE(downloader.isDownloaded, true);
-    QVERIFY(shownOn(label) == stretched(source, {20, 10}));
-    QVERIFY(originalOf(downloader) == decoded(source));
+    QCOMPARE(shownOn(label), stretched(source, {20, 10}));
+    QCOMPARE(originalOf(downloader), decoded(source));
     QCOMPARE(ScratchFolder::read(QStringLiteral("picture.png")), source);
     QCOMPARE(m_server->log(), (QStringList{QStringLiteral("/picture"), QStringLiteral("/other")}));
 }
@@ -123,8 +123,8 @@ void TestSeveralPictures::newImageOnAnotherLabel()
     downloader.downloadNewImage(QUrl(m_server->url(QStringLiteral("other"))), &otherLabel);
     QVERIFY(loaded.wait(limit));
     QVERIFY(cacheIsWritten());
-    QVERIFY(shownOn(label) == stretched(first, {20, 10}));
-    QVERIFY(shownOn(otherLabel) == stretched(second, {31, 17}));
+    QCOMPARE(shownOn(label), stretched(first, {20, 10}));
+    QCOMPARE(shownOn(otherLabel), stretched(second, {31, 17}));
     // The file keeps the name it had from the start.
     QCOMPARE(ScratchFolder::tree(), QStringList{QStringLiteral("picture.png")});
     QCOMPARE(ScratchFolder::read(QStringLiteral("picture.png")), second);
@@ -141,7 +141,7 @@ void TestSeveralPictures::newImageForANameGetsADisplayCopy()
     QVERIFY(cacheIsWritten());
     QVERIFY(downloader.px != nullptr);
     QCOMPARE(downloader.createdPixmap, false);
-    QVERIFY(shownOn(label) == stretched(source, {20, 10}));
+    QCOMPARE(shownOn(label), stretched(source, {20, 10}));
     QCOMPARE(ScratchFolder::tree(), QStringList{QStringLiteral("Alpha.png")});
 }
 
@@ -155,7 +155,7 @@ void TestSeveralPictures::newImageOfOneMarkedFromOutside()
     QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
     downloader.downloadNewImage(url(source), &label);
     QVERIFY(loaded.wait(limit));
-    QVERIFY(shownOn(label) == stretched(source, {20, 10}));
+    QCOMPARE(shownOn(label), stretched(source, {20, 10}));
 }
 
 void TestSeveralPictures::newImageDuringTheFetch()
@@ -168,12 +168,12 @@ void TestSeveralPictures::newImageDuringTheFetch()
     downloader.downloadImage();
     downloader.downloadNewImage(url(source), &label);
     QVERIFY(loaded.wait(limit));
-    QVERIFY(shownOn(label) == stretched(source, {20, 10}));
+    QCOMPARE(shownOn(label), stretched(source, {20, 10}));
     // The older answer comes late and finds the newer picture.
     m_server->release(QStringLiteral("held"));
     QVERIFY(loaded.wait(limit));
-    QVERIFY(shownOn(label) == stretched(source, {20, 10}));
-    QVERIFY(originalOf(downloader) == decoded(source));
+    QCOMPARE(shownOn(label), stretched(source, {20, 10}));
+    QCOMPARE(originalOf(downloader), decoded(source));
 }
 
 void TestSeveralPictures::newImageFromInsideTheAnnouncement()
@@ -190,7 +190,7 @@ void TestSeveralPictures::newImageFromInsideTheAnnouncement()
     });
     downloader.downloadImage();
     QTRY_COMPARE_WITH_TIMEOUT(loaded.count(), 2, limit);
-    QVERIFY(shownOn(label) == stretched(source, {20, 10}));
+    QCOMPARE(shownOn(label), stretched(source, {20, 10}));
     QCOMPARE(downloader.findChildren<FileDownloader *>().size(), 1);
 }
 
@@ -214,11 +214,11 @@ void TestSeveralPictures::newImageWhileThePictureWaitsForItsTurn()
     ImageDownloader later(QUrl(pictureUrl()), QStringLiteral("later"));
     QVERIFY(download(later));
     QCOMPARE(loaded.count(), 1);
-    QVERIFY(shownOn(label) == shown);
+    QCOMPARE(shownOn(label), shown);
     m_server->release(QStringLiteral("other"));
     QVERIFY(loaded.wait(limit));
     QVERIFY(cacheIsWritten());
-    QVERIFY(shownOn(label) == stretched(source, {20, 10}));
+    QCOMPARE(shownOn(label), stretched(source, {20, 10}));
 }
 
 void TestSeveralPictures::newImageWhileTheFirstPictureWaitsForItsTurn()
@@ -246,7 +246,7 @@ void TestSeveralPictures::newImageWhileTheFirstPictureWaitsForItsTurn()
     QVERIFY(cacheIsWritten());
     QVERIFY(turnsAreFree());
     QCOMPARE(loaded.count(), 1);
-    QVERIFY(shownOn(label) == stretched(source, {20, 10}));
+    QCOMPARE(shownOn(label), stretched(source, {20, 10}));
     QCOMPARE(ScratchFolder::read(QStringLiteral("picture.png")), source);
 }
 

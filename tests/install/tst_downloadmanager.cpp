@@ -56,7 +56,7 @@ void TestDownloadManager::appendOnlyQueues()
     QCOMPARE(manager.totalCount, 2);
     QCOMPARE(manager.downloadedCount, 0);
     QCOMPARE(manager.downloadQueue.size(), 2);
-    QVERIFY(manager.currentDownload == nullptr);
+    QCOMPARE(manager.currentDownload, nullptr);
     QVERIFY(!QFile::exists(text("client.zip")));
     QCOMPARE(finished.count(), 0);
 
@@ -64,7 +64,7 @@ void TestDownloadManager::appendOnlyQueues()
     QCOMPARE(manager.totalCount, 2);
     QCOMPARE(manager.downloadedCount, 1);
     QVERIFY(manager.downloadQueue.isEmpty());
-    QVERIFY(manager.currentDownload == nullptr);
+    QCOMPARE(manager.currentDownload, nullptr);
 }
 
 void TestDownloadManager::successToTheLetter()

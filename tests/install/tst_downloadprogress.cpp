@@ -138,7 +138,7 @@ void TestDownloadProgress::withoutLengthTheBarMoves()
     QVERIFY2(leftmost.match(messages.constFirst()).hasMatch(), qPrintable(messages.constFirst()));
     QCOMPARE(percentages.constFirst(), 0);
     QVERIFY2(out.contains("...\n" + messages.constFirst().toUtf8()), out.constData());
-    QVERIFY(ScratchFolder::read(text("archive.seen")) == body);
+    QCOMPARE(ScratchFolder::read(text("archive.seen")), body);
     QCOMPARE(manager.downloadedCount, 1);
 }
 

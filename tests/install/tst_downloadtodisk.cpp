@@ -126,7 +126,7 @@ void TestDownloadToDisk::archiveArrivesComplete()
     QVERIFY(QFile::exists(text("archive.seen")));
     const QByteArray seen = ScratchFolder::read(text("archive.seen"));
     QCOMPARE(seen.size(), body.size());
-    QVERIFY(seen == body);
+    QCOMPARE(seen, body);
 }
 
 void TestDownloadToDisk::existingFileIsNotOverwritten()

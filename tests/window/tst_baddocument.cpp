@@ -77,12 +77,12 @@ void TestBadDocument::documentThatSaysNothing()
     QVERIFY(window.ui->serverButtonsGroup->isVisible());
     QVERIFY(window.ui->labelConnecting->isVisible());
     QCOMPARE(window.ui->labelConnecting->text(), QStringLiteral("Connecting to server..."));
-    QVERIFY(window.ui->serverButtonsGroup->layout() == nullptr);
+    QCOMPARE(window.ui->serverButtonsGroup->layout(), nullptr);
     QVERIFY(window.clientInfos.isEmpty());
     for (const NewsWorld::Item &item : NewsWorld::items) {
         QCOMPARE(labelOf(window, item.title)->text(), QString());
         QCOMPARE(labelOf(window, item.subtitle)->text(), QString());
-        QVERIFY(itemOf(window, item).imageDownloader == nullptr);
+        QCOMPARE(itemOf(window, item).imageDownloader, nullptr);
     }
     QCOMPARE(world.base.requests(QStringLiteral("target")), 0);
     QCOMPARE(console.out() + console.err(), QByteArray());
@@ -194,7 +194,7 @@ void TestBadDocument::documentWithClientsOnly()
         QVERIFY(pictureOf(window, item).isNull());
         QCOMPARE(world.pictures(item).log(), QStringList());
     }
-    QVERIFY(window.ui->newsBigBackground->grab().toImage() == placeholder);
+    QCOMPARE(window.ui->newsBigBackground->grab().toImage(), placeholder);
     QCOMPARE(ScratchFolder::tree(),
              sorted(NewsWorld::cacheFiles()
                     << logoPath(alpha) << logoPath(omega) << QStringLiteral("offline.txt")));
