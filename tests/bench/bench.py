@@ -10,11 +10,11 @@ import sys
 import time
 from pathlib import Path
 
+import bench_world
 import rows_download
 import rows_size
 import rows_start
 import table
-import world
 from bench_tools import Setting, say
 from web import Web
 
@@ -64,7 +64,7 @@ def main() -> int:
     for name in [name for name in os.environ if name.lower().endswith("_proxy")]:
         del os.environ[name]
     with Web(root, out) as web:
-        world.publish(root, web.url)
+        bench_world.publish(root, web.url)
         for name in options.only or ROWS:
             begin = time.monotonic()
             say(f"== {name}")

@@ -11,9 +11,9 @@ import time
 from pathlib import Path
 
 from bench_tools import Ended, Setting, empty_disk_queue, in_turn, run, settle
+from bench_world import MIB, REMEMBERED, REPOSITORY, client_archive, large_file
 from table import Row, at_most, limited, stated
 from web import Web
-from world import MIB, REMEMBERED, REPOSITORY, client_archive, large_file
 
 GIB = 1024 * MIB
 

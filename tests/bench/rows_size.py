@@ -7,9 +7,9 @@ import zipfile
 from pathlib import Path
 
 from bench_tools import Setting
+from bench_world import REPOSITORY
 from table import Row, stated
 from web import Web
-from world import REPOSITORY
 
 KIB = 1024
 

@@ -14,9 +14,9 @@ from pathlib import Path
 from PIL import Image
 
 from bench_tools import Setting, in_turn, run, wait_until
+from bench_world import REPOSITORY, SERVERS, photographs
 from table import Row, above, at_most, stated
 from web import Web
-from world import REPOSITORY, SERVERS, photographs
 
 IMAGES = REPOSITORY / "images"
 # Where the document comes at once, and pictures and logos stay on their way.
