@@ -4,16 +4,20 @@ The world is laid out in a scratch folder and served on the loopback, over http 
 tester's code is tried as well. In the end a logo is taken away, which must be found.
 """
 
+from __future__ import annotations
+
+import os
 import subprocess
 import sys
 import tempfile
 from pathlib import Path
 
+# The folders that it imports from, beside its own.
 ROOT = Path(__file__).resolve().parents[2]
-sys.path[:0] = [str(ROOT / "demo"), str(ROOT / "tests" / "e2e")]
+sys.path[:0] = [os.fspath(ROOT / folder) for folder in ("demo", "tests/e2e")]
 
-import make_world  # noqa: E402
-from authority import Authority  # noqa: E402
+import make_world
+from authority import Authority
 
 
 def run(program, expected, *arguments):

@@ -29,7 +29,9 @@ from pathlib import Path
 from urllib.parse import urlsplit
 from urllib.request import urlopen
 
-sys.path.insert(0, os.fspath(Path(__file__).resolve().parents[2] / "demo"))
+# The folders that it imports from, beside its own.
+ROOT = Path(__file__).resolve().parents[2]
+sys.path[:0] = [os.fspath(ROOT / "demo")]
 
 import make_world
 from authority import Authority
@@ -37,8 +39,6 @@ from make_world import WorldError, fresh_folder
 from platforms import Native, Wine
 from scene import Desktop, World, end_process, exit_on_terminate, say
 from screen import Rect, Screen
-
-ROOT = Path(__file__).resolve().parents[2]
 
 # Positions in the launcher's window, which is shown in its design size.
 WINDOW_SIZE = (974, 571)

@@ -12,7 +12,9 @@ import subprocess
 import sys
 from pathlib import Path
 
-sys.path.insert(0, os.fspath(Path(__file__).resolve().parents[2] / "demo"))
+# The folders that it imports from, beside its own.
+ROOT = Path(__file__).resolve().parents[2]
+sys.path[:0] = [os.fspath(ROOT / "demo")]
 
 import make_world
 from make_world import WorldError

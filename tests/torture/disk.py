@@ -21,11 +21,15 @@ import sys
 import time
 from pathlib import Path
 
-from testbed import BASE_URL, Testbed
+# The folders that it imports from, beside its own.
+ROOT = Path(__file__).resolve().parents[2]
+sys.path[:0] = [os.fspath(ROOT / folder) for folder in ("demo", "tests/e2e")]
+
 from diskcases import CASES
 from diskjudge import DiskJudge
 from faultserver import FaultServer
 from platforms import Native
+from testbed import BASE_URL, Testbed
 from workers import Tally, run_workers
 
 

@@ -7,10 +7,10 @@ from dataclasses import dataclass
 from pathlib import Path
 
 import archives
-from testbed import ARCHIVE, CLIENT, SERVER
 from diskjudge import NAME, DiskJudge
 from drive import ACTION_BUTTON
 from namespaces import mount
+from testbed import ARCHIVE, CLIENT, SERVER
 
 MEBIBYTE = 1024**2
 # Pictures, settings and the document's copy take less than this; the archive is 6 MiB, and so is

@@ -9,11 +9,11 @@ import time
 from pathlib import Path
 
 from archives import contents, unpacked
-from testbed import ARCHIVE, BASE_URL, CHOICE, CLIENT, FAILED, FINISHED, RUNNING, SERVER, VERSION, Testbed, SlowError
 from drive import ACTION_BUTTON, SELECT_SERVER, SERVERS, RoadError, client_button
 from faultserver import FaultServer, Told
 from namespaces import mount
 from neighbour import Neighbour
+from testbed import ARCHIVE, BASE_URL, CHOICE, CLIENT, FAILED, FINISHED, RUNNING, SERVER, VERSION, SlowError, Testbed
 
 SPEED = 12_000_000
 NAME = Path(ARCHIVE).name

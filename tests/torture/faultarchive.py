@@ -6,7 +6,6 @@ import re
 import time
 from pathlib import Path
 
-from testbed import ARCHIVE, CLIENT, FAILED, FINISHED, RUNNING, SERVER, VERSION, Testbed
 from certificates import REFUSED_CERTIFICATES
 from drive import ACTION_BUTTON
 from faultserver import (
@@ -22,6 +21,7 @@ from faultserver import (
     WHOLE,
     Told,
 )
+from testbed import ARCHIVE, CLIENT, FAILED, FINISHED, RUNNING, SERVER, VERSION, Testbed
 
 # A word of the toolkit's own text about each failure of the archive.
 REASONS = {

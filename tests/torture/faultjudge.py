@@ -8,14 +8,6 @@ from pathlib import Path
 
 from PIL import Image, ImageChops
 
-from testbed import (
-    ARCHIVE,
-    BASE_URL,
-    CHOICE,
-    SERVER,
-    Testbed,
-    SlowError,
-)
 from certificates import GOOD, REFUSED_CERTIFICATES
 from drive import (
     CLOSE_BUTTON_OF_PANEL,
@@ -45,6 +37,7 @@ from faultserver import (
     FaultServer,
     Told,
 )
+from testbed import ARCHIVE, BASE_URL, CHOICE, SERVER, SlowError, Testbed
 
 NEXT_SLIDE = Rect(413, 243, 12, 34)
 # An archive takes half a second when nothing is wrong with it.

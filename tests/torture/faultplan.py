@@ -14,10 +14,10 @@ from __future__ import annotations
 
 from dataclasses import dataclass, field
 
-from testbed import ARCHIVE
 from certificates import GOOD, REFUSED_CERTIFICATES
 from drive import SERVERS, SLIDE_PICTURE, TILES, Rect
 from faultserver import ANSWER_FAULTS, FAULTS, REFUSED
+from testbed import ARCHIVE
 
 DOCUMENT = "document"
 LOGOS = "logos"

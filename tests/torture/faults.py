@@ -22,13 +22,17 @@ import sys
 import time
 from pathlib import Path
 
-from testbed import Testbed, BASE_URL
+# The folders that it imports from, beside its own.
+ROOT = Path(__file__).resolve().parents[2]
+sys.path[:0] = [os.fspath(ROOT / folder) for folder in ("demo", "tests/e2e")]
+
 from certificates import Certificates
 from faultjudge import Judge
 from faultplan import Launch, cell_name, launches
 from faultserver import FaultServer
 from namespaces import trust_only
 from platforms import Native
+from testbed import BASE_URL, Testbed
 from workers import Tally, run_workers
 
 

@@ -21,9 +21,11 @@ import time
 from collections import Counter
 from pathlib import Path
 
-sys.path[:0] = [os.fspath(Path(__file__).resolve().parents[2] / folder) for folder in ("tests/e2e", "demo")]
+# The folders that it imports from, beside its own.
+ROOT = Path(__file__).resolve().parents[2]
+sys.path[:0] = [os.fspath(ROOT / folder) for folder in ("demo", "tests/e2e")]
 
-from drive import (  # noqa: E402  (the demo's folder has to be known first)
+from drive import (
     ACTION_BUTTON,
     CLOSE_BUTTON,
     SELECT_SERVER,
@@ -34,9 +36,9 @@ from drive import (  # noqa: E402  (the demo's folder has to be known first)
     client_button,
     ended,
 )
-from neighbour import Neighbour  # noqa: E402
-from platforms import Native  # noqa: E402
-from scene import exit_on_terminate, say  # noqa: E402
+from neighbour import Neighbour
+from platforms import Native
+from scene import exit_on_terminate, say
 
 SERVER, CLIENT, VERSION = "Cinderfall", "Official", "2.1.4"
 CHOICE = f"{SERVER}|{CLIENT}|true|"

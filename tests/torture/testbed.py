@@ -4,14 +4,12 @@ from __future__ import annotations
 
 import os
 import subprocess
-import sys
 import time
 from pathlib import Path
 
-sys.path[:0] = [os.fspath(Path(__file__).resolve().parents[2] / folder) for folder in ("tests/e2e", "demo")]
+from PIL import Image, ImageChops, ImageDraw, ImageFilter, ImageFont
 
-from PIL import Image, ImageChops, ImageDraw, ImageFilter, ImageFont  # noqa: E402
-from drive import (  # noqa: E402
+from drive import (
     CLIENT_PICTURES,
     CLOSE_BUTTON,
     PROGRESS_TEXT,
@@ -22,9 +20,9 @@ from drive import (  # noqa: E402
     client_button,
     logo,
 )
-from pings import Pinger  # noqa: E402
-from platforms import Native  # noqa: E402
-from scene import prepare_installation  # noqa: E402
+from pings import Pinger
+from platforms import Native
+from scene import prepare_installation
 
 BASE_URL = "http://127.0.0.1:18474/"
 SERVER, CLIENT, VERSION = "Cinderfall", "Official", "2.1.4"
