@@ -140,6 +140,14 @@ def pack_locked(target: Path, files: dict[str, bytes], programs: tuple[str, ...]
         raise WorldError(f"zip could not pack {target.name}: {done.stderr.decode(errors='replace').strip()}")
 
 
+def attribute(element: ElementTree.Element, name: str) -> str:
+    """One that every entry of the demo's document has."""
+    value = element.get(name)
+    if value is None:
+        raise WorldError(f"launcher.xml has a {element.tag} without {name}")
+    return value
+
+
 def check_links(world: Path, base_url: str, document: ElementTree.Element) -> None:
     """Raises WorldError when the document points at a file that is not there."""
     links = [element.get(name) for element in document.iter() for name in ("url", "imageUrl", "clickUrl")]
@@ -186,7 +194,7 @@ def lay(
 
     document = ElementTree.fromstring(text)
     for element in document.iter("client"):
-        server, client, version = element.get("server"), element.get("name"), element.get("version")
+        server, client, version = (attribute(element, key) for key in ("server", "name", "version"))
         name = archive_name(server, client, version)
         if element.get("url") != f"{base_url}clients/{name}":
             raise WorldError(f"the document names another archive than {name} for {server} {client}")
@@ -223,7 +231,7 @@ def publish(
     pack_client(world / "clients" / name, server, client, version, data_bytes, password, client_program)
     # The archive is there before the document names it.
     entry.set("version", version)
-    entry.set("url", entry.get("url").rpartition("/")[0] + "/" + name)
+    entry.set("url", attribute(entry, "url").rpartition("/")[0] + "/" + name)
     write_document(world, ElementTree.tostring(document, encoding="unicode", xml_declaration=False) + "\n")
 
 

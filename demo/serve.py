@@ -19,6 +19,17 @@ import time
 from functools import partial
 from http.server import SimpleHTTPRequestHandler, ThreadingHTTPServer
 from pathlib import Path
+from socket import socket
+from socketserver import BaseServer
+from typing import TYPE_CHECKING, AnyStr, TextIO
+
+if TYPE_CHECKING:
+    from collections.abc import Callable
+
+    from _typeshed import SupportsRead, SupportsWrite
+
+    # What the library's servers hand to their handlers; only datagrams come as a pair.
+    Request = socket | tuple[bytes, socket]
 
 PIECE = 16 * 1024
 
@@ -26,13 +37,22 @@ PIECE = 16 * 1024
 class WorldHandler(SimpleHTTPRequestHandler):
     """Plain files, one log line per answer, and a brake on archives."""
 
-    def __init__(self, *args, bytes_per_second: int, log, **kwargs):
+    def __init__(
+        self,
+        request: Request,
+        client_address: object,
+        server: BaseServer,
+        *,
+        directory: str,
+        bytes_per_second: int,
+        log: TextIO,
+    ) -> None:
         # Set first: the base class answers the request inside its constructor.
         self.bytes_per_second = bytes_per_second
         self.log = log
-        super().__init__(*args, **kwargs)
+        super().__init__(request, client_address, server, directory=directory)
 
-    def copyfile(self, source, outputfile):
+    def copyfile(self, source: SupportsRead[AnyStr], outputfile: SupportsWrite[AnyStr]) -> None:
         try:
             if self.bytes_per_second > 0 and self.path.partition("?")[0].endswith(".zip"):
                 self.copy_slowly(source, outputfile)
@@ -42,7 +62,7 @@ class WorldHandler(SimpleHTTPRequestHandler):
             # A launcher that was closed during a download is no error here.
             self.log_message('"%s" broken off by the client', self.requestline)
 
-    def copy_slowly(self, source, outputfile):
+    def copy_slowly(self, source: SupportsRead[AnyStr], outputfile: SupportsWrite[AnyStr]) -> None:
         """Keeps to the rate as a whole, so that a late piece is made up for."""
         started = time.monotonic()
         sent = 0
@@ -53,12 +73,12 @@ class WorldHandler(SimpleHTTPRequestHandler):
             if ahead > 0:
                 time.sleep(ahead)
 
-    def end_headers(self):
+    def end_headers(self) -> None:
         # launcher.xml changes while a browser looks at the pages.
         self.send_header("Cache-Control", "no-store")
         super().end_headers()
 
-    def log_message(self, format, *args):
+    def log_message(self, format: str, *args: object) -> None:
         self.log.write(f"{self.log_date_time_string()} {format % args}\n")
 
 
@@ -75,12 +95,19 @@ class LastingWorldHandler(WorldHandler):
 class SecureServer(ThreadingHTTPServer):
     """The same over TLS. Every handshake leaves a log line, whatever comes of it."""
 
-    def __init__(self, address, handler, context: ssl.SSLContext, log):
+    def __init__(
+        self,
+        address: tuple[str, int],
+        handler: Callable[..., WorldHandler],
+        context: ssl.SSLContext,
+        log: TextIO,
+    ) -> None:
         self.context = context
         self.log = log
         super().__init__(address, handler)
 
-    def finish_request(self, request, client_address):
+    def finish_request(self, request: Request, client_address: object) -> None:
+        assert isinstance(request, socket)
         # Here, in the connection's own thread: a client that never says a word
         # must not keep the others from connecting.
         request.settimeout(60)
@@ -129,7 +156,7 @@ def main() -> int:
         if given.certificate is not None:
             context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
             context.load_cert_chain(given.certificate, given.key)
-            server = SecureServer(address, handler, context, log)
+            server: ThreadingHTTPServer = SecureServer(address, handler, context, log)
         else:
             server = ThreadingHTTPServer(address, handler)
     except ssl.SSLError as error:

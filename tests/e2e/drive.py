@@ -25,7 +25,10 @@ import sys
 import time
 import zipfile
 import zlib
+from collections.abc import Callable
+from functools import partial
 from pathlib import Path
+from typing import TypeVar
 from urllib.parse import urlsplit
 from urllib.request import urlopen
 
@@ -91,6 +94,9 @@ PATIENCE = 20.0
 DOWNLOAD_PATIENCE = 90.0
 
 
+Seen = TypeVar("Seen")
+
+
 class RoadError(Exception):
     """A stop that was not reached; the text says what was waited for."""
 
@@ -127,14 +133,20 @@ class Road:
         self.installation = platform.installation(scratch)
         self.pages_list = scratch / "pages.txt"
         self.world = World(scratch / "world", base_url, scratch / "access.log")
-        self.screen: Screen | None = None
+        self._screen: Screen | None = None
         self.desktop: Desktop | None = None
-        self.launcher: subprocess.Popen | None = None
+        self.launcher: subprocess.Popen[bytes] | None = None
         self.starts = 0
         self.stops = 0
         self.window = ""
         self.origin = (0, 0)
         self.environment: dict[str, str] = {}
+
+    @property
+    def screen(self) -> Screen:
+        """Where everything is shown; there from open() on."""
+        assert self._screen is not None
+        return self._screen
 
     # Setting up and clearing away
 
@@ -166,7 +178,7 @@ class Road:
         # Nothing draws with OpenGL, but the toolkit would load all of it to find that out.
         kept["QT_XCB_GL_INTEGRATION"] = "none"
 
-        self.screen = Screen(self.scratch / "screen.log")
+        self._screen = Screen(self.scratch / "screen.log")
         kept["DISPLAY"] = self.screen.display
         self.environment = self.desktop.environment(kept)
         manager = self.screen.start_manager(self.environment)
@@ -180,8 +192,8 @@ class Road:
             end_process(self.launcher)
         self.platform.close()
         self.end_descendants()
-        if self.screen is not None:
-            self.screen.close()
+        if self._screen is not None:
+            self._screen.close()
         if self.desktop is not None:
             self.desktop.remove()
         self.world.stop()
@@ -192,14 +204,14 @@ class Road:
         They are children of this process by now, since it adopts what its own
         children leave (see adopt_orphans), so nobody else's process is meant.
         """
-        own = {self.world.process, *(self.screen.processes() if self.screen else ())}
+        own = {self.world.process, *(self._screen.processes() if self._screen else ())}
         for number in children():
             if number in own:
                 continue
             for request in (signal.SIGTERM, signal.SIGKILL):
                 try:
                     os.kill(number, request)
-                    self.wait_for("a left-over process to end", lambda n=number: ended(n), 5, watch=False)
+                    self.wait_for("a left-over process to end", partial(ended, number), 5, watch=False)
                     break
                 except ProcessLookupError:
                     break
@@ -208,7 +220,9 @@ class Road:
 
     # Waiting and telling
 
-    def wait_for(self, what: str, condition, seconds: float = PATIENCE, watch: bool = True):
+    def wait_for(
+        self, what: str, condition: Callable[[], Seen | None], seconds: float = PATIENCE, watch: bool = True
+    ) -> Seen:
         """Looks again and again until `condition` holds; returns what it returned.
 
         `watch`: the launcher has to stay alive meanwhile.
@@ -224,7 +238,7 @@ class Road:
                 raise RoadError(f"not seen within {seconds:.0f} s: {what}")
             time.sleep(0.05)
 
-    def check(self, what: str, condition) -> None:
+    def check(self, what: str, condition: object) -> None:
         if not condition:
             raise RoadError(f"not so: {what}")
 
@@ -236,7 +250,7 @@ class Road:
         say(f"  {picture:<34} {text}")
 
     def explain_failure(self) -> None:
-        if self.screen is not None:
+        if self._screen is not None:
             try:
                 self.screen.grab().save(self.out / "failed.png")
                 say(f"  failed.png shows the screen as it was ({self.out})")
@@ -251,12 +265,21 @@ class Road:
 
     # The launcher's window
 
-    def start_launcher(self) -> None:
+    def start_unseen(self) -> subprocess.Popen[bytes]:
+        """Starts the launcher, and does not wait for its window."""
         self.starts += 1
         log = self.scratch / f"launcher-{self.starts}"
         with log.with_suffix(".stdout").open("wb") as output, log.with_suffix(".stderr").open("wb") as errors:
             self.launcher = self.platform.start(self.installation, self.environment, output, errors)
-        self.meet_window(self.launcher.pid)
+        return self.launcher
+
+    def start_launcher(self) -> None:
+        self.meet_window(self.start_unseen().pid)
+
+    def running(self) -> subprocess.Popen[bytes]:
+        """The launcher that was started last, and has not been seen to end."""
+        assert self.launcher is not None
+        return self.launcher
 
     def meet_window(self, process: int) -> None:
         """Waits for the launcher's window and notes where it stands."""
@@ -265,12 +288,12 @@ class Road:
             "the launcher's window", lambda: self.screen.windows(process, "^Emberwake Launcher$")
         )[0]
         place = self.wait_for("the window in its design size", self.window_in_design_size)
-        self.origin = place[0], place[1]
+        self.origin = place.x, place.y
         self.check("the window has no frame", not self.screen.has_frame(self.window))
 
     def window_in_design_size(self) -> Rect | None:
         place = self.screen.geometry(self.window)
-        return place if place is not None and place[2:4] == WINDOW_SIZE else None
+        return place if place is not None and place.size == WINDOW_SIZE else None
 
     def on_screen(self, area: Rect) -> Rect:
         return area.moved(*self.origin)
@@ -281,7 +304,7 @@ class Road:
         self.screen.park_pointer()
 
     def close_by_button(self, button: Rect = CLOSE_BUTTON) -> None:
-        launcher = self.launcher
+        launcher = self.running()
         self.click(button)
         self.wait_for("the launcher to end after its close button", lambda: launcher.poll() is not None, watch=False)
         self.check(f"exit code 0 (it is {launcher.returncode})", launcher.returncode == 0)
@@ -314,10 +337,11 @@ class Road:
     def filled_part(self) -> float:
         """How much of the progress bar is filled, 0 to 1."""
         bar = self.screen.grab(self.on_screen(PROGRESS_BAR))
+        width: int = bar.width
         y = bar.height // 2
         # Blue is the bar, black its ground; the picture behind it has neither.
-        line = [bar.getpixel((x, y)) for x in range(bar.width)]
-        return sum(blue > 120 and blue > red + 40 for red, _, blue in line) / bar.width
+        line: list[tuple[int, int, int]] = [bar.getpixel((x, y)) for x in range(width)]
+        return sum(blue > 120 and blue > red + 40 for red, _, blue in line) / width
 
     def client_button_at(self, server: str, row: int) -> str:
         """Which client's button the panel shows there; empty for none."""
@@ -332,9 +356,8 @@ class Road:
         self.wait_for(f"the server panel: {expected}", lambda: self.panel() == expected)
         for server in SERVERS:
             picture = self.world.folder / f"{server}.png"
-            self.wait_for(
-                f"the logo of {server}", lambda s=server, p=picture: self.screen.find(p, self.on_screen(logo(s)), 6)
-            )
+            place = self.on_screen(logo(server))
+            self.wait_for(f"the logo of {server}", partial(self.screen.find, picture, place, 6))
 
     def panel_is_bare_beside_the_columns(self) -> bool:
         window = self.on_screen(Rect(0, 0, *WINDOW_SIZE))
@@ -342,7 +365,7 @@ class Road:
 
     def wait_for_slide(self) -> None:
         # Without the frame that is drawn around it.
-        inside = Rect(0, 0, SLIDE_PICTURE[2], SLIDE_PICTURE[3]).inner(3)
+        inside = Rect(0, 0, *SLIDE_PICTURE.size).inner(3)
         picture = self.world.folder / "news" / "slide1.png"
         self.wait_for(
             "the picture of the first slide",
@@ -410,7 +433,16 @@ class Road:
         self.wait_for("the archive to be removed", lambda: not self.archives())
         self.wait_for("only the new version on disk", lambda: self.versions(server, client) == [version])
 
-    def play(self, button: Rect, server: str, client: str, version: str, program: str, stop: str, before=None) -> None:
+    def play(
+        self,
+        button: Rect,
+        server: str,
+        client: str,
+        version: str,
+        program: str,
+        stop: str,
+        before: Callable[[], None] | None = None,
+    ) -> None:
         """Clicks Play and waits for the mark of the client, and for its window."""
         self.check("the client did not start before Play", not self.mark(server, client, version))
         self.click(button)
@@ -430,7 +462,7 @@ class Road:
         process = self.platform.client_process(told, self.screen, window)
         if window:
             # Its only button, in the lower left corner.
-            self.screen.click(place[0] + 40, place[1] + place[3] - 20)
+            self.screen.click(place.x + 40, place.y + place.height - 20)
             self.screen.park_pointer()
         self.wait_for("the sample client to end", lambda: ended(process))
         self.wait_for("the client's window to be gone", lambda: not self.screen.windows_titled("^Emberwake$"))
@@ -505,6 +537,7 @@ def distrust_road(road: Road) -> None:
     # The next start is to be a first one.
     for name in ("settings.txt", "offline.txt"):
         (road.installation / name).unlink()
+    assert road.world.authority is not None
     road.platform.trust(road.world.authority)
 
 
@@ -543,10 +576,8 @@ def main_road(road: Road) -> None:
     for number, (tile, height) in enumerate(TILES, start=1):
         picture = base / "news" / f"tile{number}.png"
         # Without the frame that is drawn around it.
-        part = Rect(0, 0, tile[2], height).inner(3)
-        road.wait_for(
-            f"news tile {number}", lambda t=tile, p=picture, q=part: road.screen.shows(road.on_screen(t), p, q)
-        )
+        part = Rect(0, 0, tile.width, height).inner(3)
+        road.wait_for(f"news tile {number}", partial(road.screen.shows, road.on_screen(tile), picture, part))
     road.stop_here("news", "the NEWS page shows the six tiles of the demo world")
     road.open_page(TILES[0][0], "pages/fair.html")
     say("  A click on the big tile opened its page.")
@@ -589,7 +620,7 @@ def code_road(road: Road) -> None:
     road.start_launcher()
     road.wait_for_buttons("play")
     road.wait_for_slide()
-    first = road.launcher
+    first = road.running()
     road.screen.focus(road.window)
     road.screen.key("F12")
     dialog = road.wait_for("the code dialog", lambda: road.screen.windows(first.pid, "^Authentication$"))[0]
@@ -664,7 +695,7 @@ def main() -> int:
     given = parser.parse_args()
 
     exit_on_terminate()
-    platform = Native(given.program) if given.package is None else Wine(given.package)
+    platform: Native | Wine = Native(given.program) if given.package is None else Wine(given.package)
     missing = platform.missing()
     if missing:
         say(f"drive.py: missing: {', '.join(missing)}")

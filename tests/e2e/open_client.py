@@ -19,7 +19,18 @@ import os
 import shutil
 import sys
 from pathlib import Path
+from typing import TypedDict
 from urllib.parse import unquote, urlsplit
+
+
+class Settings(TypedDict):
+    """Written by scene.py beside the copy of this program that it registers."""
+
+    installation: str
+    # Where web pages are written to; None: the user's browser opens them.
+    pages_list: str | None
+    # What the demo's desktop changed, as it was before; None: not set.
+    user_environment: dict[str, str | None]
 
 
 def main() -> int:
@@ -27,15 +38,16 @@ def main() -> int:
         print("open_client.py: expected one address", file=sys.stderr)
         return 1
     address = sys.argv[1]
-    # Written by scene.py beside the copy of this program that it registers.
-    settings = json.loads(Path(__file__).resolve().with_name("open_client.json").read_text(encoding="utf-8"))
+    settings: Settings = json.loads(
+        Path(__file__).resolve().with_name("open_client.json").read_text(encoding="utf-8")
+    )
 
     if urlsplit(address).scheme in ("http", "https"):
         return open_page(address, settings)
     return run_client(address, settings)
 
 
-def open_page(address: str, settings: dict) -> int:
+def open_page(address: str, settings: Settings) -> int:
     if settings["pages_list"]:
         with open(settings["pages_list"], "a", encoding="utf-8") as pages:
             pages.write(address + "\n")
@@ -55,7 +67,7 @@ def open_page(address: str, settings: dict) -> int:
     os.execve(program, [program, address], environment)
 
 
-def run_client(address: str, settings: dict) -> int:
+def run_client(address: str, settings: Settings) -> int:
     # Some versions of xdg-open hand over a path instead of the address.
     path = Path(unquote(urlsplit(address).path) if address.startswith("file:") else address).resolve()
     installation = Path(settings["installation"]).resolve()

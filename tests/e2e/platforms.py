@@ -13,6 +13,7 @@ import shutil
 import subprocess
 import zipfile
 from pathlib import Path, PurePosixPath
+from typing import IO
 
 from authority import Authority, registry_file
 from make_world import WorldError, fresh_folder
@@ -53,7 +54,9 @@ class Native:
     def trust(self, authority: Authority) -> None:
         raise WorldError("the demo serves https to the Windows program only")
 
-    def start(self, installation: Path, environment: dict[str, str], output, errors) -> subprocess.Popen:
+    def start(
+        self, installation: Path, environment: dict[str, str], output: IO[bytes], errors: IO[bytes]
+    ) -> subprocess.Popen[bytes]:
         return subprocess.Popen(
             [self.program],
             cwd=installation,
@@ -87,8 +90,14 @@ class Wine:
 
     def __init__(self, package: Path):
         self.package = package.resolve()
-        self.prefix: Path | None = None
+        self._prefix: Path | None = None
         self.environment: dict[str, str] = {}
+
+    @property
+    def prefix(self) -> Path:
+        """The Windows prefix of this drive, made by prepare()."""
+        assert self._prefix is not None
+        return self._prefix
 
     def missing(self) -> list[str]:
         missing = [name for name in (*self.needed, self.compiler) if shutil.which(name) is None]
@@ -111,7 +120,7 @@ class Wine:
         return program
 
     def prepare(self, scratch: Path, environment: dict[str, str]) -> str:
-        self.prefix = scratch / "prefix"
+        self._prefix = scratch / "prefix"
         # WINEPATH would lengthen the search path inside, and the others change
         # what is run and where.
         self.environment = {name: value for name, value in environment.items() if not name.startswith("WINE")}
@@ -154,7 +163,7 @@ class Wine:
             raise WorldError(f"code page {code_page} has every letter of {self.folder_name}: that proves nothing")
         libraries = {path.parent for path in (self.prefix / "drive_c").rglob("*") if is_toolkit(path.name)}
         if libraries != {installation}:
-            raise WorldError(f"the toolkit's libraries lie in {sorted(map(os.fspath, libraries))}")
+            raise WorldError(f"the toolkit's libraries lie in {sorted(os.fspath(path) for path in libraries)}")
         search_path = self.value(r"HKLM\System\CurrentControlSet\Control\Session Manager\Environment", "PATH")
         return (
             rf"The package is unpacked to C:\{self.folder_name}, the only drive; code page {code_page}, "
@@ -212,7 +221,9 @@ class Wine:
         (self.prefix / "drive_c" / "authority.reg").write_text(text, encoding="ascii")
         self.run("regedit", "/S", r"C:\authority.reg")
 
-    def start(self, installation: Path, environment: dict[str, str], output, errors) -> subprocess.Popen:
+    def start(
+        self, installation: Path, environment: dict[str, str], output: IO[bytes], errors: IO[bytes]
+    ) -> subprocess.Popen[bytes]:
         return subprocess.Popen(
             [self.loader, rf"C:\{installation.name}\emberwake-launcher.exe"],
             cwd=installation,
@@ -227,7 +238,7 @@ class Wine:
         return screen.process_of(window)
 
     def close(self) -> None:
-        if self.prefix is None or not self.prefix.is_dir():
+        if self._prefix is None or not self._prefix.is_dir():
             return
         # The server ends every process of this prefix, and no other.
         subprocess.run([self.server, "-k"], env=self.environment, timeout=60, check=False)

@@ -17,11 +17,13 @@ import sys
 import tempfile
 import time
 from pathlib import Path
+from typing import IO
 from urllib.parse import urlsplit
 
 import make_world
 from authority import Authority
 from make_world import WorldError, fresh_folder
+from open_client import Settings
 
 DEMO = Path(__file__).resolve().parents[2] / "demo"
 
@@ -48,7 +50,7 @@ def say(text: str) -> None:
     print(text, flush=True)
 
 
-def end_process(process: subprocess.Popen, patience: float = 5.0) -> None:
+def end_process(process: subprocess.Popen[bytes] | subprocess.Popen[str], patience: float = 5.0) -> None:
     """Ends a child process: asks first, insists after `patience` seconds."""
     if process.poll() is None:
         process.terminate()
@@ -62,7 +64,7 @@ def end_process(process: subprocess.Popen, patience: float = 5.0) -> None:
 def exit_on_terminate() -> None:
     """Lets SIGTERM end this program the orderly way, with its clean-up."""
 
-    def stop(*_):
+    def stop(*_: object) -> None:
         # Once: a second signal must not break off the clean-up.
         signal.signal(signal.SIGTERM, signal.SIG_IGN)
         sys.exit(143)
@@ -70,15 +72,15 @@ def exit_on_terminate() -> None:
     signal.signal(signal.SIGTERM, stop)
 
 
-def read_line(process: subprocess.Popen, seconds: float) -> str:
-    """The first line that the process prints; empty when it ends or takes too long."""
+def read_line(output: IO[bytes], seconds: float) -> str:
+    """The first line that a process prints; empty when it ends or takes too long."""
     deadline = time.monotonic() + seconds
     line = b""
     while not line.endswith(b"\n"):
         left = deadline - time.monotonic()
-        if left <= 0 or not select.select([process.stdout], [], [], left)[0]:
+        if left <= 0 or not select.select([output], [], [], left)[0]:
             return ""
-        byte = os.read(process.stdout.fileno(), 1)
+        byte = os.read(output.fileno(), 1)
         if not byte:
             return ""
         line += byte
@@ -96,7 +98,7 @@ class World:
         # in place of the shell script.
         self.authority: Authority | None = None
         self.client_program: Path | None = None
-        self._server: subprocess.Popen | None = None
+        self._server: subprocess.Popen[bytes] | None = None
 
     def start(self, bytes_per_second: int = ARCHIVE_BYTES_PER_SECOND) -> None:
         parts = urlsplit(self.base_url)
@@ -104,19 +106,21 @@ class World:
         if parts.scheme != scheme or parts.hostname != "127.0.0.1" or not parts.port:
             raise WorldError(f"the demo serves {scheme}://127.0.0.1:PORT/ only, not {self.base_url}")
         make_world.lay(self.folder, self.base_url, client_program=self.client_program)
-        secure = []
+        command: list[str | Path] = [sys.executable, DEMO / "serve.py", self.folder, "--port", str(parts.port)]
+        command += ["--log", self.access_log, "--throttle", str(bytes_per_second)]
         if self.authority is not None:
-            secure = ["--certificate", self.authority.certificate, "--key", self.authority.key]
+            command += ["--certificate", self.authority.certificate, "--key", self.authority.key]
 
         self.access_log.unlink(missing_ok=True)
-        self._server = subprocess.Popen(
-            [sys.executable, DEMO / "serve.py", self.folder, "--port", str(parts.port)]
-            + ["--log", self.access_log, "--throttle", str(bytes_per_second), *secure],
+        server = subprocess.Popen(
+            command,
             # The server ends with this pipe, even if nobody gets to end it.
             stdin=subprocess.PIPE,
             stdout=subprocess.PIPE,
         )
-        if read_line(self._server, 10) != f"READY {self.base_url}":
+        self._server = server
+        assert server.stdout is not None
+        if read_line(server.stdout, 10) != f"READY {self.base_url}":
             self.stop()
             raise WorldError(f"the demo's server did not come up at {self.base_url}")
 
@@ -170,7 +174,7 @@ class Desktop:
 
         handler = self.folder / "open_client.py"
         shutil.copy(Path(__file__).with_name("open_client.py"), handler)
-        settings = {
+        settings: Settings = {
             "installation": os.fspath(installation.resolve()),
             "pages_list": os.fspath(pages_list.resolve()) if pages_list else None,
             "user_environment": {name: os.environ.get(name) for name in self._own},

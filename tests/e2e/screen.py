@@ -14,6 +14,7 @@ import shutil
 import subprocess
 import time
 from pathlib import Path
+from typing import NamedTuple
 
 from PIL import Image, ImageChops, ImageGrab, ImageStat
 
@@ -30,28 +31,29 @@ SHRINK = 3
 SAME = 5.0
 
 
-class Rect(tuple):
-    """x, y, width, height."""
-
-    def __new__(cls, x: int, y: int, width: int, height: int):
-        return super().__new__(cls, (x, y, width, height))
+class Rect(NamedTuple):
+    x: int
+    y: int
+    width: int
+    height: int
 
     def moved(self, x: int, y: int) -> Rect:
-        return Rect(self[0] + x, self[1] + y, self[2], self[3])
-
-    def top(self, height: int) -> Rect:
-        return Rect(self[0], self[1], self[2], height)
+        return Rect(self.x + x, self.y + y, self.width, self.height)
 
     def inner(self, margin: int) -> Rect:
-        return Rect(self[0] + margin, self[1] + margin, self[2] - 2 * margin, self[3] - 2 * margin)
+        return Rect(self.x + margin, self.y + margin, self.width - 2 * margin, self.height - 2 * margin)
+
+    @property
+    def size(self) -> tuple[int, int]:
+        return self.width, self.height
 
     @property
     def centre(self) -> tuple[int, int]:
-        return self[0] + self[2] // 2, self[1] + self[3] // 2
+        return self.x + self.width // 2, self.y + self.height // 2
 
     @property
     def box(self) -> tuple[int, int, int, int]:
-        return self[0], self[1], self[0] + self[2], self[1] + self[3]
+        return self.x, self.y, self.x + self.width, self.y + self.height
 
 
 def scaled(picture: Path, size: tuple[int, int]) -> Image.Image:
@@ -67,7 +69,8 @@ def difference(seen: Image.Image, expected: Image.Image) -> float:
     opaque = expected.getchannel("A").point(lambda alpha: 255 if alpha >= 250 else 0)
     if ImageStat.Stat(opaque).sum[0] == 0:
         raise WorldError("a picture without one opaque pixel cannot be recognised")
-    return max(ImageStat.Stat(ImageChops.difference(seen, expected.convert("RGB")), opaque).mean)
+    means: list[float] = ImageStat.Stat(ImageChops.difference(seen, expected.convert("RGB")), opaque).mean
+    return max(means)
 
 
 class Screen:
@@ -75,7 +78,7 @@ class Screen:
 
     def __init__(self, log: Path):
         self._log = log.open("wb")
-        self._manager: subprocess.Popen | None = None
+        self._manager: subprocess.Popen[bytes] | None = None
         number_out, number_in = os.pipe()
         # -displayfd: the server picks a free display and tells its number, so
         # that nothing is guessed and nobody else's display is disturbed.
@@ -160,15 +163,16 @@ class Screen:
         # Not asked of xdotool, which counts a frame twice.
         told = self._ask("xwininfo", "-id", window)
         found = [
-            re.search(rf"^ *{name}: +(-?\d+)$", told, re.M)
+            int(match.group(1))
             for name in ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height")
+            if (match := re.search(rf"^ *{name}: +(-?\d+)$", told, re.M))
         ]
-        return Rect(*(int(match.group(1)) for match in found)) if all(found) else None
+        return Rect(*found) if len(found) == 4 else None
 
     def is_drawn(self, window: str) -> Rect | None:
         """The window's place once it shows more than its bare ground."""
         place = self.geometry(window)
-        return place if place is not None and place[2] > 50 and len(self.colours(place)) > 1 else None
+        return place if place is not None and place.width > 50 and len(self.colours(place)) > 1 else None
 
     def has_ground(self, window: str) -> bool:
         """Whether a dialog is painted: one colour, its ground, covers a third of it.
@@ -176,7 +180,7 @@ class Screen:
         A window is there before its content is, and lets through meanwhile what lies behind it.
         """
         place = self.geometry(window)
-        return place is not None and 3 * max(self.colours(place).values()) >= place[2] * place[3]
+        return place is not None and 3 * max(self.colours(place).values()) >= place.width * place.height
 
     def is_settled(self, window: str) -> bool:
         """Whether the window is painted and has stayed as it is for a moment.
@@ -228,8 +232,8 @@ class Screen:
 
     def shows(self, area: Rect, picture: Path, part: Rect | None = None) -> bool:
         """Whether `area` shows the picture; `part` (relative to it) limits where to look."""
-        part = part or Rect(0, 0, area[2], area[3])
-        expected = scaled(picture, area[2:4])
+        part = part or Rect(0, 0, area.width, area.height)
+        expected = scaled(picture, area.size)
         seen = self.grab(area).crop(part.box)
         # A label's frame pushes its picture aside by a pixel, which is enough to
         # blur the comparison of small ones.
@@ -238,7 +242,7 @@ class Screen:
     def closest(self, area: Rect, pictures: dict[str, Path]) -> str:
         """Name of the one picture that `area` shows; empty when it shows none of them."""
         seen = self.grab(area)
-        found = sorted((difference(seen, scaled(path, area[2:4])), name) for name, path in pictures.items())
+        found = sorted((difference(seen, scaled(path, area.size)), name) for name, path in pictures.items())
         return found[0][1] if found[0][0] <= SAME else ""
 
     def colours(self, area: Rect) -> dict[tuple[int, int, int], int]:
@@ -248,13 +252,14 @@ class Screen:
 
     def find(self, picture: Path, expected: Rect, slack: int) -> Rect | None:
         """Where the picture stands, at most `slack` pixels away from where it is expected."""
-        wanted = scaled(picture, expected[2:4])
-        around = Rect(expected[0] - slack, expected[1] - slack, expected[2] + 2 * slack, expected[3] + 2 * slack)
+        wanted = scaled(picture, expected.size)
+        around = expected.inner(-slack)
         seen = self.grab(around)
-        best = (SAME, None)
+        best: Rect | None = None
+        least = SAME
         for y in range(2 * slack + 1):
             for x in range(2 * slack + 1):
-                found = difference(seen.crop((x, y, x + expected[2], y + expected[3])), wanted)
-                if found <= best[0]:
-                    best = (found, Rect(around[0] + x, around[1] + y, expected[2], expected[3]))
-        return best[1]
+                found = difference(seen.crop((x, y, x + expected.width, y + expected.height)), wanted)
+                if found <= least:
+                    least, best = found, Rect(around.x + x, around.y + y, expected.width, expected.height)
+        return best
