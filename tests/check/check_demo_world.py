@@ -20,7 +20,7 @@ import make_world
 from authority import Authority
 
 
-def run(program, expected, *arguments):
+def run(program: str, expected: int, *arguments: str) -> str:
     done = subprocess.run([program, "--deep", *arguments], capture_output=True, text=True, check=False)
     print("emberwake-check --deep", *arguments)
     print(done.stdout + done.stderr)
@@ -29,11 +29,12 @@ def run(program, expected, *arguments):
     return done.stdout
 
 
-def main(program):
+def main(program: str) -> None:
     with tempfile.TemporaryDirectory(prefix="emberwake-check-") as scratch:
         authority = Authority(Path(scratch, "authority"))
-        secure = ("--certificate", authority.certificate, "--key", authority.key)
-        for scheme, options in (("http", ()), ("https", secure)):
+        plain: list[str | Path] = []
+        secure: list[str | Path] = ["--certificate", authority.certificate, "--key", authority.key]
+        for scheme, options in (("http", plain), ("https", secure)):
             world = Path(scratch, scheme)
             port = subprocess.check_output([sys.executable, ROOT / "demo" / "free_port.py", "0"], text=True).strip()
             base = f"{scheme}://127.0.0.1:{port}/"
@@ -41,6 +42,7 @@ def main(program):
             server = subprocess.Popen(
                 [sys.executable, ROOT / "demo" / "serve.py", world, "--port", port, "--log", Path(scratch, "log"), *options],
                 stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+            assert server.stdin is not None and server.stdout is not None
             try:
                 server.stdout.readline()
                 trust = ("--authority", str(authority.root)) if options else ()

@@ -54,8 +54,13 @@ class Handler(BaseHTTPRequestHandler):
         except OSError:
             pass  # the test has seen enough
 
-    def log_message(self, format: str, *args) -> None:
+    def log_message(self, format: str, *args: object) -> None:
         pass
+
+
+class Server(ThreadingHTTPServer):
+    def handle_error(self, request: object, client_address: object) -> None:
+        """A client that refuses the certificate is not worth a trace."""
 
 
 def openssl(*arguments: str) -> None:
@@ -86,11 +91,9 @@ def serve(folder: Path) -> str:
     make_certificates(folder)
     context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
     context.load_cert_chain(folder / "chain.pem", folder / "key.pem")
-    server = ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+    server = Server(("127.0.0.1", 0), Handler)
     # The handshake in the thread of its connection: a client that never finishes it holds up none.
     server.socket = context.wrap_socket(server.socket, server_side=True, do_handshake_on_connect=False)
-    # A client that refuses the certificate is not worth a trace.
-    server.handle_error = lambda request, address: None
     threading.Thread(target=server.serve_forever, daemon=True).start()
     return f"https://127.0.0.1:{server.server_address[1]}/"
 

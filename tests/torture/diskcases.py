@@ -20,10 +20,13 @@ READ_ONLY = "Read-only file system"
 NO_SPACE = "No space left on device"
 
 
+Run = Callable[[DiskJudge], None]
+
+
 @dataclass(frozen=True)
 class Case:
     name: str
-    run: Callable[[DiskJudge], None]
+    run: Run
     mounts: bool = False
     # Only when asked for, and only with so many bytes free.
     room: int = 0
@@ -32,9 +35,9 @@ class Case:
 CASES: list[Case] = []
 
 
-def case(name: str, **more):
-    def add(function: Callable[[DiskJudge], None]) -> Callable[[DiskJudge], None]:
-        CASES.append(Case(name, function, **more))
+def case(name: str, mounts: bool = False, room: int = 0) -> Callable[[Run], Run]:
+    def add(function: Run) -> Run:
+        CASES.append(Case(name, function, mounts, room))
         return function
 
     return add

@@ -6,6 +6,7 @@ import os
 import shutil
 import subprocess
 import time
+from collections.abc import Callable
 from pathlib import Path
 
 from archives import contents, unpacked
@@ -35,7 +36,7 @@ class DiskJudge:
         self.mounted = False
         self.slow = False
 
-    def run(self, case) -> str:
+    def run(self, case: Callable[[DiskJudge], None]) -> str:
         """What is wrong with a case; empty for nothing."""
         self.extraction = None
         self.slow = False
@@ -60,7 +61,7 @@ class DiskJudge:
         """Puts a small disk in place of the installation folder."""
         mount("-t", "tmpfs", "-o", f"size={size},mode=755", "tmpfs", self.folder)
         self.mounted = True
-        (self.folder / "unzip.exe").symlink_to(shutil.which("unzip"))
+        (self.folder / "unzip.exe").symlink_to(shutil.which("unzip") or "")
 
     def unmount(self) -> None:
         if self.mounted:

@@ -3,7 +3,9 @@
 from __future__ import annotations
 
 import re
+from collections.abc import Iterator
 from contextlib import contextmanager
+from functools import partial
 from pathlib import Path
 
 from PIL import Image, ImageChops
@@ -18,12 +20,22 @@ from drive import (
     SERVER_LABEL,
     SERVERS,
     TILES,
-    Rect,
     RoadError,
     client_button,
 )
 from faultarchive import ArchiveJudge
-from faultplan import DOCUMENT, DOCUMENT_PATH, ELEMENTS, LOGO_ELEMENTS, LOGOS, ONE_LOGO, PICTURES, Element, Launch
+from faultplan import (
+    DOCUMENT,
+    DOCUMENT_PATH,
+    ELEMENTS,
+    LOGO_ELEMENTS,
+    LOGOS,
+    ONE_LOGO,
+    PICTURES,
+    Element,
+    Launch,
+    Picture,
+)
 from faultserver import (
     DRIP,
     ELSEWHERE,
@@ -37,6 +49,7 @@ from faultserver import (
     FaultServer,
     Told,
 )
+from screen import Rect
 from testbed import ARCHIVE, BASE_URL, CHOICE, SERVER, SlowError, Testbed
 
 NEXT_SLIDE = Rect(413, 243, 12, 34)
@@ -124,7 +137,7 @@ class Judge:
         self.testbed.check("nobody went where a redirect leads", not self.asked(ELSEWHERE))
 
     @contextmanager
-    def all_cells(self):
+    def all_cells(self) -> Iterator[None]:
         """What goes wrong here spoils the whole launch."""
         try:
             yield
@@ -135,7 +148,7 @@ class Judge:
                 self.verdicts[cell] = self.verdicts[cell] or str(error)
 
     @contextmanager
-    def cell(self, name: str):
+    def cell(self, name: str) -> Iterator[None]:
         """What goes wrong here is one cell's, or everybody's when that element has no fault."""
         try:
             yield
@@ -192,7 +205,7 @@ class Judge:
 
     def document_arrives(self, fault: str) -> None:
         document = self.told.contents[DOCUMENT_PATH]
-        unread: list[Element] = []
+        unread: list[Picture] = []
         if fault == LENGTH_TOO_SMALL:
             document = document[: self.told.cuts[DOCUMENT_PATH]]
             # Each tile has its own place in the document, in order.
@@ -285,7 +298,7 @@ class Judge:
             with self.cell(f"logo of {SERVER}"):
                 testbed.check("the title strip shows what there is of the logo", shown == (fault in WHOLE))
 
-    def judge_pictures(self, unread: list[Element]) -> None:
+    def judge_pictures(self, unread: list[Picture]) -> None:
         for element in PICTURES:
             with self.cell(element.name if element not in unread else DOCUMENT):
                 if element.name == "tile 1":
@@ -299,20 +312,23 @@ class Judge:
                     shown = self.judge_file(element, self.launch.faults.get(element.name, ""))
                 self.testbed.wait_for(
                     f"the picture of {element.name}" if shown else f"{element.name} without its picture",
-                    lambda e=element, s=shown: self.is_shown(e) == s and (s or self.is_bare(e)),
+                    partial(self.shows_as_it_should, element, shown),
                 )
         self.testbed.click(HOME_TAB)
 
-    def is_shown(self, element: Element) -> bool:
+    def shows_as_it_should(self, element: Picture, shown: bool) -> bool:
+        return self.is_shown(element) == shown and (shown or self.is_bare(element))
+
+    def is_shown(self, element: Picture) -> bool:
         picture = self.testbed.world.folder / element.path[1:]
         return self.testbed.screen.shows(self.testbed.on_screen(element.place), picture, self.visible_part(element))
 
     @staticmethod
-    def visible_part(element: Element) -> Rect:
-        height = dict(TILES).get(element.place, element.place[3])
-        return Rect(0, 0, element.place[2], height).inner(3)
+    def visible_part(element: Picture) -> Rect:
+        height = dict(TILES).get(element.place, element.place.height)
+        return Rect(0, 0, element.place.width, height).inner(3)
 
-    def is_bare(self, element: Element) -> bool:
+    def is_bare(self, element: Picture) -> bool:
         """Whether a place without a picture shows what the form has there; slides have nothing."""
         if element.page == "home":
             return True
@@ -328,6 +344,7 @@ def same_picture(path: Path, original: Path) -> bool:
                 return False
             # With the colours as strong as they are seen: what is transparent has lost its own.
             gap = ImageChops.difference(*(picture.convert("RGBA").convert("RGBa") for picture in (seen, wanted)))
-            return max(high for _, high in gap.getextrema()) <= 2
+            extrema: tuple[tuple[int, int], ...] = gap.getextrema()
+            return max(high for _, high in extrema) <= 2
     except (OSError, SyntaxError):
         return False  # not there yet, or half written

@@ -15,8 +15,9 @@ from __future__ import annotations
 from dataclasses import dataclass, field
 
 from certificates import GOOD, REFUSED_CERTIFICATES
-from drive import SERVERS, SLIDE_PICTURE, TILES, Rect
+from drive import SERVERS, SLIDE_PICTURE, TILES
 from faultserver import ANSWER_FAULTS, FAULTS, REFUSED
+from screen import Rect
 from testbed import ARCHIVE
 
 DOCUMENT = "document"
@@ -29,29 +30,36 @@ DOCUMENT_PATH = "/launcher.xml"
 class Element:
     name: str
     path: str
-    cache: str = ""
-    place: Rect | None = None
-    page: str = ""
+    # The launcher's own file; empty for the archive.
+    cache: str
+
+
+@dataclass(frozen=True)
+class Picture(Element):
+    """One that has a place on one of the launcher's pages."""
+
+    place: Rect
+    page: str
 
 
 def elements() -> list[Element]:
     slide_caches = ("homeNewsImageBackground", "homeNewsImageBackground2", "homeNewsImageBackground3")
     tile_names = ("Big", "Medium1", "Medium2", "Small1", "Small2", "Small3")
-    found = [
-        Element(f"slide {number}", f"/news/slide{number}.png", f"{cache}.png", SLIDE_PICTURE, "home")
+    found: list[Element] = [
+        Picture(f"slide {number}", f"/news/slide{number}.png", f"{cache}.png", SLIDE_PICTURE, "home")
         for number, cache in enumerate(slide_caches, start=1)
     ]
     found += [
-        Element(f"tile {number}", f"/news/tile{number}.png", f"news{name}Background.png", TILES[number - 1][0], "news")
+        Picture(f"tile {number}", f"/news/tile{number}.png", f"news{name}Background.png", TILES[number - 1][0], "news")
         for number, name in enumerate(tile_names, start=1)
     ]
     found += [Element(f"logo of {server}", f"/{server}.png", f"{server}.png") for server in SERVERS]
-    found.append(Element("archive", ARCHIVE))
+    found.append(Element("archive", ARCHIVE, ""))
     return found
 
 
 ELEMENTS = elements()
-PICTURES = [element for element in ELEMENTS if element.place is not None]
+PICTURES = [element for element in ELEMENTS if isinstance(element, Picture)]
 LOGO_ELEMENTS = [element for element in ELEMENTS if element.name.startswith("logo")]
 
 
@@ -77,7 +85,7 @@ def launches() -> list[Launch]:
     for fault in FAULTS:
         plan.append(Launch({DOCUMENT: fault}, secure=fault in REFUSED_CERTIFICATES))
     for number in range(2 * len(FAULTS)):
-        faults = {}
+        faults: dict[str, str] = {}
         for place, element in enumerate(ELEMENTS):
             # Odd elements in odd launches; neighbours have different faults.
             fault = FAULTS[(number // 2 + place) % len(FAULTS)]

@@ -147,6 +147,7 @@ class FaultServer:
                 self.answer(connection, told)
                 return
             told.handshakes.append(certificate)
+            assert self.certificates is not None
             with self.certificates.contexts[certificate].wrap_socket(connection, server_side=True) as secured:
                 self.answer(secured, told)
                 # Says that the answer is whole, without waiting for the same word back.

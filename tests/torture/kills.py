@@ -19,6 +19,7 @@ import signal
 import sys
 import time
 from collections import Counter
+from functools import partial
 from pathlib import Path
 
 # The folders that it imports from, beside its own.
@@ -49,6 +50,8 @@ BYTES_PER_SECOND = 6_000_000
 
 
 class Torture(Road):
+    platform: Native
+
     def __init__(self, platform: Native, base_url: str, scratch: Path, seed: int):
         super().__init__(platform, base_url, scratch / "pictures", scratch / "road")
         self.random = random.Random(seed)
@@ -66,8 +69,9 @@ class Torture(Road):
         time.sleep(self.random.uniform(0, longest))
 
     def kill(self) -> None:
-        self.launcher.send_signal(signal.SIGKILL)
-        self.launcher.wait()
+        launcher = self.running()
+        launcher.send_signal(signal.SIGKILL)
+        launcher.wait()
         self.launcher = None
         # An extractor that was at work goes on alone for as long as it takes.
         own = {self.world.process, *self.screen.processes()}
@@ -79,7 +83,7 @@ class Torture(Road):
             if self.is_half_started(number):
                 say("    (a half-started extractor was left behind, and is ended here)")
                 os.kill(number, signal.SIGKILL)
-            self.wait_for("the launcher's children to end", lambda n=number: ended(n), 30, watch=False)
+            self.wait_for("the launcher's children to end", partial(ended, number), 30, watch=False)
 
     def is_half_started(self, number: int) -> bool:
         """Whether a process is still a copy of the launcher, a while after it was left alone."""
@@ -94,18 +98,12 @@ class Torture(Road):
 
     # The moments
 
-    def start_without_looking(self) -> None:
-        self.starts += 1
-        log = self.scratch / f"launcher-{self.starts}"
-        with log.with_suffix(".stdout").open("wb") as output, log.with_suffix(".stderr").open("wb") as errors:
-            self.launcher = self.platform.start(self.installation, self.environment, output, errors)
-
     def during_start(self) -> None:
         """Document, its copy, pictures and their files: all in the first half second."""
         for name in [*self.installation.glob("*.png"), self.installation / "offline.txt"]:
             if self.random.random() < 0.5:
                 name.unlink(missing_ok=True)
-        self.start_without_looking()
+        self.start_unseen()
         self.pause(0.8)
         self.kill()
 

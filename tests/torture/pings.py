@@ -22,6 +22,7 @@ import select
 import subprocess
 import sys
 import time
+from typing import NamedTuple
 
 from Xlib import X, display
 from Xlib.protocol import event
@@ -34,9 +35,18 @@ PAUSE = 0.02
 Times = dict[str, tuple[float, float]]
 
 
+class Sample(NamedTuple):
+    """One question, in seconds."""
+
+    sent: float
+    waited: float
+    # The part of the wait that is not the machine's fault.
+    own: float
+
+
 def times(process: int) -> Times:
     """Of each thread of a process, so far."""
-    found = {}
+    found: Times = {}
     with contextlib.suppress(OSError):
         for thread in os.listdir(f"/proc/{process}/task"):
             with contextlib.suppress(OSError, IndexError):
@@ -77,23 +87,28 @@ class Pinger:
             text=True,
         )
         self.busy = False
-        self.process.stdout.readline()  # it is ready
+        self.hear()  # it is ready
 
     def start(self, window: str, processes: list[int]) -> None:
         self.tell(f"{window} {' '.join(map(str, processes))}")
         self.busy = True
 
-    def stop(self) -> list[list[float]]:
+    def stop(self) -> list[Sample]:
         """All questions since the start; the last may have been open still."""
         if not self.busy:
             return []
         self.tell("")
         self.busy = False
-        return json.loads(self.process.stdout.readline())
+        return [Sample(*told) for told in json.loads(self.hear())]
 
     def tell(self, line: str) -> None:
+        assert self.process.stdin is not None
         self.process.stdin.write(f"{line}\n")
         self.process.stdin.flush()
+
+    def hear(self) -> str:
+        assert self.process.stdout is not None
+        return self.process.stdout.readline()
 
     def close(self) -> None:
         self.process.communicate(timeout=30)
@@ -127,7 +142,7 @@ class Questions:
                     return True
         return False
 
-    def measure(self, window: int, processes: list[int]) -> list[tuple[float, float, float]]:
+    def measure(self, window: int, processes: list[int]) -> list[Sample]:
         samples = []
         while True:
             before = [times(process) for process in processes]
@@ -138,7 +153,7 @@ class Questions:
                 ready, _, _ = select.select([self.screen, sys.stdin], [], [], 0.5)
                 ended = sys.stdin in ready
             waited = time.monotonic() - sent
-            samples.append((sent, waited, own_part(waited, before, processes)))
+            samples.append(Sample(sent, waited, own_part(waited, before, processes)))
             if ended or select.select([sys.stdin], [], [], PAUSE)[0]:
                 return samples
 

@@ -9,20 +9,11 @@ from pathlib import Path
 
 from PIL import Image, ImageChops, ImageDraw, ImageFilter, ImageFont
 
-from drive import (
-    CLIENT_PICTURES,
-    CLOSE_BUTTON,
-    PROGRESS_TEXT,
-    SERVERS,
-    Rect,
-    Road,
-    RoadError,
-    client_button,
-    logo,
-)
+from drive import CLIENT_PICTURES, CLOSE_BUTTON, PROGRESS_TEXT, SERVERS, Road, RoadError, client_button, logo
 from pings import Pinger
 from platforms import Native
 from scene import prepare_installation
+from screen import Rect
 
 BASE_URL = "http://127.0.0.1:18474/"
 SERVER, CLIENT, VERSION = "Cinderfall", "Official", "2.1.4"
@@ -61,6 +52,10 @@ EXPECTED_WARNINGS = (
 )
 
 
+# What an image library calls so: left, upper, right, lower.
+Box = tuple[int, int, int, int]
+
+
 class SlowError(RoadError):
     """A window that let an event wait too long.
 
@@ -70,18 +65,26 @@ class SlowError(RoadError):
 
 
 class Testbed(Road):
+    platform: Native
+
     def __init__(self, platform: Native, scratch: Path):
         super().__init__(platform, BASE_URL, scratch / "pictures", scratch / "road")
-        self.pinger: Pinger | None = None
+        self._pinger: Pinger | None = None
         self.pinged = 0.0
         self.longest = 0.0
         self.font: ImageFont.FreeTypeFont | None = None
+
+    @property
+    def pinger(self) -> Pinger:
+        """Asks the window; there from open() on."""
+        assert self._pinger is not None
+        return self._pinger
 
     def open(self) -> None:
         super().open()
         # What serves here knows more faults than the demo's server.
         self.world.stop()
-        self.pinger = Pinger(self.screen.display)
+        self._pinger = Pinger(self.screen.display)
         file = subprocess.run(["fc-match", "-f", "%{file}", "Lato:regular"], capture_output=True, check=True).stdout
         self.font = ImageFont.truetype(os.fsdecode(file), 15)
 
@@ -90,12 +93,12 @@ class Testbed(Road):
         prepare_installation(self.installation)
 
     def close(self) -> None:
-        if self.pinger is not None:
-            self.pinger.close()
+        if self._pinger is not None:
+            self._pinger.close()
         super().close()
 
     def end_descendants(self) -> None:
-        if self.pinger is None or self.pinger.process.poll() is not None:
+        if self._pinger is None or self._pinger.process.poll() is not None:
             super().end_descendants()
 
     def end_launch(self) -> None:
@@ -109,14 +112,18 @@ class Testbed(Road):
     # Promptness
 
     def ping(self) -> None:
-        self.pinger.start(self.window, [self.launcher.pid, self.screen.processes()[0]])
+        self.pinger.start(self.window, [self.running().pid, self.screen.processes()[0]])
         self.pinged = time.monotonic()
 
     def check_promptness(self, but: tuple[float, float] | None = None) -> None:
         """Looks how long the window let a question wait; `but`: not while it was unpacking."""
         self.wait_for("the window to be asked for a while", lambda: time.monotonic() - self.pinged > ASKED)
         samples = self.pinger.stop()
-        counted = [own for sent, waited, own in samples if but is None or sent + waited < but[0] or sent > but[1]]
+        counted = [
+            sample.own
+            for sample in samples
+            if but is None or sample.sent + sample.waited < but[0] or sample.sent > but[1]
+        ]
         self.check("the window was asked", counted)
         self.longest = max(self.longest, *counted)
         if max(counted) > PROMPT:
@@ -188,9 +195,10 @@ class Testbed(Road):
 
 def same_text(seen: Image.Image, drawn: Image.Image, whole: bool) -> bool:
     """Whether two pictures have the same words, drawn by different hands."""
-    letters = drawn.getbbox()
-    if letters is None or seen.getbbox() is None:
-        return letters == seen.getbbox()
+    letters: Box | None = drawn.getbbox()
+    letters_seen: Box | None = seen.getbbox()
+    if letters is None or letters_seen is None:
+        return letters is letters_seen
     wanted = drawn.crop(letters)
     top = seen.crop((0, 0, letters[2], seen.height)).getbbox()
     if top is None:
@@ -210,4 +218,5 @@ def same_text(seen: Image.Image, drawn: Image.Image, whole: bool) -> bool:
 def gap_of_letters(seen: Image.Image, wanted: Image.Image) -> float:
     """How different the most different stretch of some letters is."""
     gap = ImageChops.difference(seen.filter(ImageFilter.BoxBlur(1)), wanted.filter(ImageFilter.BoxBlur(1)))
-    return max(gap.resize((max(1, gap.width // 8), 1), Image.BOX).getdata())
+    stretches: list[float] = list(gap.resize((max(1, gap.width // 8), 1), Image.BOX).getdata())
+    return max(stretches)

@@ -9,6 +9,7 @@ import threading
 from collections import Counter
 from collections.abc import Callable
 from pathlib import Path
+from typing import IO
 
 from drive import adopt_orphans
 from make_world import WorldError, fresh_folder
@@ -55,8 +56,8 @@ def share_out(scratch: Path, workers: int) -> int:
     counted: Counter[str] = Counter()
     lock = threading.Lock()
 
-    def listen(worker: subprocess.Popen) -> None:
-        for line in worker.stdout:
+    def listen(told: IO[str]) -> None:
+        for line in told:
             with lock:
                 say(line.rstrip("\n"))
                 counted[outcome(line)] += 1
@@ -64,7 +65,7 @@ def share_out(scratch: Path, workers: int) -> int:
     running = []
     try:
         for number in range(workers):
-            place = ["--worker", f"{number}/{workers}", "--scratch", scratch / f"worker-{number}"]
+            place: list[str | Path] = ["--worker", f"{number}/{workers}", "--scratch", scratch / f"worker-{number}"]
             if corner:
                 place.append("--own-corner")
             worker = subprocess.Popen(
@@ -74,7 +75,8 @@ def share_out(scratch: Path, workers: int) -> int:
                 text=True,
                 encoding="utf-8",
             )
-            thread = threading.Thread(target=listen, args=(worker,))
+            assert worker.stdout is not None
+            thread = threading.Thread(target=listen, args=(worker.stdout,))
             thread.start()
             running.append((worker, thread))
         for worker, thread in running:
