@@ -13,6 +13,7 @@ import time
 from collections.abc import Callable, Sequence
 from dataclasses import dataclass
 from pathlib import Path
+from typing import TypedDict
 
 LIMIT_SECONDS = 600
 
@@ -41,6 +42,38 @@ class Setting:
         return folder
 
 
+class Result(TypedDict, total=False):
+    """What a benchmark tells when it ends; each tells some of it. Times are milliseconds, memory is KiB."""
+
+    # On the clock that the programs share.
+    at: float
+    clicked: float
+    ended: float
+    # By the end, and by the click.
+    processor: float
+    processorBefore: float
+    peak: int
+    before: int
+    anonymous: int
+    # Two ways of doing the same, what each takes of the window's thread, and the first time.
+    ours: float
+    bare: float
+    ourThread: float
+    bareThread: float
+    once: float
+    samePicture: bool
+    # How much was done, and what the window says.
+    bytes: int
+    pictures: int
+    read: int
+    listed: int
+    installed: str
+    text: str
+    # The time of each turn of the event loop, and what the window's thread had worked by then.
+    turns: list[float]
+    work: list[float]
+
+
 @dataclass
 class Ended:
     """How a program went."""
@@ -48,7 +81,7 @@ class Ended:
     started: float  # milliseconds, on the clock that the programs use too
     wall: float  # milliseconds
     processor: float  # milliseconds
-    result: dict
+    result: Result
 
 
 def run(command: Sequence[str | Path], folder: Path, environment: dict[str, str] | None = None,

@@ -9,8 +9,9 @@ import statistics
 import sys
 import time
 from pathlib import Path
+from typing import NamedTuple
 
-from bench_tools import Ended, Setting, empty_disk_queue, in_turn, run, settle
+from bench_tools import Ended, Result, Setting, empty_disk_queue, in_turn, run, settle
 from bench_world import MIB, REMEMBERED, REPOSITORY, client_archive, large_file
 from table import Row, at_most, limited, stated
 from web import Web
@@ -26,19 +27,27 @@ def installation(setting: Setting, extractor: str) -> Path:
     return folder
 
 
+class Download(NamedTuple):
+    figures: dict[str, float]
+    result: Result
+    # When the archive was complete.
+    complete: float
+
+
 def download(setting: Setting, url: str, size: int, until: str = "download",
-             environment: dict[str, str] | None = None) -> tuple[dict[str, float], dict]:
+             environment: dict[str, str] | None = None) -> Download:
     """The player's click and what follows, up to the moment at which the archive is complete."""
     folder = installation(setting, setting.program("stamp"))
     empty_disk_queue()
     result = run([setting.program("bench_window"), url, until], folder, environment).result
-    stamp = json.loads((folder / "stamp.json").read_text(encoding="utf-8"))
+    stamp: Result = json.loads((folder / "stamp.json").read_text(encoding="utf-8"))
     if stamp["bytes"] != size:
         sys.exit(f"{stamp['bytes']} bytes arrived instead of {size}")
-    return {"wall": stamp["at"] - result["clicked"],
-            "processor": stamp["processor"] - result["processorBefore"],
-            "growth": (result["peak"] - result["before"]) / 1024,
-            "peak": result["peak"] / 1024}, {**result, "stamp": stamp}
+    figures = {"wall": stamp["at"] - result["clicked"],
+               "processor": stamp["processor"] - result["processorBefore"],
+               "growth": (result["peak"] - result["before"]) / 1024,
+               "peak": result["peak"] / 1024}
+    return Download(figures, result, stamp["at"])
 
 
 def curl(setting: Setting, address: str, size: int) -> Ended:
@@ -62,9 +71,9 @@ def downloads(setting: Setting, web: Web) -> list[Row]:
         ended = curl(setting, web.url + "plain.zip", size)
         return {"wall": ended.wall, "processor": ended.processor}
 
-    ours, bare = in_turn(setting.rounds, lambda: download(setting, web.url + "plain/", size)[0], fetch)
-    few, many = in_turn(3, lambda: download(setting, web.url + "small/", small)[0],
-                        lambda: download(setting, web.url + "large/", large)[0])
+    ours, bare = in_turn(setting.rounds, lambda: download(setting, web.url + "plain/", size).figures, fetch)
+    few, many = in_turn(3, lambda: download(setting, web.url + "small/", small).figures,
+                        lambda: download(setting, web.url + "large/", large).figures)
     (web.root / "large.zip").unlink()
     shutil.rmtree(setting.scratch / "installation")
     what = f"download: {size // MIB:,} MiB"
@@ -100,7 +109,8 @@ def slow_disk(setting: Setting, web: Web) -> list[Row]:
         return {"growth": (ended.result["peak"] - ended.result["before"]) / 1024}
 
     document = "small/" if setting.quick else "large/"
-    ours, bare = in_turn(min(setting.rounds, 7), lambda: download(setting, web.url + document, size, environment=slow)[0], plain)
+    ours, bare = in_turn(min(setting.rounds, 7),
+                         lambda: download(setting, web.url + document, size, environment=slow).figures, plain)
     seconds = ours["wall"] / 1000
     if seconds < 0.9 * size / rate:
         sys.exit("the disk was not slow")
@@ -164,9 +174,8 @@ def responsiveness(setting: Setting, web: Web) -> list[Row]:
     pictures = 0
     longest = []
     for _ in range(setting.rounds):
-        _, result = download(setting, web.url + "late/", size, "busy")
+        _, result, extraction = download(setting, web.url + "late/", size, "busy")
         turns = result["turns"]
-        extraction = result["stamp"]["at"]
         # Unpacking blocks by design: the gap that it lies in is left out.
         kept = [place for place in range(1, len(turns)) if not turns[place - 1] <= extraction <= turns[place]]
         own = [turns[place] - turns[place - 1] for place in kept]

@@ -25,7 +25,9 @@ SLOW = "slowlogos/"
 
 def window_until(setting: Setting, url: str, until: str, pictures: Path | None = None) -> dict[str, float]:
     """One start of the launcher in an empty folder, up to a moment."""
-    command = [setting.program("bench_window"), url, until, *([pictures] if pictures else [])]
+    command: list[str | Path] = [setting.program("bench_window"), url, until]
+    if pictures:
+        command.append(pictures)
     ended = run(command, setting.folder("installation"))
     expected = {"choice": 0, "pictures": 9 + len(SERVERS)}[until]
     if ended.result["pictures"] != expected:

@@ -46,7 +46,7 @@ http {{
 def free_port() -> int:
     with socket.socket() as listener:
         listener.bind(("127.0.0.1", 0))
-        return listener.getsockname()[1]
+        return int(listener.getsockname()[1])
 
 
 def answers(port: int) -> bool:
@@ -61,7 +61,7 @@ class Web:
         self.root = root
         self.folder = folder
         self.port = free_port()
-        self.process: subprocess.Popen | None = None
+        self.process: subprocess.Popen[bytes] | None = None
 
     @property
     def url(self) -> str:
