@@ -6,17 +6,20 @@ functions were skipped, ", N skipped" follows; one that was skipped for some of 
 passed. Ends with 1 when one failed or none ran.
 """
 
+from __future__ import annotations
+
 import pathlib
 import sys
 import xml.etree.ElementTree as ElementTree
 from collections import Counter
+from collections.abc import Iterator
 
 # The toolkit runs these around the test functions; they count only when they fail.
 AROUND = {"initTestCase", "cleanupTestCase"}
 FAILING = {"fail", "xpass"}
 
 
-def outcome_of(function):
+def outcome_of(function: ElementTree.Element) -> str:
     kinds = {incident.get("type") for incident in function.iter("Incident")}
     if kinds & FAILING:
         return "failed"
@@ -24,7 +27,7 @@ def outcome_of(function):
     return "skipped" if skips and not kinds else "passed"
 
 
-def functions(log):
+def functions(log: pathlib.Path) -> Iterator[str]:
     """The outcome of each function in one log of the toolkit."""
     for function in ElementTree.parse(log).getroot().iter("TestFunction"):
         outcome = outcome_of(function)
@@ -32,7 +35,7 @@ def functions(log):
             yield outcome
 
 
-def outcomes(case, folder):
+def outcomes(case: ElementTree.Element, folder: pathlib.Path) -> Counter[str]:
     """How often each outcome came in one CTest entry."""
     succeeded = case.get("status") == "run"
     log = folder / f"{case.get('name')}.xml"
@@ -48,9 +51,8 @@ def outcomes(case, folder):
     return found
 
 
-def main(folder):
-    folder = pathlib.Path(folder)
-    total = Counter()
+def main(folder: pathlib.Path) -> int:
+    total: Counter[str] = Counter()
     for case in ElementTree.parse(folder / "ctest.junit.xml").getroot().iter("testcase"):
         total += outcomes(case, folder)
     line = f"{total['passed']} passed, {total['failed']} failed"
@@ -59,4 +61,4 @@ def main(folder):
 
 
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1]))
+    sys.exit(main(pathlib.Path(sys.argv[1])))

@@ -10,6 +10,9 @@ Fails, with a line for each reason, when
 - a plug-in is missing, or one is there that was left out on purpose;
 - a file is for another processor, or a line of the list is of no use any more.
 """
+
+from __future__ import annotations
+
 import pathlib
 import struct
 import sys
@@ -35,14 +38,18 @@ class NoProgramFile(Exception):
 class ProgramFile:
     """The processor and the imports of a program or library."""
 
-    def __init__(self, path):
+    def __init__(self, path: pathlib.Path) -> None:
         self.data = path.read_bytes()
+        self.machine = 0
+        self.imports: set[str] = set()
+        # Where each begins in memory, its size, and where it begins in the file.
+        self.sections: list[tuple[int, int, int]] = []
         try:
             self._read()
         except (struct.error, IndexError, ValueError) as error:
             raise NoProgramFile(str(error)) from error
 
-    def _read(self):
+    def _read(self) -> None:
         header = self._number("<I", 0x3C)
         if self.data[header:header + 4] != b"PE\0\0":
             raise NoProgramFile("no PE header")
@@ -51,9 +58,7 @@ class ProgramFile:
         optional = header + 24
         if self._number("<H", optional) != 0x20B:
             # The 32-bit layout; the processor is wrong anyway.
-            self.imports = set()
             return
-        self.sections = []
         first = optional + self._number("<H", header + 20)
         for index in range(section_count):
             section = first + 40 * index
@@ -61,7 +66,6 @@ class ProgramFile:
             self.sections.append((address, max(size, raw_size), raw))
         directory_count = self._number("<I", optional + 108)
         # 1: imports, names 12 bytes into entries of 20; 13: delayed ones, 4 bytes into 32.
-        self.imports = set()
         for directory, entry_size, name_offset in ((1, 20, 12), (13, 32, 4)):
             if directory >= directory_count:
                 continue
@@ -69,26 +73,26 @@ class ProgramFile:
             if address:
                 self._read_names(self._offset(address), entry_size, name_offset)
 
-    def _number(self, layout, offset):
-        return struct.unpack_from(layout, self.data, offset)[0]
+    def _number(self, layout: str, offset: int) -> int:
+        return int(struct.unpack_from(layout, self.data, offset)[0])
 
-    def _offset(self, address):
+    def _offset(self, address: int) -> int:
         for start, size, raw in self.sections:
             if start <= address < start + size:
                 return raw + address - start
         raise ValueError(f"address {address:#x} is in no section")
 
-    def _read_names(self, entry, entry_size, name_offset):
+    def _read_names(self, entry: int, entry_size: int, name_offset: int) -> None:
         while any(self.data[entry:entry + entry_size]):
             start = self._offset(self._number("<I", entry + name_offset))
             self.imports.add(self.data[start:self.data.index(b"\0", start)].decode("ascii").lower())
             entry += entry_size
 
 
-def problems(folder, windows_dlls):
+def problems(folder: pathlib.Path, windows_dlls: set[str]) -> list[str]:
     """Every reason why the folder cannot be shipped."""
     found = []
-    files = {}
+    files: dict[str, ProgramFile] = {}
     for path in sorted(folder.rglob("*")):
         name = path.relative_to(folder).as_posix()
         if path.is_file() and path.read_bytes()[:2] == b"MZ":
@@ -102,8 +106,8 @@ def problems(folder, windows_dlls):
 
     # Windows looks beside the program, not beside the library that imports.
     beside = {name.lower(): name for name in files if "/" not in name}
-    imported = set()
-    of_windows = set()
+    imported: set[str] = set()
+    of_windows: set[str] = set()
     for name, file in files.items():
         if file.machine != X86_64:
             found.append(f"{name} is for another processor ({file.machine:#x})")
@@ -125,7 +129,7 @@ def problems(folder, windows_dlls):
     return found
 
 
-def main():
+def main() -> int:
     if len(sys.argv) not in (2, 3):
         print("usage: check-imports.py FOLDER [WINDOWS-DLLS.TXT]", file=sys.stderr)
         return 64

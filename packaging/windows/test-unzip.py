@@ -6,6 +6,9 @@
 One line per case; the last line is "N passed, N failed", and the result says whether one failed.
 Wine gets a folder of settings of its own, which is removed afterwards.
 """
+
+from __future__ import annotations
+
 import os
 import pathlib
 import shutil
@@ -15,6 +18,7 @@ import sys
 import tempfile
 import time
 import zipfile
+from collections.abc import Mapping
 
 HERE = pathlib.Path(__file__).resolve().parent
 WINE = "/usr/lib/wine/wine64"
@@ -25,7 +29,7 @@ class Failure(Exception):
     """What a case found wrong."""
 
 
-def check(condition, message):
+def check(condition: bool, message: str) -> None:
     if not condition:
         raise Failure(message)
 
@@ -33,7 +37,7 @@ def check(condition, message):
 class World:
     """Wine's folder, the starter of hidden programs, and a fresh installation folder per case."""
 
-    def __init__(self, scratch, extractor):
+    def __init__(self, scratch: pathlib.Path, extractor: pathlib.Path) -> None:
         self.scratch = scratch
         self.extractor = extractor
         self.environment = dict(
@@ -47,20 +51,20 @@ class World:
         self.wine("wineboot", "--init", timeout=180)
         self.count = 0
 
-    def wine(self, *command, timeout, cwd=None):
+    def wine(self, *command: str | int | pathlib.Path, timeout: int, cwd: pathlib.Path | None = None) -> int:
         return subprocess.run(
             [WINE, *map(str, command)], env=self.environment, cwd=cwd or self.scratch,
             stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
             timeout=timeout, check=False).returncode
 
-    def folder(self):
+    def folder(self) -> pathlib.Path:
         self.count += 1
         folder = self.scratch / f"case {self.count}"
         folder.mkdir()
         shutil.copy(self.extractor, folder / "unzip.exe")
         return folder
 
-    def unzip(self, folder, *arguments, seconds=30):
+    def unzip(self, folder: pathlib.Path, *arguments: str, seconds: int = 30) -> tuple[int, str]:
         """The extractor's result and what it wrote."""
         result = self.wine(
             self.starter, "output.txt", seconds, "./unzip.exe", *arguments,
@@ -70,22 +74,22 @@ class World:
         check(result != TIMED_OUT, f"it did not end within {seconds} seconds; it wrote: {text!r}")
         return result, text
 
-    def code_page(self):
+    def code_page(self) -> int:
         self.wine(self.starter, "code-page.txt", timeout=60)
         return int((self.scratch / "code-page.txt").read_text())
 
-    def close(self):
+    def close(self) -> None:
         subprocess.run(["/usr/lib/wine/wineserver64", "-k"], env=self.environment, check=False)
         subprocess.run(["/usr/lib/wine/wineserver64", "-w"], env=self.environment, check=False)
 
 
-def archive(path, entries):
+def archive(path: pathlib.Path, entries: Mapping[str, bytes]) -> None:
     with zipfile.ZipFile(path, "w", zipfile.ZIP_DEFLATED) as target:
         for name, content in entries.items():
             target.writestr(name, content)
 
 
-def encrypted(folder, name, password, entries):
+def encrypted(folder: pathlib.Path, name: str, password: str, entries: Mapping[str, bytes]) -> None:
     """Made by zip: Python reads encrypted archives only."""
     source = folder / "to-encrypt"
     source.mkdir()
@@ -95,17 +99,17 @@ def encrypted(folder, name, password, entries):
     shutil.rmtree(source)
 
 
-def tree(folder):
+def tree(folder: pathlib.Path) -> dict[str, bytes]:
     return {str(path.relative_to(folder)): path.read_bytes()
             for path in sorted(folder.rglob("*")) if path.is_file()}
 
 
-def expect_tree(folder, expected):
+def expect_tree(folder: pathlib.Path, expected: Mapping[str, bytes]) -> None:
     found = tree(folder)
     check(found == expected, f"expected {sorted(expected)}, found {sorted(found)}")
 
 
-def plain(world):
+def plain(world: World) -> None:
     folder = world.folder()
     content = {"game.exe": b"MZ" + bytes(70000), "data/deep/map.dat": os.urandom(300000),
                "data/empty": b""}
@@ -117,7 +121,7 @@ def plain(world):
     expect_tree(target, content)
 
 
-def password(world):
+def password(world: World) -> None:
     folder = world.folder()
     encrypted(folder, "a.zip", "open sesame", {"game.exe": b"secret" * 900})
     result, text = world.unzip(folder, "-P", "open sesame", "a.zip", "-d", "out")
@@ -125,7 +129,7 @@ def password(world):
     expect_tree(folder / "out", {"game.exe": b"secret" * 900})
 
 
-def password_beyond_code_page(world):
+def password_beyond_code_page(world: World) -> None:
     folder = world.folder()
     encrypted(folder, "a.zip", "Пароль", {"game.exe": b"secret" * 900})
     result, text = world.unzip(folder, "-P", "Пароль", "a.zip", "-d", "out")
@@ -133,7 +137,7 @@ def password_beyond_code_page(world):
     expect_tree(folder / "out", {"game.exe": b"secret" * 900})
 
 
-def wrong_password(world):
+def wrong_password(world: World) -> None:
     folder = world.folder()
     encrypted(folder, "a.zip", "right", {"game.exe": b"secret" * 900})
     result, text = world.unzip(folder, "-P", "wrong", "a.zip", "-d", "out")
@@ -141,7 +145,7 @@ def wrong_password(world):
     expect_tree(folder / "out", {})
 
 
-def no_password(world):
+def no_password(world: World) -> None:
     folder = world.folder()
     encrypted(folder, "a.zip", "right", {"game.exe": b"secret" * 900, "more.dat": b"more" * 900})
     started = time.monotonic()
@@ -152,7 +156,7 @@ def no_password(world):
     expect_tree(folder / "out", {})
 
 
-def unicode_names(world):
+def unicode_names(world: World) -> None:
     folder = world.folder()
     content = {"Карты/Мир.dat": b"1", "données/été ñ.txt": b"2", "日本/ゲーム.bin": b"3",
                "emoji \N{DRAGON}.txt": b"4", "ı İ ß.txt": b"5"}
@@ -162,7 +166,7 @@ def unicode_names(world):
     expect_tree(folder / "out", content)
 
 
-def unicode_names_by_zip(world):
+def unicode_names_by_zip(world: World) -> None:
     folder = world.folder()
     source = folder / "Карты"
     source.mkdir()
@@ -174,7 +178,7 @@ def unicode_names_by_zip(world):
     expect_tree(folder / "out", {"Карты/Мир é.dat": b"1"})
 
 
-def unflagged(folder, raw_name, system):
+def unflagged(folder: pathlib.Path, raw_name: bytes, system: int) -> None:
     """An archive whose only entry has a name in bytes, and says nothing of UTF-8."""
     placeholder = "x" * len(raw_name)
     with zipfile.ZipFile(folder / "a.zip", "w") as target:
@@ -186,7 +190,7 @@ def unflagged(folder, raw_name, system):
     (folder / "a.zip").write_bytes(data.replace(placeholder.encode(), raw_name))
 
 
-def oem_name(world):
+def oem_name(world: World) -> None:
     folder = world.folder()
     unflagged(folder, "Übergröße.txt".encode("cp437"), 0)
     result, text = world.unzip(folder, "a.zip", "-d", "out")
@@ -194,7 +198,7 @@ def oem_name(world):
     expect_tree(folder / "out", {"Übergröße.txt": b"1"})
 
 
-def unflagged_utf8_name(world):
+def unflagged_utf8_name(world: World) -> None:
     folder = world.folder()
     unflagged(folder, "Карта.txt".encode("utf-8"), 3)
     result, text = world.unzip(folder, "a.zip", "-d", "out")
@@ -202,7 +206,7 @@ def unflagged_utf8_name(world):
     expect_tree(folder / "out", {"Карта.txt": b"1"})
 
 
-def target_beyond_code_page(world):
+def target_beyond_code_page(world: World) -> None:
     folder = world.folder()
     archive(folder / "архив é.zip", {"Мир/game.exe": b"1"})
     target = "Сервер Один/Игра é/1.0 日本"
@@ -212,7 +216,7 @@ def target_beyond_code_page(world):
     expect_tree(folder / target, {"Мир/game.exe": b"1"})
 
 
-def installed_beyond_code_page(world):
+def installed_beyond_code_page(world: World) -> None:
     folder = world.folder() / "Игры и 遊戲"
     folder.mkdir()
     shutil.copy(world.extractor, folder / "unzip.exe")
@@ -222,7 +226,7 @@ def installed_beyond_code_page(world):
     expect_tree(folder / "Realm", {"game.exe": b"1"})
 
 
-def long_name(world):
+def long_name(world: World) -> None:
     folder = world.folder()
     name = "я" * 60 + "/" + "日" * 80 + ".txt"
     archive(folder / "a.zip", {name: b"1"})
@@ -231,7 +235,7 @@ def long_name(world):
     expect_tree(folder / "out", {name: b"1"})
 
 
-def no_escape(world):
+def no_escape(world: World) -> None:
     folder = world.folder()
     archive(folder / "a.zip", {
         "../up.txt": b"1", "../../up2.txt": b"2", "inside/../../up3.txt": b"3",
@@ -251,7 +255,7 @@ def no_escape(world):
     check(not any(pathlib.Path("/", name).exists() for name in names), "written to the top folder")
 
 
-def overlong_escape(world):
+def overlong_escape(world: World) -> None:
     """A slash hidden in a byte sequence that is not valid UTF-8."""
     folder = world.folder()
     unflagged(folder, b"..\xc0\xafup.txt", 3)
@@ -267,7 +271,7 @@ def overlong_escape(world):
     check(not (folder / "up.txt").exists(), "written outside")
 
 
-def zip64(world):
+def zip64(world: World) -> None:
     folder = world.folder()
     with zipfile.ZipFile(folder / "a.zip", "w", zipfile.ZIP_DEFLATED) as target:
         with target.open("small.dat", "w", force_zip64=True) as entry:
@@ -282,7 +286,7 @@ def zip64(world):
     check("altered for the Emberwake Online Launcher" in text, "-v does not say that it is altered")
 
 
-def over_4_gib(world):
+def over_4_gib(world: World) -> None:
     """Read through to its checksum, not written: that needs no disk."""
     folder = world.folder()
     size = 4 * 1024**3 + 12345
@@ -297,7 +301,7 @@ def over_4_gib(world):
     check(result == 0 and "No errors detected" in text, f"ended with {result}: {text}")
 
 
-def existing_file(world):
+def existing_file(world: World) -> None:
     folder = world.folder()
     archive(folder / "a.zip", {"game.exe": b"new", "other.dat": b"2"})
     (folder / "out").mkdir()
@@ -307,7 +311,7 @@ def existing_file(world):
     expect_tree(folder / "out", {"game.exe": b"old", "other.dat": b"2"})
 
 
-def times(world):
+def times(world: World) -> None:
     folder = world.folder()
     with zipfile.ZipFile(folder / "a.zip", "w") as target:
         target.writestr(zipfile.ZipInfo("old.txt", (2011, 2, 3, 4, 5, 6)), b"1")
@@ -316,7 +320,7 @@ def times(world):
     check(year == 2011, f"the file is of {year}, not 2011")
 
 
-def no_archive(world):
+def no_archive(world: World) -> None:
     folder = world.folder()
     (folder / "a.zip").write_bytes(b"<html>not found</html>")
     result, text = world.unzip(folder, "a.zip", "-d", "out")
@@ -348,7 +352,7 @@ CASES = {
 }
 
 
-def main():
+def main() -> int:
     extractor = pathlib.Path(sys.argv[1] if len(sys.argv) > 1
                              else HERE / "../../build/windows-unzip/unzip.exe").resolve()
     if not extractor.is_file():

@@ -2,6 +2,8 @@
 flags.py compile_commands.json
 """
 
+from __future__ import annotations
+
 import json
 import shlex
 import subprocess
@@ -18,13 +20,13 @@ tests/install/tst_realclient.cpp tests/window/tst_nativechrome.cpp
 tests/window/tst_nativedrag.cpp""".split()
 
 
-def is_elsewhere(name):
+def is_elsewhere(name: str) -> bool:
     return name in ELSEWHERE or name.startswith("tests/fuzz/")
 
 
-def main(commands_file):
+def main(commands_file: str) -> int:
     with open(commands_file, encoding="utf-8") as file:
-        commands = json.load(file)
+        commands: list[dict[str, str]] = json.load(file)
     listed = subprocess.run(
         ["git", "ls-files", "--cached", "--others", "--exclude-standard", "*.cpp"],
         check=True, capture_output=True, text=True).stdout.split()

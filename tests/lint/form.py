@@ -4,6 +4,8 @@ Names are unique, every picture is in the resource list, every button that has a
 feedback is there, and the areas that must lie above others do.
 """
 
+from __future__ import annotations
+
 import re
 import sys
 import xml.etree.ElementTree as ElementTree
@@ -29,26 +31,27 @@ ABOVE = [
 ]
 
 
-def stacking(widget):
+def stacking(widget: ElementTree.Element) -> list[str]:
     """Names of the children from the lowest to the topmost: creation order, then raises."""
-    order = [child.get("name") for child in widget.findall("widget")]
+    order = [child.get("name", "") for child in widget.findall("widget")]
     for raised in widget.findall("zorder"):
-        order.remove(raised.text)
-        order.append(raised.text)
+        name = raised.text or ""
+        order.remove(name)
+        order.append(name)
     return order
 
 
-def main(form_file, resource_file, header_file):
+def main(form_file: str, resource_file: str, header_file: str) -> int:
     problems = []
     form = ElementTree.parse(form_file)
     widgets = list(form.iter("widget"))
-    names = [widget.get("name") for widget in widgets]
+    names = [widget.get("name", "") for widget in widgets]
     problems += [f"{name} is there twice" for name in sorted({n for n in names if names.count(n) > 1})]
     problems += [f"watched button {name} is missing" for name in WATCHED if name not in names]
 
     resources = set()
     for resource in ElementTree.parse(resource_file).iter("qresource"):
-        prefix = resource.get("prefix").rstrip("/")
+        prefix = resource.get("prefix", "").rstrip("/")
         for entry in resource.iter("file"):
             resources.add(f":{prefix}/{entry.get('alias') or entry.text}")
     sheets = "".join(form.getroot().itertext())
@@ -63,7 +66,7 @@ def main(form_file, resource_file, header_file):
         problems.append(f"{len(slots)} slots connected by name instead of 23")
     problems += [f"slot for {name}, which is missing" for name in slots if name not in names]
 
-    by_name = {widget.get("name"): widget for widget in widgets}
+    by_name = {widget.get("name", ""): widget for widget in widgets}
     for parent, lower, upper in ABOVE:
         order = stacking(by_name[parent])
         if order.index(lower) > order.index(upper):

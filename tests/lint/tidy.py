@@ -34,7 +34,7 @@ def own_sources(folders: tuple[str, ...]) -> list[str]:
     return sorted(path for path in set(listed.stdout.split("\n")) if path and Path(path).is_file())
 
 
-def arguments_of(source: str, commands: list[dict]) -> list[str]:
+def arguments_of(source: str, commands: list[dict[str, str]]) -> list[str]:
     """What the compiler is told for a source, without input and output."""
     path = Path(source).resolve()
     for command in commands:
@@ -82,7 +82,7 @@ def check_together(sources: list[str], arguments: list[str], scratch: Path) -> s
 
 def main() -> int:
     commands = json.loads((Path(sys.argv[1]) / "compile_commands.json").read_text(encoding="utf-8"))
-    batches = []
+    batches: list[tuple[list[str], list[str]]] = []
     problems = []
     for folders in GROUPS:
         sources = own_sources(folders)
@@ -100,7 +100,7 @@ def main() -> int:
             if batch
         ]
     with tempfile.TemporaryDirectory() as scratch, ThreadPoolExecutor(max_workers=2) as pool:
-        problems += [text for text in pool.map(lambda b: check_together(*b, Path(scratch)), batches) if text]
+        problems += [text for text in pool.map(lambda b: check_together(b[0], b[1], Path(scratch)), batches) if text]
     print("\n".join(problems))
     print(f"{sum(len(batch) for batch, _ in batches)} sources read, {'findings' if problems else 'no finding'}")
     return 1 if problems else 0
