@@ -27,7 +27,7 @@ test_packages=(
   libcpp-httplib-dev xvfb x11-utils xdotool openbox clang-format clang-tidy
   clazy clang unzip zip python3 python3-pil fonts-lato librsvg2-bin shellcheck
   xdg-utils file procps ca-certificates git libssl-dev openssl x11-apps python3-xlib
-  fontconfig util-linux mount
+  fontconfig util-linux mount mypy
 )
 
 # What the fuzz targets are built by.
