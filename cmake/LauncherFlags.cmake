@@ -11,5 +11,21 @@ target_compile_definitions(launcher_flags INTERFACE
   QT_DEPRECATED_WARNINGS
 )
 target_compile_options(launcher_flags INTERFACE
-  $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall;-Wextra;-Wpedantic;-Wshadow;-Wconversion;-Werror>
+  $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall;-Wextra;-Wpedantic;-Wshadow;-Wconversion>
 )
+
+# For those who work on this code: the presets and the scripts that run the tests switch it on. Who
+# only builds it, or includes it in a project of theirs, is not stopped by a warning. Another
+# compiler warns of other things, so it counts only with those that the code was written with.
+option(EMBERWAKE_WARNINGS_AS_ERRORS "Stop at a warning in our own code" OFF)
+set(emberwake_warning_flags "")
+if(EMBERWAKE_WARNINGS_AS_ERRORS)
+  string(REGEX MATCH "^[0-9]+" emberwake_compiler "${CMAKE_CXX_COMPILER_VERSION}")
+  if("${CMAKE_CXX_COMPILER_ID} ${emberwake_compiler}" MATCHES "^(GNU 12|Clang 14)$")
+    set(emberwake_warning_flags -Werror)
+    target_compile_options(launcher_flags INTERFACE ${emberwake_warning_flags})
+  else()
+    message(STATUS "Warnings stay warnings: they are judged by GCC 12 and Clang 14, and this is "
+      "${CMAKE_CXX_COMPILER_ID} ${CMAKE_CXX_COMPILER_VERSION}")
+  endif()
+endif()

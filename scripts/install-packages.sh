@@ -2,7 +2,7 @@
 # Installs the Debian packages that a command of this project needs and the
 # machine lacks.
 #
-#   scripts/install-packages.sh GROUP...      groups: build operator test demo fuzz bench
+#   scripts/install-packages.sh GROUP...      groups: build operator test demo fuzz bench coverage
 #                                              source windows windows-test
 #
 # Ends with 0 when everything is there, with 1 and a message that names the
@@ -37,6 +37,10 @@ fuzz_packages=(
 # What the benchmarks are built with, run on and measure against.
 bench_packages=(
   libcpp-httplib-dev libssl-dev python3 python3-pil xvfb fonts-lato nginx curl unzip binutils
+)
+# What tells which lines the tests reach.
+coverage_packages=(
+  gcovr
 )
 # What unpacks the distribution's source packages.
 source_packages=(
@@ -149,18 +153,19 @@ install_groups() {
       test) packages+=("${test_packages[@]}") ;;
       demo) packages+=("${demo_packages[@]}") ;;
       fuzz) packages+=("${fuzz_packages[@]}") ;;
+      coverage) packages+=("${coverage_packages[@]}") ;;
       bench) packages+=("${bench_packages[@]}") ;;
       source) packages+=("${source_packages[@]}") ;;
       windows) packages+=("${windows_packages[@]}") ;;
       windows-test) packages+=("${windows_test_packages[@]}") ;;
       *)
-        echo "install-packages.sh: no such group: $group (build, operator, test, demo, fuzz, bench, source, windows, windows-test)" >&2
+        echo "install-packages.sh: no such group: $group (build, operator, test, demo, fuzz, bench, coverage, source, windows, windows-test)" >&2
         return 64
         ;;
     esac
   done
   if [ "${#packages[@]}" -eq 0 ]; then
-    echo "usage: scripts/install-packages.sh GROUP...   (build, operator, test, demo, fuzz, bench, source, windows, windows-test)" >&2
+    echo "usage: scripts/install-packages.sh GROUP...   (build, operator, test, demo, fuzz, bench, coverage, source, windows, windows-test)" >&2
     return 64
   fi
 

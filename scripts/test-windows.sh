@@ -33,7 +33,7 @@ install -D -m 755 build/windows-unzip/unzip.exe "$tools/unzip.exe"
 echo "== Configuring $build"
 cmake -S . -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64.cmake \
   -DEMBERWAKE_WINDOWS_QT="$toolkit" -DEMBERWAKE_HTTPLIB_SOURCE="$PWD/$httplib" \
-  -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=ON
+  -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=ON -DEMBERWAKE_WARNINGS_AS_ERRORS=ON
 echo '== Building'
 cmake --build "$build" --parallel "$jobs"
 

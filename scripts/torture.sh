@@ -17,7 +17,8 @@ if ! [[ $kills =~ ^[0-9]+$ ]]; then
 fi
 scripts/install-packages.sh build test demo
 build=build/test
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DBUILD_TESTING=ON
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DBUILD_TESTING=ON \
+  -DEMBERWAKE_WARNINGS_AS_ERRORS=ON
 cmake --build "$build" --parallel "$(nproc)" --target launcher-of-the-demo-world \
   --target launcher-of-the-secure-demo-world
 

@@ -1,17 +1,16 @@
 """Proves from the compile commands that our own flags reach every own file:
-flags.py compile_commands.json
+flags.py compile_commands.json [FURTHER FLAG...]
 """
 
 from __future__ import annotations
 
-import json
 import shlex
-import subprocess
 import sys
 
-FLAGS = """-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -std=c++17
+from sources import PRODUCT, compile_commands, own_files
+
+FLAGS = """-Wall -Wextra -Wpedantic -Wshadow -Wconversion -std=c++17
 -DQT_NO_CAST_FROM_ASCII -DQT_NO_CAST_TO_ASCII -DQT_NO_CAST_FROM_BYTEARRAY""".split()
-FOLDERS = ("app/", "base/", "fetch/", "check/", "window/", "info/", "install/", "news/")
 
 # Sources that other builds compile, with the same functions of the build: the Windows program's tests
 # and the fuzz targets.
@@ -24,13 +23,10 @@ def is_elsewhere(name: str) -> bool:
     return name in ELSEWHERE or name.startswith("tests/fuzz/")
 
 
-def main(commands_file: str) -> int:
-    with open(commands_file, encoding="utf-8") as file:
-        commands: list[dict[str, str]] = json.load(file)
-    listed = subprocess.run(
-        ["git", "ls-files", "--cached", "--others", "--exclude-standard", "*.cpp"],
-        check=True, capture_output=True, text=True).stdout.split()
-    sources = {name for name in listed if name.startswith(FOLDERS) or name.startswith("tests/")}
+def main(commands_file: str, *further: str) -> int:
+    commands = compile_commands(commands_file)
+    sources = set(own_files("tests/*.cpp", *(f"{folder}/*.cpp" for folder in PRODUCT)))
+    flags = [*FLAGS, *further]
     problems = []
     seen = set()
     for command in commands:
@@ -39,7 +35,7 @@ def main(commands_file: str) -> int:
             continue
         seen.add(name)
         arguments = shlex.split(command["command"])
-        missing = [flag for flag in FLAGS if flag not in arguments]
+        missing = [flag for flag in flags if flag not in arguments]
         if missing:
             problems.append(f"{name} is compiled without {' '.join(missing)}")
     problems += [f"{name} is not compiled at all" for name in sorted(sources - seen) if not is_elsewhere(name)]

@@ -7,26 +7,15 @@ launcher_rules. From below, only files that implement the window's own operation
 from __future__ import annotations
 
 import re
-import subprocess
 import sys
 from pathlib import Path
+
+from sources import PRODUCT, own_files
 
 FLOORS = {"base": 1, "fetch": 2, "info": 3, "install": 3, "news": 3, "window": 4, "app": 5}
 WINDOW = ("window/testform.h", "ui_testform.h")
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.M)
 OPERATION = re.compile(r"^[\w:<>*& ]*\btestform::~?\w+\(", re.M)
-
-
-def own_files() -> list[Path]:
-    """Known to git or not yet."""
-    patterns = [f"{folder}/*{ending}" for folder in (*FLOORS, "check") for ending in (".h", ".cpp", ".cpp.in")]
-    listed = subprocess.run(
-        ["git", "ls-files", "--cached", "--others", "--exclude-standard", "--", *patterns],
-        check=True,
-        stdout=subprocess.PIPE,
-        text=True,
-    )
-    return sorted(Path(name) for name in set(listed.stdout.split()) if Path(name).is_file())
 
 
 def rules_of(cmake: str) -> set[str]:
@@ -59,7 +48,8 @@ def problem_of(path: Path, text: str, used: str, rules: set[str]) -> str | None:
 
 def main() -> int:
     rules = rules_of(Path(sys.argv[1]).read_text(encoding="utf-8"))
-    files = own_files()
+    patterns = [f"{folder}/*{ending}" for folder in PRODUCT for ending in (".h", ".cpp", ".cpp.in")]
+    files = [Path(name) for name in own_files(*patterns)]
     problems = []
     for path in files:
         text = path.read_text(encoding="utf-8")

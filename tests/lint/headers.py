@@ -5,13 +5,13 @@ A header that only compiles behind another one breaks whoever includes it first.
 
 from __future__ import annotations
 
-import json
 import os
-import shlex
 import subprocess
 import sys
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
+
+from sources import arguments_of, compile_commands, own_files
 
 # They need the other system's own headers.
 WINDOWS_ONLY = ("tests/window/nativewindowtest.h",)
@@ -22,29 +22,8 @@ OTHERS = "window/testform.cpp"
 
 
 def own_headers() -> list[str]:
-    """Known to git or not yet."""
-    listed = subprocess.run(
-        ["git", "ls-files", "--cached", "--others", "--exclude-standard", "--", "*.h"],
-        check=True,
-        stdout=subprocess.PIPE,
-        text=True,
-    )
-    names = {name for name in listed.stdout.split() if Path(name).is_file()}
-    # What is written in C belongs to programs of its own.
-    return sorted(name for name in names if not name.startswith("packaging/") and name not in WINDOWS_ONLY)
-
-
-def arguments_of(source: str, commands: list[dict[str, str]]) -> list[str]:
-    """The compiler and what it is told for a source, without input and output."""
-    path = Path(source).resolve()
-    for command in commands:
-        if Path(command["directory"], command["file"]).resolve() == path:
-            arguments = shlex.split(command["command"])
-            for option in ("-o", "-c"):
-                place = arguments.index(option)
-                del arguments[place : place + 2]
-            return arguments
-    raise SystemExit(f"{source} is compiled by no target")
+    """What is written in C belongs to programs of its own."""
+    return [name for name in own_files("*.h") if not name.startswith("packaging/") and name not in WINDOWS_ONLY]
 
 
 def compiled_alone(header: str, arguments: list[str]) -> str:
@@ -61,7 +40,7 @@ def compiled_alone(header: str, arguments: list[str]) -> str:
 
 
 def main() -> int:
-    commands = json.loads(Path(sys.argv[1]).read_text(encoding="utf-8"))
+    commands = compile_commands(sys.argv[1])
     headers = own_headers()
     if len(headers) < 50:
         raise SystemExit(f"only {len(headers)} headers found")

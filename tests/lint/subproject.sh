@@ -27,6 +27,10 @@ if grep -rq 'tst_' "$scratch/build/build.ninja"; then
   echo "the tests came along into the other project"
   exit 1
 fi
+if ! grep -q -- '-Wextra' "$scratch/build/build.ninja" || grep -q -- '-Werror' "$scratch/build/build.ninja"; then
+  echo "warnings of ours must not stop the other project's build"
+  exit 1
+fi
 if grep -rn 'CMAKE_SOURCE_DIR' --include=CMakeLists.txt --include='*.cmake' \
   CMakeLists.txt cmake tests; then
   echo "CMAKE_SOURCE_DIR is the other project's folder there"

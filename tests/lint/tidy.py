@@ -8,9 +8,7 @@ for the place.
 
 from __future__ import annotations
 
-import json
 import re
-import shlex
 import subprocess
 import sys
 import tempfile
@@ -18,33 +16,11 @@ from collections import Counter
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
+from sources import arguments_of, compile_commands, own_files
+
 # Sources that can stand in one file, by folder. Each main() stands alone.
 GROUPS = (("window", "info", "install", "news", "fetch", "base"), ("check",), ("app",))
 INCLUDE = re.compile(r"^\s*#\s*include\s+\S+", re.M)
-
-
-def own_sources(folders: tuple[str, ...]) -> list[str]:
-    """Known to git or not yet."""
-    listed = subprocess.run(
-        ["git", "ls-files", "--cached", "--others", "--exclude-standard", "--", *(f"{f}/*.cpp" for f in folders)],
-        check=True,
-        stdout=subprocess.PIPE,
-        text=True,
-    )
-    return sorted(path for path in set(listed.stdout.split("\n")) if path and Path(path).is_file())
-
-
-def arguments_of(source: str, commands: list[dict[str, str]]) -> list[str]:
-    """What the compiler is told for a source, without input and output."""
-    path = Path(source).resolve()
-    for command in commands:
-        if Path(command["directory"], command["file"]).resolve() == path:
-            arguments = shlex.split(command["command"])[1:]
-            for option in ("-o", "-c"):
-                place = arguments.index(option)
-                del arguments[place : place + 2]
-            return arguments
-    raise SystemExit(f"{source} is compiled by no target")
 
 
 def tidy(source: Path | str, arguments: list[str], *options: str) -> tuple[bool, str]:
@@ -81,16 +57,16 @@ def check_together(sources: list[str], arguments: list[str], scratch: Path) -> s
 
 
 def main() -> int:
-    commands = json.loads((Path(sys.argv[1]) / "compile_commands.json").read_text(encoding="utf-8"))
+    commands = compile_commands(f"{sys.argv[1]}/compile_commands.json")
     batches: list[tuple[list[str], list[str]]] = []
     problems = []
     for folders in GROUPS:
-        sources = own_sources(folders)
+        sources = own_files(*(f"{folder}/*.cpp" for folder in folders))
         if not sources:
             raise SystemExit(f"no source in {', '.join(folders)}")
         for source in sources:
             problems += repeated_includes(source)
-        arguments = {source: arguments_of(source, commands) for source in sources}
+        arguments = {source: arguments_of(source, commands)[1:] for source in sources}
         alone = [source for source in sources if Path(source).name == "main.cpp"]
         rest = [source for source in sources if source not in alone]
         # Whoever may use the most libraries can read what the others read.
