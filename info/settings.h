@@ -16,8 +16,9 @@ struct Settings {
     bool rememberSettings = true; // apply the choice at start without showing the panel
 };
 
-// Reads the one line of settings.txt. Missing fields read as empty, so the flag as false.
+// Reads the one line of settings.txt: server|client|rememberSettings|auth. Missing fields read as
+// empty, so the flag as false.
 Settings parseSettings(const QString &text);
 
-// The one line of settings.txt, without a line end.
+// The one line of settings.txt, with the same fields in the same order, without a line end.
 QString formatSettings(const Settings &settings);
