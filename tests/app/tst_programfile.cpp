@@ -1,3 +1,5 @@
+#include "support/relation.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QTest>

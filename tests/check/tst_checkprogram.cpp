@@ -1,6 +1,7 @@
 #include "support/archives.h"
 #include "support/documents.h"
 #include "support/httpserver.h"
+#include "support/relation.h"
 #include "support/scratchfolder.h"
 
 #include <QElapsedTimer>

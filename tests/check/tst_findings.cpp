@@ -1,6 +1,8 @@
 #include "check/documentcontent.h"
 #include "check/playersview.h"
 #include "check/rules.h"
+#include "support/documents.h"
+#include "support/relation.h"
 
 #include <QCryptographicHash>
 #include <QTest>
@@ -8,16 +10,6 @@
 namespace
 {
 const char sumOfCode[] = "4da0b9a5e4a1d1f8d2f0c2b1f1a0e9d8c7b6a594";
-
-QString element(const char *name, const QVector<QPair<const char *, QString>> &attributes)
-{
-    QString text = QLatin1Char('<') + QLatin1String(name);
-    for (const auto &attribute : attributes) {
-        text += QStringLiteral(" %1=\"%2\"")
-                    .arg(QLatin1String(attribute.first), attribute.second.toHtmlEscaped());
-    }
-    return text + QStringLiteral("/>");
-}
 
 // A client without a fault, but for what is given.
 QString client(const QString &server, const QString &kind, const QString &version,
@@ -27,12 +19,7 @@ QString client(const QString &server, const QString &kind, const QString &versio
                                 ? QStringLiteral("https://a.example/%1-%2.zip")
                                       .arg(QString::fromLatin1(server.toUtf8().toHex()), kind)
                                 : url;
-    QVector<QPair<const char *, QString>> attributes{
-        {"server", server}, {"name", kind}, {"version", version}, {"url", archive}};
-    if (!auth.isNull()) {
-        attributes.append({"auth", auth});
-    }
-    return element("client", attributes);
+    return Documents::client(server, kind, version, archive, auth);
 }
 
 QString official(const QString &server, const QString &version = QStringLiteral("1.0"))
@@ -66,11 +53,8 @@ QString withAuth(const char *auth)
 QString news(const char *kind, const char *title, const char *picture = "https://a.example/p.png",
              const char *page = "https://a.example/")
 {
-    return element(kind, {{"id", QStringLiteral("1")},
-                          {"title", QString::fromUtf8(title)},
-                          {"description", QStringLiteral("d")},
-                          {"imageUrl", QString::fromUtf8(picture)},
-                          {"clickUrl", QString::fromUtf8(page)}});
+    return Documents::news(QLatin1String(kind), QString::fromUtf8(title), QStringLiteral("d"),
+                           QString::fromUtf8(picture), QString::fromUtf8(page));
 }
 
 QString document(const QString &elements, const char *version = "1")

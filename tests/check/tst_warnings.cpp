@@ -2,6 +2,7 @@
 #include "info/world.h"
 #include "install/downloadmanager.h"
 #include "stage.h"
+#include "support/relation.h"
 #include "support/urlcatcher.h"
 
 #include <QBuffer>

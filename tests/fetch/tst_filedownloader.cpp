@@ -1,6 +1,7 @@
 #include "fetch/filedownloader.h"
 #include "support/holdings.h"
 #include "support/httpserver.h"
+#include "support/relation.h"
 #include "support/testsettings.h"
 
 #include <QNetworkReply>

@@ -1,4 +1,5 @@
 #include "fetch/oneperturn.h"
+#include "support/relation.h"
 
 #include <QBasicTimer>
 #include <QCoreApplication>

@@ -3,6 +3,7 @@
 // by the form; where a row fails, the picture under the text has to give way.
 
 #include "images/demoworld.h"
+#include "support/relation.h"
 #include "support/scratchfolder.h"
 #include "support/windowdriver.h"
 #include "ui_testform.h"

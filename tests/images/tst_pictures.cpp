@@ -1,4 +1,5 @@
 #include "info/serverpanel.h"
+#include "support/relation.h"
 #include "ui_testform.h"
 
 #include <QDirIterator>

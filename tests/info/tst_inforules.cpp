@@ -2,6 +2,9 @@
 #include "info/launcherdocumentreader.h"
 #include "info/serverpanel.h"
 #include "info/settings.h"
+#include "support/documents.h"
+#include "support/messagelog.h"
+#include "support/relation.h"
 
 #include <QCryptographicHash>
 #include <QRegularExpression>
@@ -128,16 +131,14 @@ QString inLauncher(const QString &elements)
 
 QString clientElement(const QString &server)
 {
-    return QStringLiteral("<client server=\"%1\" name=\"Official\" version=\"1.0\" url=\"u\"/>")
-        .arg(server);
+    return Documents::client(server, QStringLiteral("Official"), QStringLiteral("1.0"),
+                             QStringLiteral("u"));
 }
 
 QString newsElement(const QString &kind, const QString &title,
                     const QString &description = QStringLiteral("d"))
 {
-    return QStringLiteral("<%1 id=\"1\" title=\"%2\" description=\"%3\" imageUrl=\"i\" "
-                          "clickUrl=\"c\"/>")
-        .arg(kind, title, description);
+    return Documents::news(kind, title, description, QStringLiteral("i"), QStringLiteral("c"));
 }
 
 QString slides(int count)
@@ -149,30 +150,6 @@ QString tiles(int count)
 {
     return newsElement(QStringLiteral("news"), QStringLiteral("t")).repeated(count);
 }
-
-// Collects the toolkit's warnings as long as it lives.
-class Warnings
-{
-public:
-    Warnings()
-    {
-        list().clear();
-        m_previous = qInstallMessageHandler(
-            [](QtMsgType, const QMessageLogContext &, const QString &text) { list() << text; });
-    }
-    ~Warnings() { qInstallMessageHandler(m_previous); }
-    Warnings(const Warnings &) = delete;
-    Warnings &operator=(const Warnings &) = delete;
-
-    static QStringList &list()
-    {
-        static QStringList warnings;
-        return warnings;
-    }
-
-private:
-    QtMessageHandler m_previous;
-};
 } // namespace
 
 // The rules of info/ that need no window: the settings line, the document and the panel's numbers.
@@ -1018,7 +995,7 @@ void TestInfoRules::styleSheets_data()
 {
     QTest::addColumn<QString>("sheet");
     QTest::addColumn<QString>("text");
-    const Warnings unwanted;
+    const MessageLog unwanted;
     QTest::newRow("Official") << ServerPanel::officialStyleSheet()
                               << QStringLiteral(
                                      "QPushButton {width:196; height: 81; border-image: "
@@ -1058,7 +1035,7 @@ void TestInfoRules::onlyTheBetaSheetWarns()
     QFETCH(int, warnings);
     QStringList printed;
     {
-        const Warnings log;
+        const MessageLog log;
         if (sheet == QStringLiteral("official")) {
             (void)ServerPanel::officialStyleSheet();
         } else if (sheet == QStringLiteral("beta")) {
@@ -1066,7 +1043,7 @@ void TestInfoRules::onlyTheBetaSheetWarns()
         } else {
             (void)ServerPanel::placeholderStyleSheet();
         }
-        printed = Warnings::list();
+        printed = MessageLog::messages();
     }
     QCOMPARE(printed.size(), warnings);
     if (warnings > 0) {

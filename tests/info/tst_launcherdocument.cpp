@@ -3,6 +3,7 @@
 #include "support/consolecapture.h"
 #include "support/localencoding.h"
 #include "support/messagelog.h"
+#include "support/testsettings.h"
 #include "support/urlcatcher.h"
 #include "support/windowdriver.h"
 #include "ui_testform.h"

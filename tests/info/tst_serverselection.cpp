@@ -2,6 +2,8 @@
 #include "info/serverbutton.h"
 #include "info/world.h"
 #include "support/messagelog.h"
+#include "support/relation.h"
+#include "support/testsettings.h"
 #include "support/windowdriver.h"
 #include "ui_testform.h"
 

@@ -1,5 +1,6 @@
 #include "support/links.h"
 #include "support/scratchfolder.h"
+#include "support/texts.h"
 #include "window/testform.h"
 
 #include <QDir>

@@ -1,6 +1,7 @@
 #include "install/downloadmanager.h"
 #include "installworld.h"
 #include "progressdue.h"
+#include "support/texts.h"
 
 #include <QApplication>
 #include <QDir>

@@ -2,6 +2,7 @@
 #include "support/consolecapture.h"
 #include "support/localencoding.h"
 #include "support/scratchfolder.h"
+#include "support/texts.h"
 #include "window/testform.h"
 
 #include <QChildEvent>

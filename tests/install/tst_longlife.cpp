@@ -3,6 +3,9 @@
 #include "install/downloadmanager.h"
 #include "installworld.h"
 #include "support/holdings.h"
+#include "support/relation.h"
+#include "support/testsettings.h"
+#include "support/texts.h"
 
 #include <QAbstractEventDispatcher>
 #include <QApplication>

@@ -1,4 +1,5 @@
 #include "installworld.h"
+#include "support/texts.h"
 
 #include <QDir>
 #include <QMessageBox>

@@ -1,10 +1,11 @@
 #include "install/removal.h"
 #include "support/links.h"
+#include "support/scratchfolder.h"
+#include "support/texts.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
-#include <QTemporaryDir>
+#include <QFileInfo>
 #include <QTest>
 
 #include <memory>
@@ -34,37 +35,19 @@ private slots:
     void whatIsNotThere();
 
 private:
-    std::unique_ptr<QTemporaryDir> m_scratch;
-    QString m_previous;
+    QString filledIn(QString path) const;
+    QStringList everything() const;
+
+    std::unique_ptr<ScratchFolder> m_scratch;
 };
 
 namespace
 {
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
+using Texts::text;
 
 void makeFile(const QString &name)
 {
-    QVERIFY(QDir().mkpath(QFileInfo(name).path()));
-    QFile file(name);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write("precious"), 8LL);
-}
-
-// All that lies in the folder around the working directory.
-QStringList everything()
-{
-    QStringList names;
-    QDirIterator entries(text(".."),
-                         QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                         QDirIterator::Subdirectories);
-    while (entries.hasNext()) {
-        names << entries.next();
-    }
-    names.sort();
-    return names;
+    ScratchFolder::write(name, "precious");
 }
 
 bool isLink(const QString &name)
@@ -75,12 +58,9 @@ bool isLink(const QString &name)
 
 void TestRemoval::init()
 {
-    m_scratch = std::make_unique<QTemporaryDir>();
-    m_previous = QDir::currentPath();
-    QVERIFY(QDir(m_scratch->path()).mkdir(text("installation")));
-    QVERIFY(QDir::setCurrent(m_scratch->filePath(text("installation"))));
+    m_scratch = std::make_unique<ScratchFolder>();
     makeFile(text("../neighbour/letter.txt"));
-    makeFile(text("../installation2/letter.txt"));
+    makeFile(filledIn(text("../%22/letter.txt")));
     makeFile(text("Alpha/Official/1.0/game.exe"));
     makeFile(text("Alpha/Official/2.0/game.exe"));
     makeFile(text("client.zip"));
@@ -88,13 +68,25 @@ void TestRemoval::init()
 
 void TestRemoval::cleanup()
 {
-    QDir::setCurrent(m_previous);
     m_scratch.reset();
+}
+
+// %1 stands for the folder around the installation folder, %2 for the installation folder's name.
+QString TestRemoval::filledIn(QString path) const
+{
+    path.replace(text("%1"), m_scratch->outside());
+    return path.replace(text("%2"), QFileInfo(m_scratch->path()).fileName());
+}
+
+// All that lies in the folder around the working directory.
+QStringList TestRemoval::everything() const
+{
+    return m_scratch->treeOutside() + ScratchFolder::tree();
 }
 
 void TestRemoval::hostilePaths_data()
 {
-    QTest::addColumn<QString>("path"); // %1: the folder around the installation folder
+    QTest::addColumn<QString>("path");
     const auto row = [](const char *path) { QTest::newRow(path) << text(path); };
     row("");
     row(".");
@@ -105,15 +97,15 @@ void TestRemoval::hostilePaths_data()
     row("//");
     row("../neighbour");
     row("../neighbour/letter.txt");
-    row("../installation2");
-    row("../installation");
+    row("../%22");
+    row("../%2");
     row("%1");
     row("%1/neighbour");
     row("%1/neighbour/letter.txt");
-    row("%1/installation");
-    row("%1/installation/");
-    row("%1/installation/.");
-    row("%1/installation/../neighbour");
+    row("%1/%2");
+    row("%1/%2/");
+    row("%1/%2/.");
+    row("%1/%2/../neighbour");
     row("Alpha/..");
     row("Alpha/../..");
     row("Alpha/../../neighbour");
@@ -136,7 +128,7 @@ void TestRemoval::hostilePaths_data()
 void TestRemoval::hostilePaths()
 {
     QFETCH(QString, path);
-    path.replace(text("%1"), m_scratch->path());
+    path = filledIn(path);
     const QStringList before = everything();
     QVERIFY(!Removal::isAllowed(path));
     QVERIFY(!Removal::removeFolder(path));
@@ -179,7 +171,7 @@ void TestRemoval::hostileNames()
     QFETCH(QString, client);
     QFETCH(QString, version);
     QString path = server + QLatin1Char('/') + client + QLatin1Char('/') + version;
-    path.replace(text("%1"), m_scratch->path());
+    path = filledIn(path);
     const QStringList before = everything();
     QVERIFY2(!Removal::removeFolder(path), qPrintable(path));
     QVERIFY2(!Removal::removeFile(path), qPrintable(path));
@@ -192,10 +184,10 @@ void TestRemoval::allowedPaths_data()
     QTest::addColumn<bool>("folder");
     QTest::newRow("a file in the working directory") << text("client.zip") << false;
     QTest::newRow("written with a dot before it") << text("./client.zip") << false;
-    QTest::newRow("absolute") << text("%1/installation/client.zip") << false;
+    QTest::newRow("absolute") << text("%1/%2/client.zip") << false;
     QTest::newRow("a file further down") << text("Alpha/Official/1.0/game.exe") << false;
     QTest::newRow("a version") << text("Alpha/Official/1.0") << true;
-    QTest::newRow("a version, absolute") << text("%1/installation/Alpha/Official/1.0") << true;
+    QTest::newRow("a version, absolute") << text("%1/%2/Alpha/Official/1.0") << true;
     QTest::newRow("with a slash behind it") << text("Alpha/Official/1.0/") << true;
     QTest::newRow("a server") << text("Alpha") << true;
     QTest::newRow("a name of dots") << text("...") << false;
@@ -206,7 +198,7 @@ void TestRemoval::allowedPaths()
 {
     QFETCH(QString, path);
     QFETCH(bool, folder);
-    path.replace(text("%1"), m_scratch->path());
+    path = filledIn(path);
 #ifdef Q_OS_WIN
     if (path == text("...")) {
         QSKIP("Windows drops dots at the end of a name");
@@ -223,7 +215,7 @@ void TestRemoval::allowedPaths()
     QVERIFY(folder ? Removal::removeFolder(path) : Removal::removeFile(path));
     QVERIFY(!QFileInfo::exists(path));
     QVERIFY(QFileInfo::exists(text("../neighbour/letter.txt")));
-    QVERIFY(QFileInfo::exists(text("../installation2/letter.txt")));
+    QVERIFY(QFileInfo::exists(filledIn(text("../%22/letter.txt"))));
 }
 
 void TestRemoval::fileIsNoFolder()

@@ -1,8 +1,6 @@
 #include "support/documents.h"
 
-#include <QBuffer>
 #include <QCryptographicHash>
-#include <QImage>
 
 namespace
 {
@@ -44,15 +42,4 @@ QString Documents::sumOf(const QString &code)
 {
     return QString::fromLatin1(
         QCryptographicHash::hash(code.toUtf8(), QCryptographicHash::Sha1).toHex());
-}
-
-QByteArray Documents::png(int width, int height, unsigned int colour)
-{
-    QImage image(width, height, QImage::Format_RGB32);
-    image.fill(colour);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    return bytes;
 }

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+class QImage;
+
 // Builds launcher documents, attribute by attribute, as an operator would write them.
 namespace Documents
 {
@@ -18,6 +20,7 @@ QString news(const QString &element, const QString &title, const QString &descri
 QByteArray launcher(const QStringList &elements, const QString &version = QStringLiteral("1"));
 // The hex SHA-1 of a code, as an auth attribute holds it.
 QString sumOf(const QString &code);
-// A PNG picture of one colour.
+// A PNG picture of one colour, and one of an image. Rule tests, which have no pictures, go without.
 QByteArray png(int width, int height, unsigned int colour);
+QByteArray png(const QImage &image);
 } // namespace Documents

@@ -1,3 +1,4 @@
+#include "support/relation.h"
 #include "support/scratchfolder.h"
 #include "support/windowdriver.h"
 #include "ui_testform.h"

@@ -1,3 +1,4 @@
+#include "support/relation.h"
 #include "ui_testform.h"
 #include "window/formtable.h"
 

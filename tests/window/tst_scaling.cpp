@@ -1,6 +1,7 @@
 #include "fetch/imagedownloader.h"
 #include "support/documents.h"
-#include "support/httpserver.h"
+#include "support/publishedworld.h"
+#include "support/relation.h"
 #include "support/scratchfolder.h"
 #include "support/testsettings.h"
 #include "support/windowdriver.h"

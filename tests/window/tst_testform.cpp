@@ -1,6 +1,8 @@
 #include "support/consolecapture.h"
 #include "support/documents.h"
 #include "support/httpserver.h"
+#include "support/publishedworld.h"
+#include "support/relation.h"
 #include "support/messagelog.h"
 #include "support/scratchfolder.h"
 #include "support/testsettings.h"
