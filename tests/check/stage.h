@@ -4,40 +4,29 @@
 #include "check/documentcontent.h"
 #include "check/fetch.h"
 #include "check/rules.h"
-#include "fetch/filedownloader.h"
 #include "support/archives.h"
 #include "support/documents.h"
-#include "support/httpserver.h"
+#include "support/publishedworld.h"
 #include "support/scratchfolder.h"
-#include "support/testsettings.h"
 #include "ui_testform.h"
 #include "window/testform.h"
 
 #include <QLayout>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QTest>
 
 #include <memory>
 
 // One document, put before the checker and before the real window. The player's folder is fresh,
 // and the server has a client archive that unpacks and starts.
-class Stage
+class Stage : public PublishedWorld
 {
 public:
     Stage()
     {
-        TestSettings::setBaseUrl(server.url());
         Archives::provideExtractor();
         server.serve(QStringLiteral("files/client.zip"), game());
     }
-    ~Stage()
-    {
-        window.reset();
-        TestSettings::setBaseUrl(QLatin1String(TestSettings::nobodyListens));
-    }
-    Stage(const Stage &) = delete;
-    Stage &operator=(const Stage &) = delete;
 
     static QByteArray game(const QString &password = {})
     {
@@ -86,11 +75,10 @@ public:
         m_content = readContent(body, code);
         m_code = code;
         m_ids = idsOf(findingsOf(m_content, m_previous ? &*m_previous : nullptr));
-        server.serve(QStringLiteral("launcher.xml"), body);
+        server.serve(documentPath(), body);
         ScratchFolder::write(QStringLiteral("settings.txt"), "||true|" + code.toUtf8());
         window = std::make_unique<testform>();
-        QSignalSpy spy(window->infoDownloader, &FileDownloader::downloaded);
-        return spy.wait(10000);
+        return answered(*window);
     }
     bool load(const QStringList &elements, const QString &code = {})
     {
@@ -152,7 +140,6 @@ public:
     }
 
     ScratchFolder folder;
-    HttpServer server;
     std::unique_ptr<testform> window;
 
 private:

@@ -2,7 +2,7 @@
 
 #include "info/serverbutton.h"
 #include "support/httpserver.h"
-#include "support/testsettings.h"
+#include "support/publishedworld.h"
 #include "window/testform.h"
 
 #include <QDirIterator>
@@ -21,9 +21,9 @@ inline QByteArray demoFile(const QString &name)
     return file.readAll();
 }
 
-// The demo world's files behind the base URL. Three servers: one answers only so many connections
-// at the same time.
-class DemoWorld
+// The demo world's files: document and logos behind the base URL, the pictures on two more servers.
+// One answers only so many connections at the same time.
+class DemoWorld : public PublishedWorld
 {
 public:
     DemoWorld()
@@ -31,33 +31,28 @@ public:
         QString document = QString::fromUtf8(demoFile(QStringLiteral("launcher.xml")));
         serveAll(m_slides, QStringLiteral("slide"), document);
         serveAll(m_tiles, QStringLiteral("tile"), document);
-        document.replace(QStringLiteral("@BASE_URL@"), m_base.url());
+        document.replace(QStringLiteral("@BASE_URL@"), server.url());
         document.replace(QStringLiteral("@LAUNCHER_VERSION@"), QStringLiteral("1"));
-        m_base.serve(QStringLiteral("launcher.xml"), document.toUtf8());
-        for (const char *server : {"Ashenmoor", "Cinderfall", "Emberreach"}) {
-            const QString logo = QLatin1String(server) + QStringLiteral(".png");
-            m_base.serve(logo, demoFile(logo));
+        server.serve(documentPath(), document.toUtf8());
+        for (const char *name : {"Ashenmoor", "Cinderfall", "Emberreach"}) {
+            const QString logo = QLatin1String(name) + QStringLiteral(".png");
+            server.serve(logo, demoFile(logo));
         }
-        TestSettings::setBaseUrl(m_base.url());
     }
-    ~DemoWorld() { TestSettings::setBaseUrl(QLatin1String(TestSettings::nobodyListens)); }
-    DemoWorld(const DemoWorld &) = delete;
-    DemoWorld &operator=(const DemoWorld &) = delete;
 
 private:
-    static void serveAll(HttpServer &server, const QString &kind, QString &document)
+    static void serveAll(HttpServer &host, const QString &kind, QString &document)
     {
         const QString path = QStringLiteral("news/") + kind;
-        document.replace(QStringLiteral("@BASE_URL@") + path, server.url(path));
+        document.replace(QStringLiteral("@BASE_URL@") + path, host.url(path));
         QDirIterator files(QStringLiteral(":/demo/news"), {kind + QLatin1Char('*')}, QDir::Files);
         while (files.hasNext()) {
             files.next();
             const QString name = QStringLiteral("news/") + files.fileName();
-            server.serve(name, demoFile(name));
+            host.serve(name, demoFile(name));
         }
     }
 
-    HttpServer m_base; // document and logos
     HttpServer m_slides;
     HttpServer m_tiles;
 };

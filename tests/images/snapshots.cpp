@@ -4,6 +4,7 @@
 
 #include "images/demoworld.h"
 #include "support/documents.h"
+#include "support/publishedworld.h"
 #include "support/scratchfolder.h"
 #include "support/windowdriver.h"
 #include "ui_testform.h"
@@ -50,14 +51,13 @@ void shootPages(testform &window, const QDir &folder)
 
 void shootPanels(const QDir &folder)
 {
-    HttpServer server;
-    TestSettings::setBaseUrl(server.url());
+    PublishedWorld world;
     const QStringList names{QStringLiteral("Ashenmoor"), QStringLiteral("Cinderfall"),
                             QStringLiteral("Emberreach"), QStringLiteral("Emberwake")};
     for (const QString &name : names) {
         const bool isOwn = name != names.last();
-        server.serve(name + QStringLiteral(".png"),
-                     demoFile((isOwn ? name : names.at(1)) + QStringLiteral(".png")));
+        world.server.serve(name + QStringLiteral(".png"),
+                           demoFile((isOwn ? name : names.at(1)) + QStringLiteral(".png")));
     }
     QStringList clients;
     for (int columns = 1; columns <= names.size(); ++columns) {
@@ -66,7 +66,7 @@ void shootPanels(const QDir &folder)
             clients << Documents::client(names.at(columns - 1), QLatin1String(kind),
                                          QStringLiteral("1.0"));
         }
-        server.serve(QStringLiteral("launcher.xml"), Documents::launcher(clients));
+        world.publish(clients);
         testform window;
         window.show();
         QTest::qWait(1500);
@@ -76,7 +76,6 @@ void shootPanels(const QDir &folder)
             shoot(window, folder, QStringLiteral("servers%1-1842").arg(columns));
         }
     }
-    TestSettings::setBaseUrl(QLatin1String(TestSettings::nobodyListens));
 }
 } // namespace
 

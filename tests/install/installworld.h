@@ -2,9 +2,8 @@
 
 #include "support/archives.h"
 #include "support/documents.h"
-#include "support/httpserver.h"
+#include "support/publishedworld.h"
 #include "support/scratchfolder.h"
-#include "support/testsettings.h"
 #include "support/windowdriver.h"
 #include "ui_testform.h"
 #include "window/testform.h"
@@ -18,26 +17,16 @@
 // A player's installation folder, an operator's server and the launcher between them. The launcher
 // reads its document from the server and remembers the choice of server "Alpha", so that it shows
 // the action buttons as soon as the document has arrived.
-class InstallWorld
+class InstallWorld : public PublishedWorld
 {
 public:
-    InstallWorld() { TestSettings::setBaseUrl(server.url()); }
-    ~InstallWorld()
-    {
-        window.reset();
-        TestSettings::setBaseUrl(QLatin1String(TestSettings::nobodyListens));
-    }
-    InstallWorld(const InstallWorld &) = delete;
-    InstallWorld &operator=(const InstallWorld &) = delete;
-
     // Offers this version of the client kind under the address of the archive. A code locks it.
     void offer(const QString &kind, const QString &version, const QString &code = {})
     {
         m_kind = kind;
         const QString auth = code.isEmpty() ? QString() : Documents::sumOf(code);
-        server.serve(QStringLiteral("launcher.xml"),
-                     Documents::launcher({Documents::client(QStringLiteral("Alpha"), kind, version,
-                                                            server.url(archive), auth)}));
+        publish(
+            {Documents::client(QStringLiteral("Alpha"), kind, version, server.url(archive), auth)});
     }
 
     // Installs a version of the offered kind with these files.
@@ -103,7 +92,6 @@ public:
     }
 
     ScratchFolder folder;
-    HttpServer server;
     QString archive = QStringLiteral("files/client.zip"); // its path on the server
     QString typedCode;                                    // the player's authentication code
     std::unique_ptr<testform> window;

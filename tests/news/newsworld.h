@@ -2,9 +2,11 @@
 
 #include "support/documents.h"
 #include "support/httpserver.h"
-#include "support/testsettings.h"
+#include "support/publishedworld.h"
+#include "window/testform.h"
 
 #include <QColor>
+#include <QLabel>
 #include <QString>
 #include <QStringList>
 
@@ -12,7 +14,7 @@
 
 // A published world with three slides and six tiles: where each item is shown, what it says, and
 // the servers that hand it out.
-class NewsWorld
+class NewsWorld : public PublishedWorld
 {
 public:
     struct Item {
@@ -54,11 +56,18 @@ public:
         for (const Item &item : items) {
             pictures(item).serve(path(item), Documents::png(40, 30, item.colour));
         }
-        TestSettings::setBaseUrl(base.url());
     }
-    ~NewsWorld() { TestSettings::setBaseUrl(QLatin1String(TestSettings::nobodyListens)); }
-    NewsWorld(const NewsWorld &) = delete;
-    NewsWorld &operator=(const NewsWorld &) = delete;
+
+    static const Item &itemNumber(int number) { return items[static_cast<std::size_t>(number)]; }
+    // The window's own: the item, and the label of that name.
+    static News &itemOf(testform &window, const Item &item)
+    {
+        return item.isSlide ? window.homeNews[item.index] : window.news[item.index];
+    }
+    static QLabel *labelOf(const testform &window, const char *name)
+    {
+        return window.findChild<QLabel *>(QLatin1String(name));
+    }
 
     static QString titleOf(const Item &item) { return text("Title of ", item); }
     static QString subtitleOf(const Item &item) { return text("About ", item); }
@@ -98,15 +107,9 @@ public:
         return list;
     }
 
-    static QString documentPath() { return QStringLiteral("launcher.xml"); }
-    void publish(const QStringList &documentElements)
-    {
-        base.serve(documentPath(), Documents::launcher(documentElements));
-    }
-
     // Three servers: each fetch keeps its connection for a while, and one server answers only so
     // many connections at the same time.
-    HttpServer base; // document and logos
+    HttpServer &base = server; // document and logos
     HttpServer slides;
     HttpServer tiles;
 

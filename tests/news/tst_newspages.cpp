@@ -20,16 +20,6 @@ namespace
 {
 constexpr int limit = 15000; // milliseconds
 
-News &itemOf(testform &window, const NewsWorld::Item &item)
-{
-    return item.isSlide ? window.homeNews[item.index] : window.news[item.index];
-}
-
-QLabel *labelOf(const testform &window, const char *name)
-{
-    return window.findChild<QLabel *>(QLatin1String(name));
-}
-
 // Whether the widget shows when its parents do.
 bool isShown(const QWidget *widget)
 {
@@ -51,12 +41,15 @@ QStringList shownSlides(const testform &window)
         }
     };
     for (int i = 0; i < 3; ++i) {
-        const NewsWorld::Item &item = NewsWorld::items[static_cast<std::size_t>(i)];
-        note(active, labelOf(window, qPrintable(QStringLiteral("slide%1").arg(i + 1))), i);
-        note(passive, labelOf(window, qPrintable(QStringLiteral("slidePassive%1").arg(i + 1))), i);
-        note(title, labelOf(window, item.title), i);
-        note(subtitle, labelOf(window, item.subtitle), i);
-        note(image, labelOf(window, item.image), i);
+        const NewsWorld::Item &item = NewsWorld::itemNumber(i);
+        note(active, NewsWorld::labelOf(window, qPrintable(QStringLiteral("slide%1").arg(i + 1))),
+             i);
+        note(passive,
+             NewsWorld::labelOf(window, qPrintable(QStringLiteral("slidePassive%1").arg(i + 1))),
+             i);
+        note(title, NewsWorld::labelOf(window, item.title), i);
+        note(subtitle, NewsWorld::labelOf(window, item.subtitle), i);
+        note(image, NewsWorld::labelOf(window, item.image), i);
     }
     return {active, passive, title, subtitle, image};
 }
@@ -121,7 +114,7 @@ bool documentIsApplied(testform &window)
 bool allPicturesAreThere(testform &window)
 {
     for (const NewsWorld::Item &item : NewsWorld::items) {
-        const ImageDownloader *const downloader = itemOf(window, item).imageDownloader;
+        const ImageDownloader *const downloader = NewsWorld::itemOf(window, item).imageDownloader;
         if (downloader == nullptr || !downloader->isDownloaded) {
             return false;
         }
@@ -209,13 +202,8 @@ void addItemRows()
 {
     QTest::addColumn<int>("number");
     for (int i = 0; i < NewsWorld::numItems; ++i) {
-        QTest::newRow(NewsWorld::items[static_cast<std::size_t>(i)].description) << i;
+        QTest::newRow(NewsWorld::itemNumber(i).description) << i;
     }
-}
-
-const NewsWorld::Item &itemNumber(int number)
-{
-    return NewsWorld::items[static_cast<std::size_t>(number)];
 }
 
 void TestNewsPages::itemIsBoundToItsLabels_data()
@@ -226,15 +214,15 @@ void TestNewsPages::itemIsBoundToItsLabels_data()
 void TestNewsPages::itemIsBoundToItsLabels()
 {
     QFETCH(int, number);
-    const NewsWorld::Item &expected = itemNumber(number);
+    const NewsWorld::Item &expected = NewsWorld::itemNumber(number);
     testform window;
-    const News &item = itemOf(window, expected);
+    const News &item = NewsWorld::itemOf(window, expected);
     QVERIFY(item.imageLabel != nullptr);
-    QCOMPARE(item.imageLabel, labelOf(window, expected.image));
+    QCOMPARE(item.imageLabel, NewsWorld::labelOf(window, expected.image));
     QVERIFY(item.labelTitle != nullptr);
-    QCOMPARE(item.labelTitle, labelOf(window, expected.title));
+    QCOMPARE(item.labelTitle, NewsWorld::labelOf(window, expected.title));
     QVERIFY(item.labelSubtitle != nullptr);
-    QCOMPARE(item.labelSubtitle, labelOf(window, expected.subtitle));
+    QCOMPARE(item.labelSubtitle, NewsWorld::labelOf(window, expected.subtitle));
     QCOMPARE(item.fullyInitialized, false);
     QCOMPARE(item.toString(), QStringLiteral(", , , "));
     QCOMPARE(item.labelTitle->text(), QString());
@@ -267,9 +255,9 @@ void TestNewsPages::visibilityAfterConstruction()
     QCOMPARE(shownSlides(window), onlySlide(0));
     for (const NewsWorld::Item &item : NewsWorld::items) {
         if (!item.isSlide) {
-            QVERIFY2(isShown(labelOf(window, item.image)), item.image);
-            QVERIFY2(isShown(labelOf(window, item.title)), item.title);
-            QVERIFY2(isShown(labelOf(window, item.subtitle)), item.subtitle);
+            QVERIFY2(isShown(NewsWorld::labelOf(window, item.image)), item.image);
+            QVERIFY2(isShown(NewsWorld::labelOf(window, item.title)), item.title);
+            QVERIFY2(isShown(NewsWorld::labelOf(window, item.subtitle)), item.subtitle);
         }
     }
 }
@@ -505,7 +493,7 @@ void TestNewsPages::clickOpensThePage_data()
 void TestNewsPages::clickOpensThePage()
 {
     QFETCH(int, number);
-    const NewsWorld::Item &item = itemNumber(number);
+    const NewsWorld::Item &item = NewsWorld::itemNumber(number);
     NewsWorld world;
     world.publish(world.elements());
     testform window;
@@ -550,7 +538,7 @@ void TestNewsPages::clickBeforeTheDocumentOpensNothing()
     ConsoleCapture console;
     const MessageLog log;
     const EmptyUrlCatcher browser;
-    QCOMPARE(clickItem(window, itemNumber(number)), QString());
+    QCOMPARE(clickItem(window, NewsWorld::itemNumber(number)), QString());
     QCOMPARE(browser.opened.size(), 1);
     QVERIFY(browser.opened.first().isEmpty());
     QCOMPARE(MessageLog::messages(), QStringList());
@@ -571,12 +559,12 @@ void TestNewsPages::itemsTheDocumentLacks()
     window.ui->serverButtonsGroup->hide();
     QTRY_VERIFY_WITH_TIMEOUT(allPicturesAreThere(window), limit);
 
-    QCOMPARE(window.ui->homeNewsTitle->text(), NewsWorld::titleOf(itemNumber(0)));
-    QCOMPARE(window.ui->titleNewsBig->text(), NewsWorld::titleOf(itemNumber(3)));
+    QCOMPARE(window.ui->homeNewsTitle->text(), NewsWorld::titleOf(NewsWorld::itemNumber(0)));
+    QCOMPARE(window.ui->titleNewsBig->text(), NewsWorld::titleOf(NewsWorld::itemNumber(3)));
     for (const int number : {1, 2, 4, 5, 6, 7, 8}) {
-        const NewsWorld::Item &item = itemNumber(number);
-        QCOMPARE(labelOf(window, item.title)->text(), QString());
-        QCOMPARE(labelOf(window, item.subtitle)->text(), QString());
+        const NewsWorld::Item &item = NewsWorld::itemNumber(number);
+        QCOMPARE(NewsWorld::labelOf(window, item.title)->text(), QString());
+        QCOMPARE(NewsWorld::labelOf(window, item.subtitle)->text(), QString());
     }
     QCOMPARE(window.ui->newsMedium1Background->styleSheet(), sheet);
     QVERIFY(window.ui->newsMedium1Background->grab().toImage() == placeholder);
@@ -584,7 +572,8 @@ void TestNewsPages::itemsTheDocumentLacks()
     const EmptyUrlCatcher browser;
     QCOMPARE(WindowDriver::click(window, QStringLiteral("btnNewsBig")), QString());
     QCOMPARE(WindowDriver::click(window, QStringLiteral("btnNewsMedium1")), QString());
-    QCOMPARE(browser.opened, (QList<QUrl>{QUrl(NewsWorld::pageOf(itemNumber(3))), QUrl()}));
+    QCOMPARE(browser.opened,
+             (QList<QUrl>{QUrl(NewsWorld::pageOf(NewsWorld::itemNumber(3))), QUrl()}));
 }
 
 void TestNewsPages::addressIsReadTolerantly_data()
@@ -673,8 +662,8 @@ void TestNewsPages::bufferIsReadInOrder()
     QStringList loaded;
     for (const NewsWorld::Item &item : NewsWorld::items) {
         ScratchFolder::write(NewsWorld::cacheFile(item), Documents::png(8, 6, item.colour));
-        connect(itemOf(window, item).imageDownloader, &ImageDownloader::loadedImage, this,
-                [&loaded, &item] { loaded << NewsWorld::cacheFile(item); });
+        connect(NewsWorld::itemOf(window, item).imageDownloader, &ImageDownloader::loadedImage,
+                this, [&loaded, &item] { loaded << NewsWorld::cacheFile(item); });
     }
     const ConsoleCapture console;
     window.loadNews(true);
@@ -694,10 +683,10 @@ void TestNewsPages::everyPictureIsSeenOnScreen()
         if (item.isSlide) {
             window.setSlideState(item.index);
         }
-        QVERIFY2(labelOf(window, item.title)->isVisible(), item.title);
-        QCOMPARE(labelOf(window, item.title)->text(), NewsWorld::titleOf(item));
-        QCOMPARE(labelOf(window, item.subtitle)->text(), NewsWorld::subtitleOf(item));
-        QCOMPARE(colourOnScreen(window, *labelOf(window, item.image)), item.colour);
+        QVERIFY2(NewsWorld::labelOf(window, item.title)->isVisible(), item.title);
+        QCOMPARE(NewsWorld::labelOf(window, item.title)->text(), NewsWorld::titleOf(item));
+        QCOMPARE(NewsWorld::labelOf(window, item.subtitle)->text(), NewsWorld::subtitleOf(item));
+        QCOMPARE(colourOnScreen(window, *NewsWorld::labelOf(window, item.image)), item.colour);
     }
 }
 

@@ -3,7 +3,6 @@
 #include "support/publishedworld.h"
 #include "support/relation.h"
 #include "support/scratchfolder.h"
-#include "support/testsettings.h"
 #include "support/windowdriver.h"
 #include "ui_testform.h"
 #include "window/mysizegrip.h"
@@ -68,7 +67,6 @@ void TestScaling::cleanup()
 {
     m_window.reset();
     m_folder.reset();
-    TestSettings::setBaseUrl(QLatin1String(TestSettings::nobodyListens));
 }
 
 QHash<QString, TestScaling::Design> TestScaling::design() const
@@ -245,16 +243,13 @@ void TestScaling::newsPicturesComeFromTheOriginal()
         }
     }
     const QImage mirrored = fine.mirrored();
-    HttpServer server;
-    server.serve(QStringLiteral("slide.png"), pngOf(fine));
-    server.serve(QStringLiteral("tile.png"), pngOf(mirrored));
-    server.serve(
-        QStringLiteral("launcher.xml"),
-        Documents::launcher({Documents::news(QStringLiteral("homenews"), QStringLiteral("One"), {},
-                                             server.url(QStringLiteral("slide.png"))),
-                             Documents::news(QStringLiteral("news"), QStringLiteral("Two"), {},
-                                             server.url(QStringLiteral("tile.png")))}));
-    TestSettings::setBaseUrl(server.url());
+    PublishedWorld world;
+    world.server.serve(QStringLiteral("slide.png"), Documents::png(fine));
+    world.server.serve(QStringLiteral("tile.png"), Documents::png(mirrored));
+    world.publish({Documents::news(QStringLiteral("homenews"), QStringLiteral("One"), {},
+                                   world.server.url(QStringLiteral("slide.png"))),
+                   Documents::news(QStringLiteral("news"), QStringLiteral("Two"), {},
+                                   world.server.url(QStringLiteral("tile.png")))});
     m_window = std::make_unique<testform>();
     const QLabel *slide = m_window->ui->homeNewsImageBackground;
     const QLabel *tile = m_window->ui->newsMedium1Background;

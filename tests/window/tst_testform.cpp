@@ -279,16 +279,13 @@ void TestTestform::startsHiddenFramelessOnHomeWithTheFirstSlide()
 void TestTestform::fetchIsUnderWayButAnsweredOnlyByTheEventLoop()
 {
     const ScratchFolder folder;
-    HttpServer server;
-    server.serve(QStringLiteral("launcher.xml"),
-                 Documents::launcher({Documents::client(
-                     QStringLiteral("Alpha"), QStringLiteral("Official"), QStringLiteral("1.0"))}));
-    TestSettings::setBaseUrl(server.url());
+    PublishedWorld world;
+    world.publish({Documents::client(QStringLiteral("Alpha"), QStringLiteral("Official"),
+                                     QStringLiteral("1.0"))});
     testform window;
     QVERIFY(window.clientInfos.isEmpty());
     QTRY_COMPARE(window.clientInfos.size(), 1);
-    QCOMPARE(server.requests(QStringLiteral("launcher.xml")), 1);
-    TestSettings::setBaseUrl(QLatin1String(TestSettings::nobodyListens));
+    QCOMPARE(world.server.requests(PublishedWorld::documentPath()), 1);
 }
 
 void TestTestform::closeButtonWritesSettingsAndEndsWithZero_data()
