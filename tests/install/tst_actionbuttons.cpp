@@ -11,15 +11,8 @@
 
 namespace
 {
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
-QStringList names(const char *list)
-{
-    return text(list).split(QLatin1Char('|'), Qt::SkipEmptyParts);
-}
+using Texts::names;
+using Texts::text;
 
 // What the desktop was asked to open.
 QStringList opened(const UrlCatcher &desktop)

@@ -10,15 +10,8 @@
 
 namespace
 {
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
-QStringList names(const char *list)
-{
-    return text(list).split(QLatin1Char('|'), Qt::SkipEmptyParts);
-}
+using Texts::names;
+using Texts::text;
 
 ClientInfo client(const QString &server, const QString &kind, const QString &version)
 {

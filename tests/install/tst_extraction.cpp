@@ -16,10 +16,7 @@
 
 namespace
 {
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
+using Texts::text;
 
 const char recordArguments[] = "record arguments.txt";
 

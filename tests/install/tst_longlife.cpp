@@ -40,10 +40,7 @@ constexpr int firstDownloads = 10;
 // no more: the archive is thirty times that.
 constexpr qint64 downloadMayKeep = 32 * 1024; // bytes, each
 
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
+using Texts::text;
 
 // Two servers of two kinds each, with logos, and all nine news with their pictures. The remembered
 // choice is Alpha's official client, whose archive is as large as what is in it.

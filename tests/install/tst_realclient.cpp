@@ -21,10 +21,7 @@ private slots:
 
 namespace
 {
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
+using Texts::text;
 
 // A client that leaves this file in the installation folder.
 QByteArray clientThatNotes(const QString &file)
