@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTest>
 
 #include <stdexcept>
@@ -35,6 +36,41 @@ protected:
                 LocalEncoding::bytes(text("no room for \xC3\xA4 child")).toStdString());
         }
     }
+};
+
+// What unzip2Folder() returned, and what was printed meanwhile.
+using Outcome = QPair<bool, QByteArray>;
+
+// Unpacks a.zip into A/1.0.
+Outcome unpackedWith(QObject *parent)
+{
+    ConsoleCapture console;
+    const bool result = testform::unzip2Folder(text("a.zip"), text("A/1.0"), parent);
+    return {result, console.out() + console.err()};
+}
+
+#ifdef Q_OS_WIN
+const char pathSeparator[] = ";";
+#else
+const char pathSeparator[] = ":";
+#endif
+
+// A folder that is searched for programs before all others, as long as the object lives.
+class SearchedFolder
+{
+public:
+    explicit SearchedFolder(const QString &folder)
+        : m_previous(qgetenv("PATH"))
+    {
+        qputenv("PATH",
+                QFile::encodeName(QDir::toNativeSeparators(folder)) + pathSeparator + m_previous);
+    }
+    ~SearchedFolder() { qputenv("PATH", m_previous); }
+    SearchedFolder(const SearchedFolder &) = delete;
+    SearchedFolder &operator=(const SearchedFolder &) = delete;
+
+private:
+    QByteArray m_previous;
 };
 } // namespace
 
@@ -223,15 +259,7 @@ void TestExtraction::noArchive()
     if (!content.isNull()) {
         ScratchFolder::write(text("a.zip"), content);
     }
-    QByteArray printed;
-    bool result = false;
-    {
-        ConsoleCapture console;
-        result = testform::unzip2Folder(text("a.zip"), text("A/1.0"));
-        printed = console.out() + console.err();
-    }
-    QCOMPARE(result, true);
-    QCOMPARE(printed, QByteArray());
+    QCOMPARE(unpackedWith(nullptr), Outcome(true, {}));
     QVERIFY(QFileInfo(text("A/1.0")).isDir());
     QVERIFY(QDir(text("A/1.0")).isEmpty());
     QCOMPARE(QFile::exists(text("a.zip")), !content.isNull());
@@ -277,7 +305,7 @@ void TestExtraction::extractorThatDoesNotStart_data()
 #else
     QTest::newRow("it is a program cut short") << text("cut short");
 #endif
-    QTest::newRow("only the search path has one") << text("missing");
+    QTest::newRow("only the search path has one") << text("search path");
 }
 
 void TestExtraction::extractorThatDoesNotStart()
@@ -302,17 +330,18 @@ void TestExtraction::extractorThatDoesNotStart()
         const QByteArray program = ScratchFolder::read(extractor);
         ScratchFolder::write(extractor, program.left(200));
     }
+    const QString elsewhere = scratch.outside() + text("/tools");
+    const SearchedFolder searched(elsewhere);
+    if (how == text("search path")) {
+        Archives::provideExtractorScript("note ran.txt");
+        ScratchFolder::makeFolder(elsewhere);
+        const QString found = elsewhere + QLatin1Char('/') + extractor;
+        QVERIFY(QFile::rename(extractor, found));
+        QCOMPARE(QStandardPaths::findExecutable(extractor), found);
+    }
     ScratchFolder::write(text("a.zip"), Archives::zip({{text("game.exe"), "game"}}));
     QObject parent;
-    QByteArray printed;
-    bool result = false;
-    {
-        ConsoleCapture console;
-        result = testform::unzip2Folder(text("a.zip"), text("A/1.0"), &parent);
-        printed = console.out() + console.err();
-    }
-    QCOMPARE(result, true);
-    QCOMPARE(printed, QByteArray());
+    QCOMPARE(unpackedWith(&parent), Outcome(true, {}));
     QVERIFY(QDir(text("A/1.0")).exists());
     QVERIFY(QDir(text("A/1.0")).isEmpty());
     QVERIFY(!QFile::exists(text("ran.txt")));
@@ -336,15 +365,7 @@ void TestExtraction::extractorThatFails()
     const ScratchFolder scratch;
     Archives::provideExtractorScript("note ran.txt\n" + script);
     QObject parent;
-    QByteArray printed;
-    bool result = false;
-    {
-        ConsoleCapture console;
-        result = testform::unzip2Folder(text("a.zip"), text("A/1.0"), &parent);
-        printed = console.out() + console.err();
-    }
-    QCOMPARE(result, true);
-    QCOMPARE(printed, QByteArray());
+    QCOMPARE(unpackedWith(&parent), Outcome(true, {}));
     QVERIFY(QFile::exists(text("ran.txt")));
     QCOMPARE(static_cast<int>(parent.findChild<QProcess *>()->exitStatus()), status);
 }
