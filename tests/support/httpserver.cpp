@@ -171,53 +171,32 @@ QString HttpServer::url(const QString &path) const
 
 void HttpServer::serve(const QString &path, const QByteArray &body, int status)
 {
-    Answer answer;
-    answer.status = status;
-    answer.body = body.toStdString();
-    d->set(path, answer);
+    d->set(path, {Kind::Plain, status, body.toStdString(), {}, 0});
 }
 
 void HttpServer::redirect(const QString &path, const QString &target, const QByteArray &body)
 {
-    Answer answer;
-    answer.status = 302;
-    answer.body = body.toStdString();
-    answer.location = target.toStdString();
-    d->set(path, answer);
+    d->set(path, {Kind::Plain, 302, body.toStdString(), target.toStdString(), 0});
 }
 
 void HttpServer::serveWithoutLength(const QString &path, const QByteArray &body)
 {
-    Answer answer;
-    answer.kind = Kind::WithoutLength;
-    answer.body = body.toStdString();
-    d->set(path, answer);
+    d->set(path, {Kind::WithoutLength, 200, body.toStdString(), {}, 0});
 }
 
 void HttpServer::serveCut(const QString &path, const QByteArray &body, int bytes)
 {
-    Answer answer;
-    answer.kind = Kind::Cut;
-    answer.body = body.toStdString();
-    answer.bytes = static_cast<std::size_t>(bytes);
-    d->set(path, answer);
+    d->set(path, {Kind::Cut, 200, body.toStdString(), {}, static_cast<std::size_t>(bytes)});
 }
 
 void HttpServer::serveHeld(const QString &path, const QByteArray &body, int bytes)
 {
-    Answer answer;
-    answer.kind = Kind::Held;
-    answer.body = body.toStdString();
-    answer.bytes = static_cast<std::size_t>(bytes);
-    d->set(path, answer);
+    d->set(path, {Kind::Held, 200, body.toStdString(), {}, static_cast<std::size_t>(bytes)});
 }
 
 void HttpServer::serveLarge(const QString &path, qint64 bytes)
 {
-    Answer answer;
-    answer.kind = Kind::Large;
-    answer.bytes = static_cast<std::size_t>(bytes);
-    d->set(path, answer);
+    d->set(path, {Kind::Large, 200, {}, {}, static_cast<std::size_t>(bytes)});
 }
 
 void HttpServer::release(const QString &path)
