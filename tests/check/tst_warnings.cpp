@@ -5,7 +5,6 @@
 #include "support/relation.h"
 #include "support/urlcatcher.h"
 
-#include <QBuffer>
 #include <QImage>
 #include <QNetworkProxy>
 #include <QRandomGenerator>
@@ -593,13 +592,9 @@ void TestWarnings::pictureThatDoesNotArrive()
     const QByteArray picture = Documents::png(4, 4, 0);
     stage.server.serve(QStringLiteral("good"), picture);
     stage.server.serve(QStringLiteral("page"), "<html>");
-    QByteArray large;
-    QBuffer buffer(&large);
-    buffer.open(QIODevice::WriteOnly);
     QImage wall(8000, 8000, QImage::Format_Mono);
     wall.fill(0);
-    wall.save(&buffer, "PNG");
-    stage.server.serve(QStringLiteral("large"), large);
+    stage.server.serve(QStringLiteral("large"), Documents::png(wall));
     stage.server.redirect(QStringLiteral("redirect"), stage.server.url(QStringLiteral("good")));
     QVERIFY(stage.load({Documents::news(
         QStringLiteral("news"), QStringLiteral("t"), QStringLiteral("d"),

@@ -7,7 +7,6 @@
 #include "support/windowdriver.h"
 #include "ui_testform.h"
 
-#include <QBuffer>
 #include <QDir>
 #include <QFileInfo>
 #include <QHBoxLayout>
@@ -734,10 +733,7 @@ void TestServerSelection::logoIsShownOnButtonAndLabel()
     QImage logo(320, 150, QImage::Format_RGB32);
     logo.fill(green);
     QPainter(&logo).fillRect(160, 0, 160, 150, QColor(blue));
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    QVERIFY(buffer.open(QIODevice::WriteOnly) && logo.save(&buffer, "PNG"));
-    world.server.serve(QStringLiteral("Alpha.png"), bytes);
+    world.server.serve(QStringLiteral("Alpha.png"), Documents::png(logo));
     world.publish({entry(alpha, official)});
     OpenLauncher launcher;
     QVERIFY(launcher.open());

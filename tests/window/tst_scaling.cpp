@@ -8,7 +8,6 @@
 #include "window/mysizegrip.h"
 #include "window/testform.h"
 
-#include <QBuffer>
 #include <QMouseEvent>
 #include <QRandomGenerator>
 #include <QRegularExpression>
@@ -222,17 +221,6 @@ void TestScaling::iconsTakeTheDesignSize()
     QCOMPARE(m_window->ui->btnPlay->iconSize(), QSize(int(196 * ratio), int(81 * ratio)));
     QCOMPARE(m_window->ui->btnRight->iconSize(), QSize(0, 0));
 }
-
-namespace
-{
-QByteArray pngOf(const QImage &image)
-{
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    image.save(&buffer, "PNG");
-    return bytes;
-}
-} // namespace
 
 void TestScaling::newsPicturesComeFromTheOriginal()
 {
