@@ -78,7 +78,7 @@ void TestMain::identityWindowAndExitCode()
     QVERIFY(seen.iconOnWindow);
     QCOMPARE(seen.windowTitle, QStringLiteral("Emberwake Launcher"));
     QCOMPARE(ScratchFolder::read(QStringLiteral("settings.txt")), QByteArray("||true|"));
-    QVERIFY(QApplication::instance() == nullptr);
+    QCOMPARE(QApplication::instance(), nullptr);
 }
 
 QTEST_APPLESS_MAIN(TestMain)

@@ -102,7 +102,7 @@ void TestProgramFile::iconHasAllSizes()
     QFETCH(int, size);
     // The group's header of six bytes, then fourteen for each picture; 0 stands for 256.
     const QByteArray group = resource(iconGroup);
-    QVERIFY(group.size() > 6);
+    VERIFY_RELATION(group.size(), >, 6);
     bool found = false;
     for (int place = 6; place + 14 <= group.size(); place += 14) {
         const int width = static_cast<unsigned char>(group.at(place));

@@ -324,7 +324,7 @@ void TestFindings::everyFindingSaysHowToMendIt()
     const QString text = document(ofServer("A|B") + ofVersion("22.0") + withAuth("x") +
                                   news("homenews", "?\xC3\xA9"));
     const Findings findings = findingsIn(text.toUtf8());
-    QVERIFY(findings.size() >= 4);
+    VERIFY_RELATION(findings.size(), >=, 4);
     for (const Finding &finding : findings) {
         QVERIFY2(!finding.mend.isEmpty() && !finding.text.isEmpty(), qPrintable(finding.id));
         QVERIFY2(!finding.text.contains(QStringLiteral("%1")), qPrintable(finding.text));

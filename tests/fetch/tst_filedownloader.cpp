@@ -223,8 +223,8 @@ void TestFileDownloader::endedFetchHoldsNoThread()
         connect(fetches.back().get(), &FileDownloader::downloaded, this, [&ended] { ++ended; });
     }
     QTRY_COMPARE_WITH_TIMEOUT(ended, 10, limit);
-    QTRY_VERIFY_WITH_TIMEOUT(Holdings::threads() <= threads, limit);
-    QTRY_VERIFY_WITH_TIMEOUT(Holdings::descriptors() <= descriptors, limit);
+    TRY_VERIFY_RELATION(Holdings::threads(), <=, threads, limit);
+    TRY_VERIFY_RELATION(Holdings::descriptors(), <=, descriptors, limit);
 }
 
 QTEST_GUILESS_MAIN(TestFileDownloader)

@@ -83,7 +83,7 @@ void TestOnePerTurn::othersFollowInTheirOrderAndInTurnsOfTheirOwn()
     QTRY_COMPARE_WITH_TIMEOUT(turns.count(), names.size(), limit);
     QCOMPARE(turns.order(), names);
     for (int place = 1; place < names.size(); ++place) {
-        QVERIFY(turns.turnOf(place) > turns.turnOf(place - 1));
+        VERIFY_RELATION(turns.turnOf(place), >, turns.turnOf(place - 1));
     }
 }
 
@@ -95,8 +95,7 @@ void TestOnePerTurn::paintingHasATurnInBetween()
     }
     QTRY_COMPARE_WITH_TIMEOUT(turns.count(), 5, limit);
     for (int place = 2; place < 5; ++place) {
-        QVERIFY2(turns.turnOf(place) - turns.turnOf(place - 1) >= 2,
-                 qPrintable(QString::number(place)));
+        VERIFY_RELATION(turns.turnOf(place) - turns.turnOf(place - 1), >=, 2);
     }
 }
 

@@ -156,12 +156,12 @@ void TestContrast::brightPictureIsFound()
     choose(QStringLiteral("HOME, slide 1"));
     const QString sheet = m_window->ui->backgroundImage->styleSheet();
     QWidget &description = *m_window->ui->homeNewsDescription;
-    QVERIFY(measure(*m_window, description, qRgb(255, 255, 255)).worst >= forSmallText);
+    VERIFY_RELATION(measure(*m_window, description, qRgb(255, 255, 255)).worst, >=, forSmallText);
     m_window->ui->backgroundImage->setStyleSheet(QStringLiteral("background-color: #808080;"));
     const Measured bright = measure(*m_window, description, qRgb(255, 255, 255));
     m_window->ui->backgroundImage->setStyleSheet(sheet);
     QCOMPARE(bright.ground, qRgb(128, 128, 128));
-    QVERIFY2(bright.worst < forSmallText, qPrintable(QString::number(bright.worst)));
+    VERIFY_RELATION(bright.worst, <, forSmallText);
 }
 
 void TestContrast::choose(const QString &state)
@@ -271,7 +271,7 @@ void TestContrast::text()
                                 .arg(measured.where.y());
     qInfo("%s", qPrintable(figures));
     // Enough to be letters, in the colour that the row names.
-    QVERIFY2(measured.pixels > 50, qPrintable(QString::number(measured.pixels)));
+    VERIFY_RELATION(measured.pixels, >, 50);
     QVERIFY(measured.isInItsColour);
     QVERIFY2(measured.worst >= limit, qPrintable(figures));
 }

@@ -787,8 +787,8 @@ void TestInfoRules::everyCutKeepsWhatCameBefore()
     int most = 0;
     for (int length = 0; length < document.size(); ++length) {
         const QStringList lines = linesOf(document.left(length));
-        QVERIFY2(lines == whole.mid(0, lines.size()), qPrintable(QString::number(length)));
-        QVERIFY(lines.size() >= most);
+        QCOMPARE(lines, whole.mid(0, lines.size()));
+        VERIFY_RELATION(lines.size(), >=, most);
         most = lines.size();
     }
     // Only the root's end is missing at last, and nothing of the content.

@@ -859,7 +859,7 @@ void TestLauncherDocument::documentOfTwentyMegabytes()
     }
     QCOMPARE(serversOf(window), (QStringList{QStringLiteral("Alpha"), QStringLiteral("Bravo")}));
     QCOMPARE(columnsOf(window), 2);
-    QVERIFY(ScratchFolder::read(offlineTxt) == document);
+    QCOMPARE(ScratchFolder::read(offlineTxt), document);
     QCOMPARE(world.folder.treeOutside(), outside);
     // The window shows and answers.
     QVERIFY(WindowDriver::show(window));

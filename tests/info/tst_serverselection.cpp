@@ -200,7 +200,7 @@ void TestServerSelection::columnsStandInOrder()
     // Each column's buttons select its own server.
     const QList<Column> columns = columnsOf(launcher.window);
     for (int i = 0; i < columns.size(); ++i) {
-        QVERIFY(launcher.window.serverButtons[names.values()[i]]->getButton() == columns[i].logo);
+        QCOMPARE(launcher.window.serverButtons[names.values()[i]]->getButton(), columns[i].logo);
         launcher.window.ui->serverButtonsGroup->show();
         QCOMPARE(WindowDriver::click(launcher.window, *columns[i].upper), QString());
         QCOMPARE(launcher.window.selectedClientInfo.server, names.values()[i]);
@@ -264,22 +264,25 @@ void TestServerSelection::columnsHaveTheirSizesAndDoNotOverlap()
             QCOMPARE(column.logo->iconSize(), logo);
             QCOMPARE(column.logo->icon().availableSizes(), QList<QSize>{logo});
             // The whole picture has room, once the layout has answered its arrival.
-            QTRY_VERIFY(column.logo->width() >= logo.width());
-            QTRY_VERIFY(column.logo->height() >= logo.height());
+            TRY_VERIFY_RELATION(column.logo->width(), >=, logo.width(), 5000);
+            TRY_VERIFY_RELATION(column.logo->height(), >=, logo.height(), 5000);
         }
         // Centred in the height of the panel.
         const QRect container = placeOf(window, column.container);
-        QVERIFY(qAbs(container.center().y() - panel.center().y()) <= 1);
+        VERIFY_RELATION(qAbs(container.center().y() - panel.center().y()), <=, 1);
         for (const QPushButton *button : {column.logo, column.upper, column.lower}) {
             QVERIFY(button->isVisible());
             const QRect place = placeOf(window, button);
             QVERIFY2(container.contains(place), qPrintable(column.container->title()));
-            QVERIFY(qAbs(place.center().x() - container.center().x()) <= 1 ||
-                    button == column.logo);
+            if (button != column.logo) {
+                VERIFY_RELATION(qAbs(place.center().x() - container.center().x()), <=, 1);
+            }
             places << place;
         }
-        QVERIFY(placeOf(window, column.logo).bottom() < placeOf(window, column.upper).top());
-        QVERIFY(placeOf(window, column.upper).bottom() < placeOf(window, column.lower).top());
+        VERIFY_RELATION(placeOf(window, column.logo).bottom(), <,
+                        placeOf(window, column.upper).top());
+        VERIFY_RELATION(placeOf(window, column.upper).bottom(), <,
+                        placeOf(window, column.lower).top());
     }
     for (int i = 0; i < places.size(); ++i) {
         QVERIFY(panel.contains(places[i]));
@@ -352,7 +355,7 @@ void TestServerSelection::onlyBetaStandsOnTop()
     const Column column = columnsOf(window).value(0);
     QCOMPARE(column.upper->styleSheet(), QString::fromLatin1(betaSheet));
     QCOMPARE(column.lower->styleSheet(), QString::fromLatin1(placeholderSheet));
-    QVERIFY(placeOf(window, column.upper).bottom() < placeOf(window, column.lower).top());
+    VERIFY_RELATION(placeOf(window, column.upper).bottom(), <, placeOf(window, column.lower).top());
 
     QCOMPARE(WindowDriver::click(window, *column.lower), QString());
     QVERIFY(window.ui->serverButtonsGroup->isVisible());
@@ -406,7 +409,7 @@ void TestServerSelection::placeholderShowsNoPicture()
         column.lower->hide();
         const QImage without = launcher.window.grab(place).toImage();
         column.lower->show();
-        QVERIFY(with == without);
+        QCOMPARE(with, without);
 
         const QRect live = placeOf(launcher.window, column.upper);
         const QImage withLive = launcher.window.grab(live).toImage();
@@ -466,7 +469,7 @@ void TestServerSelection::secondDocumentKeepsThePanel()
     launcher.window.loadBuffer();
     const QList<Column> after = columnsOf(launcher.window);
     QCOMPARE(after.size(), 1);
-    QVERIFY(after[0].upper == before.upper);
+    QCOMPARE(after[0].upper, before.upper);
     QCOMPARE(WindowDriver::click(launcher.window, *before.upper), QString());
     QCOMPARE(launcher.window.selectedClientInfo.server, alpha);
 }
@@ -740,7 +743,7 @@ void TestServerSelection::logoIsShownOnButtonAndLabel()
     testform &window = launcher.window;
     QTRY_VERIFY(allLogosArrived(window));
     const QPixmap *original = window.serverButtons[alpha]->getPixmap();
-    QVERIFY(original == window.serverButtons[alpha]->getImageDownloader()->getOriginalPixmap());
+    QCOMPARE(original, window.serverButtons[alpha]->getImageDownloader()->getOriginalPixmap());
     QCOMPARE(original->size(), QSize(320, 150));
 
     const Column column = columnsOf(window).value(0);
@@ -785,9 +788,9 @@ void TestServerSelection::lateLogoLeavesTheLabelAsItWas()
     QVERIFY(launcher.open());
     testform &window = launcher.window;
     const Column column = columnsOf(window).value(0);
-    QVERIFY(window.serverButtons[alpha]->getPixmap() == nullptr);
+    QCOMPARE(window.serverButtons[alpha]->getPixmap(), nullptr);
     QCOMPARE(WindowDriver::click(window, *column.upper), QString());
-    QVERIFY(window.serverButtons[alpha]->getPixmap() == nullptr);
+    QCOMPARE(window.serverButtons[alpha]->getPixmap(), nullptr);
     QVERIFY(pictureOn(window.ui->labelServer).isNull());
 
     // A picture of an earlier selection would stay.
@@ -887,14 +890,14 @@ void TestServerSelection::targetLabelReceivesTheNextPicture()
     QVERIFY(launcher.open());
     testform &window = launcher.window;
     ServerButton *server = window.serverButtons[alpha];
-    QVERIFY(server->targetLabel == nullptr);
+    QCOMPARE(server->targetLabel, nullptr);
     QLabel target;
     target.resize(50, 20);
     server->targetLabel = &target;
     world.server.release(logo);
     QTRY_VERIFY(server->getPixmap() != nullptr);
     QVERIFY(showsColour(&target, green));
-    QVERIFY(server->targetLabel == nullptr);
+    QCOMPARE(server->targetLabel, nullptr);
 
     // Only the next one.
     ScratchFolder::write(logo, Documents::png(8, 8, red));
@@ -909,16 +912,16 @@ void TestServerSelection::cacheFileIsReadOnlyOnDemand()
     {
         ServerButton server(alpha, QString::fromLatin1(TestSettings::nobodyListens), QSize(40, 20));
         server.getImageDownloader()->setParent(&server);
-        QVERIFY(server.getPixmap() == nullptr);
+        QCOMPARE(server.getPixmap(), nullptr);
         QVERIFY(server.getButton()->isFlat());
-        QVERIFY(server.getButton()->parent() == nullptr);
+        QCOMPARE(server.getButton()->parent(), nullptr);
         // Without a file nothing is announced.
         server.load(true);
-        QVERIFY(server.getPixmap() == nullptr);
+        QCOMPARE(server.getPixmap(), nullptr);
         QVERIFY(server.getButton()->icon().isNull());
 
         ScratchFolder::write(QStringLiteral("Alpha.png"), Documents::png(8, 8, red));
-        QVERIFY(server.getPixmap() == nullptr);
+        QCOMPARE(server.getPixmap(), nullptr);
         server.load(true);
         QVERIFY(server.getPixmap() != nullptr);
         QCOMPARE(server.getPixmap()->size(), QSize(8, 8));

@@ -356,7 +356,7 @@ void TestActionButtons::keyboardReachesNothingBeforeAChoice()
     QSignalSpy clicked(target, &QPushButton::clicked);
     QTest::keyClick(target, Qt::Key_Space);
     QCOMPARE(clicked.count(), 1);
-    QVERIFY(window.downloadManager == nullptr);
+    QCOMPARE(window.downloadManager, nullptr);
     QVERIFY(window.ui->downloadProgressBar->isHidden());
     QCOMPARE(window.ui->downloadProgressText->text(), QString());
     QCOMPARE(opened(desktop), QStringList());

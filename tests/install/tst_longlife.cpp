@@ -272,10 +272,9 @@ void TestLongLife::selectionsLeaveNothing()
     qInfo("%d selections kept %lld bytes; %d objects, %d descriptors", selections - firstSelections,
           static_cast<long long>(kept), objects, descriptors);
     QCOMPARE(world.objects(), objects);
-    QTRY_VERIFY2(Holdings::descriptors() <= descriptors,
-                 qPrintable(QString::number(Holdings::descriptors() - descriptors)));
-    QTRY_VERIFY(Holdings::threads() <= threads);
-    QVERIFY2(kept < selectionsMayKeep, qPrintable(QString::number(kept)));
+    TRY_VERIFY_RELATION(Holdings::descriptors(), <=, descriptors, 5000);
+    TRY_VERIFY_RELATION(Holdings::threads(), <=, threads, 5000);
+    VERIFY_RELATION(kept, <, selectionsMayKeep);
 }
 
 void TestLongLife::downloadsLeaveOneManagerEach()
@@ -303,22 +302,20 @@ void TestLongLife::downloadsLeaveOneManagerEach()
         if (done == firstDownloads) {
             // With the connection the server has let go of its copy of the archive, too.
             QVERIFY(FullWorld::restPool());
-            QTRY_VERIFY(Holdings::descriptors() <= descriptors);
+            TRY_VERIFY_RELATION(Holdings::descriptors(), <=, descriptors, 5000);
             heap = Holdings::heap();
         }
     }
     QCOMPARE(world.server.requests(world.archive), downloads);
     QVERIFY(FullWorld::restPool());
-    QTRY_VERIFY2(Holdings::descriptors() <= descriptors,
-                 qPrintable(QString::number(Holdings::descriptors() - descriptors)));
-    QTRY_VERIFY2(Holdings::threads() <= threads,
-                 qPrintable(QString::number(Holdings::threads() - threads)));
+    TRY_VERIFY_RELATION(Holdings::descriptors(), <=, descriptors, 5000);
+    TRY_VERIFY_RELATION(Holdings::threads(), <=, threads, 5000);
     const qint64 kept = (Holdings::heap() - heap) / (downloads - firstDownloads);
     qInfo("a download keeps %lld bytes and 2 objects; descriptors %d before, %d after; "
           "threads %d before, %d after",
           static_cast<long long>(kept), descriptors, Holdings::descriptors(), threads,
           Holdings::threads());
-    QVERIFY2(kept < downloadMayKeep, qPrintable(QString::number(kept)));
+    VERIFY_RELATION(kept, <, downloadMayKeep);
 }
 
 void TestLongLife::idleWindowSleeps_data()

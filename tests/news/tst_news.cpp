@@ -155,9 +155,9 @@ void TestNews::emptyItem()
     QCOMPARE(item.description, QString());
     QCOMPARE(item.imageUrl, QString());
     QCOMPARE(item.newsUrl, QString());
-    QVERIFY(item.imageLabel == nullptr);
-    QVERIFY(item.labelTitle == nullptr);
-    QVERIFY(item.labelSubtitle == nullptr);
+    QCOMPARE(item.imageLabel, nullptr);
+    QCOMPARE(item.labelTitle, nullptr);
+    QCOMPARE(item.labelSubtitle, nullptr);
     QCOMPARE(item.fullyInitialized, false);
 }
 
@@ -168,7 +168,7 @@ void TestNews::itemWithTexts()
     QCOMPARE(item.description, QStringLiteral("d"));
     QCOMPARE(item.imageUrl, QStringLiteral("i"));
     QCOMPARE(item.newsUrl, QString());
-    QVERIFY(item.imageLabel == nullptr);
+    QCOMPARE(item.imageLabel, nullptr);
     QCOMPARE(item.fullyInitialized, false);
 }
 
@@ -186,10 +186,10 @@ void TestNews::itemWithLabels()
     QCOMPARE(item.labelSubtitle, &labels.subtitle);
     QCOMPARE(item.fullyInitialized, true);
     QCOMPARE(item.imageDownloader->url, QUrl(item.imageUrl));
-    QVERIFY(item.imageDownloader->label == &labels.image);
+    QCOMPARE(item.imageDownloader->label, &labels.image);
     QCOMPARE(item.imageDownloader->objectName, QStringLiteral("tile"));
     // Made, but nothing was asked for or shown.
-    QVERIFY(item.imageDownloader->fd == nullptr);
+    QCOMPARE(item.imageDownloader->fd, nullptr);
     QCOMPARE(labels.title.text(), QStringLiteral("old title"));
 }
 
@@ -275,7 +275,7 @@ void TestNews::loadsFromTheBuffer()
     QCOMPARE(labels.title.text(), QStringLiteral("new title"));
     QCOMPARE(labels.subtitle.text(), QStringLiteral("new subtitle"));
     QCOMPARE(item.imageDownloader->isDownloaded, false);
-    QVERIFY(item.imageDownloader->fd == nullptr);
+    QCOMPARE(item.imageDownloader->fd, nullptr);
 }
 
 void TestNews::bufferWithoutACacheFile()
@@ -290,9 +290,9 @@ void TestNews::bufferWithoutACacheFile()
     QSignalSpy loaded(item.imageDownloader, &ImageDownloader::loadedImage);
     item.loadNews(true);
     QCOMPARE(loaded.count(), 0);
-    QVERIFY(item.imageDownloader->fd == nullptr);
+    QCOMPARE(item.imageDownloader->fd, nullptr);
     QCOMPARE(labels.image.styleSheet(), placeholder);
-    QVERIFY(labels.image.grab().toImage() == before);
+    QCOMPARE(labels.image.grab().toImage(), before);
     QCOMPARE(labels.title.text(), QStringLiteral("new title"));
     QCOMPARE(labels.subtitle.text(), QStringLiteral("new subtitle"));
     QCOMPARE(ScratchFolder::tree(), QStringList());
@@ -384,7 +384,7 @@ void TestNews::textsAreShownAsTheyAre()
     QCOMPARE(labels.title.text(), text);
     QCOMPARE(labels.subtitle.text(), text + QLatin1Char('2'));
     QCOMPARE(labels.title.textFormat(), Qt::AutoText);
-    QVERIFY(labels.title.buddy() == nullptr);
+    QCOMPARE(labels.title.buddy(), nullptr);
 }
 
 void TestNews::withoutAPictureLabel_data()
@@ -410,7 +410,7 @@ void TestNews::withoutAPictureLabel()
     QCOMPARE(labels.title.text(), QStringLiteral("old title"));
     QCOMPARE(labels.subtitle.text(), QStringLiteral("old subtitle"));
     QCOMPARE(item.fullyInitialized, false);
-    QVERIFY(item.getOriginalPixmap() == nullptr);
+    QCOMPARE(item.getOriginalPixmap(), nullptr);
 }
 
 void TestNews::recoversWhenThePictureLabelIsSet()
@@ -433,9 +433,9 @@ void TestNews::recoversWhenThePictureLabelIsSet()
 void TestNews::originalOfAnItemThatNeverLoaded()
 {
     Labels labels;
-    QVERIFY(News().getOriginalPixmap() == nullptr);
+    QCOMPARE(News().getOriginalPixmap(), nullptr);
     const News item({}, {}, url(red), {}, &labels.image, &labels.title, &labels.subtitle);
-    QVERIFY(item.getOriginalPixmap() == nullptr);
+    QCOMPARE(item.getOriginalPixmap(), nullptr);
 }
 
 void TestNews::originalIsTheDownloaders()
@@ -444,7 +444,7 @@ void TestNews::originalIsTheDownloaders()
     News item({}, {}, url(red));
     labels.bind(item);
     item.loadNews();
-    QVERIFY(item.getOriginalPixmap() == nullptr);
+    QCOMPARE(item.getOriginalPixmap(), nullptr);
     QVERIFY(pictureArrives(item));
     QVERIFY(item.getOriginalPixmap() != nullptr);
     QCOMPARE(item.getOriginalPixmap(), item.imageDownloader->getOriginalPixmap());

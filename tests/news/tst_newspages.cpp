@@ -567,7 +567,7 @@ void TestNewsPages::itemsTheDocumentLacks()
         QCOMPARE(NewsWorld::labelOf(window, item.subtitle)->text(), QString());
     }
     QCOMPARE(window.ui->newsMedium1Background->styleSheet(), sheet);
-    QVERIFY(window.ui->newsMedium1Background->grab().toImage() == placeholder);
+    QCOMPARE(window.ui->newsMedium1Background->grab().toImage(), placeholder);
 
     const EmptyUrlCatcher browser;
     QCOMPARE(WindowDriver::click(window, QStringLiteral("btnNewsBig")), QString());

@@ -375,8 +375,8 @@ void TestForm::tilesClipTheirStrips()
     m_window->show();
     const auto *strip = find<QWidget>(QTest::currentDataTag());
     const int tileWidth = m_window->findChild<QWidget *>(tile)->width();
-    QVERIFY(strip->geometry().right() > tileWidth);
-    QVERIFY(strip->x() + strip->visibleRegion().boundingRect().right() < tileWidth);
+    VERIFY_RELATION(strip->geometry().right(), >, tileWidth);
+    VERIFY_RELATION(strip->x() + strip->visibleRegion().boundingRect().right(), <, tileWidth);
 }
 
 void TestForm::titleStripAndPagesOverlap()
@@ -384,7 +384,7 @@ void TestForm::titleStripAndPagesOverlap()
     const QRect both = m_ui._menubar->geometry() & m_ui.contents->geometry();
     QCOMPARE(both, QRect(0, 63, 971, 22));
     const QObjectList siblings = m_ui.mainwindow->children();
-    QVERIFY(siblings.indexOf(m_ui.contents) > siblings.indexOf(m_ui._menubar));
+    VERIFY_RELATION(siblings.indexOf(m_ui.contents), >, siblings.indexOf(m_ui._menubar));
 }
 
 QTEST_MAIN(TestForm)

@@ -149,7 +149,7 @@ void TestScaling::zeroMeansTheSizeOfTheWindow()
     QCOMPARE(m_window->width(), 1100);
     m_window->resize(1100, 571);
     m_window->customResize(0, 333);
-    QVERIFY(m_window->height() > 500);
+    VERIFY_RELATION(m_window->height(), >, 500);
 }
 
 void TestScaling::sameSizeChangesNothing()
@@ -276,7 +276,7 @@ void TestScaling::itemsThatLoadedNothingAreNotRead()
     QPixmap picture(10, 10);
     picture.fill(Qt::red);
     m_window->ui->newsBigBackground->setPixmap(picture);
-    QVERIFY(m_window->news[0].getOriginalPixmap() == nullptr);
+    QCOMPARE(m_window->news[0].getOriginalPixmap(), nullptr);
     m_window->customResize(1461, 856);
     QCOMPARE(m_window->ui->newsBigBackground->pixmap(Qt::ReturnByValue).size(), QSize(10, 10));
 }
@@ -451,7 +451,7 @@ void TestScaling::sizeGripRescalesEveryLauncherWindow()
     sendMouse(grip, QEvent::MouseButtonRelease);
     QCOMPARE(m_window->size(), QSize(1200, 703));
     QCOMPARE(second.height(), 800);
-    QVERIFY(second.width() > 1300);
+    VERIFY_RELATION(second.width(), >, 1300);
 }
 
 void TestScaling::sizeGripIgnoresMoves()

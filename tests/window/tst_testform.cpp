@@ -1,9 +1,8 @@
 #include "support/consolecapture.h"
 #include "support/documents.h"
-#include "support/httpserver.h"
+#include "support/messagelog.h"
 #include "support/publishedworld.h"
 #include "support/relation.h"
-#include "support/messagelog.h"
 #include "support/scratchfolder.h"
 #include "support/testsettings.h"
 #include "support/windowdriver.h"
@@ -90,7 +89,7 @@ void TestTestform::constantsAfterConstruction()
     QCOMPARE(window.urlFacebook, QStringLiteral("https://community.emberwake.test/page"));
     QCOMPARE(window.isDownloadingClient, false);
     QCOMPARE(window.isMax, false);
-    QVERIFY(window.sizeGrip == nullptr);
+    QCOMPARE(window.sizeGrip, nullptr);
     QCOMPARE(window.numButtons, 2);
     QCOMPARE(window.numSlides, 3);
     QCOMPARE(window.numNews, 6);
@@ -209,8 +208,8 @@ void TestTestform::formPicturesFitIntoTheToolkitsCache()
         bytes += qint64(size.width()) * size.height() * 4;
         ++pictures;
     }
-    QVERIFY(pictures > 30);
-    QVERIFY2(bytes / 1024 < QPixmapCache::cacheLimit(), qPrintable(QString::number(bytes / 1024)));
+    VERIFY_RELATION(pictures, >, 30);
+    VERIFY_RELATION(bytes / 1024, <, QPixmapCache::cacheLimit());
 }
 
 void TestTestform::downloadDisplayIsReset()
@@ -248,15 +247,15 @@ void TestTestform::panelHidesWhatLiesBeneath()
     QCOMPARE(beneath.count(), 0);
     const QImage picture = window.grab().toImage();
     window.ui->serverButtonsGroup->setAttribute(Qt::WA_OpaquePaintEvent, false);
-    QVERIFY(window.grab().toImage() == picture);
-    QVERIFY(beneath.count() > 0);
+    QCOMPARE(window.grab().toImage(), picture);
+    VERIFY_RELATION(beneath.count(), >, 0);
 
     // Without the panel it is painted as ever.
     window.ui->serverButtonsGroup->setAttribute(Qt::WA_OpaquePaintEvent);
     window.ui->serverButtonsGroup->hide();
     const int before = beneath.count();
     window.repaint();
-    QVERIFY(beneath.count() > before);
+    VERIFY_RELATION(beneath.count(), >, before);
 }
 
 void TestTestform::startsHiddenFramelessOnHomeWithTheFirstSlide()
