@@ -2,9 +2,10 @@
 # Renders every picture of the launcher and of the demo world from images/sources/.
 #
 #   images/render.sh              render the committed SVG files
-#   images/render.sh --generate   write the SVG files anew first (needs the Lato font)
+#   images/render.sh --generate   write the SVG files anew first (the scripts of drawing/)
 #
-# Needs rsvg-convert and a Python 3 with PIL (PYTHON=... selects another one).
+# Needs rsvg-convert and a Python 3 with PIL (PYTHON=... selects another one); --generate needs
+# fontTools, fc-match and the Lato font as well.
 # The same sources give the same bytes every time.
 set -euo pipefail
 
@@ -12,8 +13,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 python="${PYTHON:-/usr/bin/python3}"
 
 if [[ "${1:-}" == "--generate" ]]; then
-    "$python" -B sources/launcher.py
-    "$python" -B sources/world.py
+    "$python" -B drawing/launcher.py
+    "$python" -B drawing/world.py
 fi
 
 tmp="$(mktemp -d)"
@@ -47,10 +48,10 @@ for svg in sources/demo/*.svg sources/demo/news/*.svg; do
     render "$svg" "../demo/world/${name%.svg}.png" 1
 done
 
-"$python" -B sources/finish.py shrink "${rendered[@]}"
+"$python" -B drawing/finish.py shrink "${rendered[@]}"
 # For the same reason 256 colours each, but for the window's own picture: its wide gradients would
 # show it. The demo world's news do without the other colours too, as an operator's may.
-"$python" -B sources/finish.py palette servers_nobutton_dark.png newsBig.png newsMedium[12].png \
+"$python" -B drawing/finish.py palette servers_nobutton_dark.png newsBig.png newsMedium[12].png \
     newsSmall[123].png new_buttons/*.png ../demo/world/news/*.png
 
 # The program icon; the two smallest sizes have a simpler drawing.
@@ -61,7 +62,7 @@ for size in 16 24 32 48 64 128 256; do
     rsvg-convert --width "$size" --height "$size" --format png --output "$tmp/$size.png" "$svg"
     frames+=("$tmp/$size.png")
 done
-"$python" -B sources/finish.py icon clienticon.ico "${frames[@]}"
+"$python" -B drawing/finish.py icon clienticon.ico "${frames[@]}"
 
 # The same bytes come from the same renderer only; the check of the pictures asks which one it was.
 {

@@ -25,7 +25,8 @@ demo_packages=(
 # What the tests and checks run.
 test_packages=(
   libcpp-httplib-dev xvfb x11-utils xdotool openbox clang-format clang-tidy
-  clazy clang unzip zip python3 python3-pil fonts-lato librsvg2-bin shellcheck
+  clazy clang unzip zip python3 python3-pil python3-fonttools fonts-lato librsvg2-bin
+  shellcheck
   xdg-utils file procps ca-certificates git libssl-dev openssl x11-apps python3-xlib
   fontconfig util-linux mount mypy
 )

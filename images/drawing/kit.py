@@ -4,18 +4,34 @@ Everything is deterministic (seeded random numbers, fixed number formatting),
 so the same sources always give the same files.  Lettering is written as
 outlines taken from the Lato font, so rendering does not need any font.
 """
-import math
-import os
-import random
-import struct
-import subprocess
+from __future__ import annotations
 
-HERE = os.path.dirname(os.path.abspath(__file__))
+import functools
+import logging
+import math
+import random
+import subprocess
+from collections.abc import Sequence
+from pathlib import Path
+
+from fontTools.pens.basePen import BasePen
+from fontTools.ttLib import TTFont
+
+SOURCES = Path(__file__).resolve().parents[1] / "sources"
 
 EMBERS = ["#ffc27a", "#ffa45a", "#ff7a2f"]
 
+Point = tuple[float, float]
+# Where on the gradient (0 to 1), the colour, and its opacity if it is not 1.
+Stop = tuple[float, str] | tuple[float, str, float]
+# Middle, radius, colour and opacity of the light on a ridge.
+Rim = tuple[float, float, float, str, float]
 
-def n(v):
+# It warns of Lato's date.
+logging.getLogger("fontTools").setLevel(logging.ERROR)
+
+
+def n(v: float) -> str:
     """Short, stable number formatting."""
     s = "%.2f" % v
     s = s.rstrip("0").rstrip(".")
@@ -24,148 +40,67 @@ def n(v):
 
 # --------------------------------------------------------------- lettering
 
-class Font:
-    """Just enough of a TrueType reader to get glyph outlines."""
-    _cache = {}
+@functools.lru_cache(maxsize=None)
+def lato(style: str) -> TTFont:
+    path = subprocess.run(
+        ["fc-match", "-f", "%{file}", "Lato:style=" + style],
+        check=True, stdout=subprocess.PIPE, text=True).stdout
+    if "Lato" not in Path(path).name:
+        raise SystemExit("the Lato font is needed to generate lettering")
+    return TTFont(path)
 
-    @classmethod
-    def get(cls, style):
-        if style not in cls._cache:
-            cls._cache[style] = cls(style)
-        return cls._cache[style]
 
-    def __init__(self, style):
-        path = subprocess.run(
-            ["fc-match", "-f", "%{file}", "Lato:style=" + style],
-            check=True, stdout=subprocess.PIPE, universal_newlines=True).stdout
-        if "Lato" not in os.path.basename(path):
-            raise SystemExit("the Lato font is needed to generate lettering")
-        with open(path, "rb") as f:
-            self.d = f.read()
-        self.t = {}
-        for i in range(struct.unpack(">H", self.d[4:6])[0]):
-            tag, _, off, ln = struct.unpack(">4sLLL", self.d[12 + 16 * i:28 + 16 * i])
-            self.t[tag.decode()] = (off, ln)
-        h = self.t["head"][0]
-        self.em = self.u16(h + 18)
-        long_loca = self.i16(h + 50)
-        count = self.u16(self.t["maxp"][0] + 4)
-        lo = self.t["loca"][0]
-        if long_loca:
-            self.loca = struct.unpack(">%dL" % (count + 1), self.d[lo:lo + 4 * count + 4])
-        else:
-            self.loca = [2 * v for v in struct.unpack(">%dH" % (count + 1), self.d[lo:lo + 2 * count + 2])]
-        self.nhm = self.u16(self.t["hhea"][0] + 34)
-        self.cmap = self.read_cmap()
+class Outline(BasePen):  # type: ignore[misc]  # fontTools has no types
+    """Writes a glyph down as path data, its origin at (x, y)."""
 
-    def u16(self, o):
-        return struct.unpack(">H", self.d[o:o + 2])[0]
+    def __init__(self, glyphs: object, x: float, y: float, scale: float) -> None:
+        super().__init__(glyphs)
+        self.x, self.y, self.scale = x, y, scale
+        self.start: Point = (0, 0)
+        self.data: list[str] = []
 
-    def i16(self, o):
-        return struct.unpack(">h", self.d[o:o + 2])[0]
+    def place(self, point: Point) -> str:
+        return n(self.x + point[0] * self.scale) + " " + n(self.y - point[1] * self.scale)
 
-    def read_cmap(self):
-        base = self.t["cmap"][0]
-        for i in range(self.u16(base + 2)):
-            off = base + struct.unpack(">L", self.d[base + 8 + 8 * i:base + 12 + 8 * i])[0]
-            if self.u16(off) == 4:
-                break
-        segs = self.u16(off + 6) // 2
-        end, out = off + 14, {}
-        start = end + 2 * segs + 2
-        delta = start + 2 * segs
-        rng = delta + 2 * segs
-        for i in range(segs):
-            a, b = self.u16(start + 2 * i), self.u16(end + 2 * i)
-            dl, ro = self.u16(delta + 2 * i), self.u16(rng + 2 * i)
-            for c in range(a, min(b, 0x24F) + 1):
-                if ro:
-                    g = self.u16(rng + 2 * i + ro + 2 * (c - a))
-                    g = (g + dl) & 0xFFFF if g else 0
-                else:
-                    g = (c + dl) & 0xFFFF
-                out[c] = g
-        return out
+    def _moveTo(self, pt: Point) -> None:
+        self.start = pt
+        self.data.append("M" + self.place(pt))
 
-    def advance(self, g):
-        return self.u16(self.t["hmtx"][0] + 4 * min(g, self.nhm - 1))
+    def _lineTo(self, pt: Point) -> None:
+        self.data.append("L" + self.place(pt))
 
-    def contours(self, g):
-        a, b = self.loca[g], self.loca[g + 1]
-        if a == b:
-            return []
-        o = self.t["glyf"][0] + a
-        nc = self.i16(o)
-        if nc < 0:
-            raise SystemExit("composite glyphs are not supported")
-        ends = [self.u16(o + 10 + 2 * i) for i in range(nc)]
-        p = o + 10 + 2 * nc
-        p += 2 + self.u16(p)
-        total = ends[-1] + 1
-        flags = []
-        while len(flags) < total:
-            f = self.d[p]
-            p += 1
-            flags.append(f)
-            if f & 8:
-                flags += [f] * self.d[p]
-                p += 1
-        axes = []
-        for short, same in ((2, 16), (4, 32)):
-            v, vals = 0, []
-            for f in flags:
-                if f & short:
-                    v += self.d[p] if f & same else -self.d[p]
-                    p += 1
-                elif not f & same:
-                    v += self.i16(p)
-                    p += 2
-                vals.append(v)
-            axes.append(vals)
-        res, s = [], 0
-        for e in ends:
-            res.append([(axes[0][i], axes[1][i], flags[i] & 1) for i in range(s, e + 1)])
-            s = e + 1
-        return res
+    def _qCurveToOne(self, pt1: Point, pt2: Point) -> None:
+        self.data.append("Q" + self.place(pt1) + " " + self.place(pt2))
+
+    def _closePath(self) -> None:
+        # fontTools leaves a last straight line, be it without length, to the closing.
+        if self.data[-1][0] != "Q" or self._getCurrentPoint() != self.start:
+            self._lineTo(self.start)
+        self.data.append("Z")
 
 
 KERN = {"AY": -70, "LA": 0, "LO": -20, "PL": 0, "AT": -90, "TA": -90, "DA": -20,
         "PD": 0, "OA": -25, "WN": 0, "OW": -15, "FF": 0, "FA": -60, "RF": 0}
 
 
-def lettering(text, x, y, size, style="Black", spacing=0.0, anchor="middle"):
-    """Path data of a text line with its baseline at y."""
-    font = Font.get(style)
-    k = size / font.em
+def lettering(text: str, x: float, y: float, size: float, style: str = "Black", spacing: float = 0.0,
+              anchor: str = "middle") -> tuple[str, float]:
+    """Path data of a text line with its baseline at y, and its width."""
+    font = lato(style)
+    glyphs, names = font.getGlyphSet(), font.getBestCmap()
+    k = size / font["head"].unitsPerEm
     pens, pen = [], 0.0
     for i, ch in enumerate(text):
         if i:
             pen += spacing + KERN.get(text[i - 1:i + 1], 0) * size / 1000.0
         pens.append(pen)
-        pen += font.advance(font.cmap[ord(ch)]) * k
+        pen += glyphs[names[ord(ch)]].width * k
     x0 = x - {"start": 0, "middle": pen / 2, "end": pen}[anchor]
-    out = []
+    out: list[str] = []
     for ch, px in zip(text, pens):
-        for pts in font.contours(font.cmap[ord(ch)]):
-            full = []
-            for i, pt in enumerate(pts):
-                prev = pts[i - 1]
-                if not prev[2] and not pt[2]:
-                    full.append(((prev[0] + pt[0]) / 2, (prev[1] + pt[1]) / 2, 1))
-                full.append(pt)
-            first = next(i for i, q in enumerate(full) if q[2])
-            full = full[first:] + full[:first + 1]
-            f = lambda q: n(x0 + px + q[0] * k) + " " + n(y - q[1] * k)
-            out.append("M" + f(full[0]))
-            i = 1
-            while i < len(full):
-                if full[i][2]:
-                    out.append("L" + f(full[i]))
-                    i += 1
-                else:
-                    out.append("Q" + f(full[i]) + " " + f(full[i + 1]))
-                    i += 2
-            out.append("Z")
+        outline = Outline(glyphs, x0 + px, y, k)
+        glyphs[names[ord(ch)]].draw(outline)
+        out += outline.data
     return "".join(out), pen
 
 
@@ -180,7 +115,7 @@ WAKE = "M14 93C26 83 38 83 50 89C62 95 74 95 86 87"
 
 
 # People, 100 high, standing at the origin: a hooded cloak, a coat with a staff, a skirt with a basket.
-PEOPLE = (
+PEOPLE: tuple[str, ...] = (
     "M-15 0C-14 -26 -14 -48 -15 -62C-15 -72 -12 -79 -6 -82C-10 -88 -8 -98 1 -101C8 -100 11 -93 9 -87L7 -82"
     "C13 -80 16 -73 17 -64C18 -46 20 -24 24 -1L17 -3L11 0L3 -2L-4 1L-10 -1Z",
     "M-11 0H-3L0 -34L5 0H13L12 -36C13 -48 13 -56 13 -62L20 -52L24 -56V0H26.500V-96H24V-60L20 -60L14 -78C12 -82 8 -83 4 -84V-86"
@@ -191,23 +126,25 @@ PEOPLE = (
 
 
 class Scene:
-    def __init__(self, w, h, seed=1):
+    def __init__(self, w: int, h: int, seed: int = 1) -> None:
         self.w, self.h = w, h
         self.r = random.Random(seed)
-        self.defs, self.out, self.ids = [], [], 0
+        self.defs: list[str] = []
+        self.out: list[str] = []
+        self.ids = 0
         # Where text stands: no star and no spark may glow there.
-        self.quiet = []
+        self.quiet: list[tuple[float, float, float, float]] = []
 
-    def id(self):
+    def id(self) -> str:
         self.ids += 1
         return "d%d" % self.ids
 
-    def add(self, s):
+    def add(self, s: str) -> None:
         self.out.append(s)
 
-    def save(self, name):
-        path = os.path.join(HERE, name + ".svg")
-        os.makedirs(os.path.dirname(path), exist_ok=True)
+    def save(self, name: str) -> None:
+        path = SOURCES / (name + ".svg")
+        path.parent.mkdir(parents=True, exist_ok=True)
         with open(path, "w", newline="\n") as f:
             f.write('<svg xmlns="http://www.w3.org/2000/svg" width="%s" height="%s" viewBox="0 0 %s %s">\n'
                     % (self.w, self.h, self.w, self.h))
@@ -216,58 +153,63 @@ class Scene:
             f.write("\n".join(self.out) + "\n</svg>\n")
 
     # --- paint servers
-    def stops(self, stops):
-        return "".join('<stop offset="%s" stop-color="%s"%s/>' % (
-            n(s[0]), s[1], ' stop-opacity="%s"' % n(s[2]) if len(s) > 2 else "") for s in stops)
+    def stop(self, offset: float, color: str, opacity: float | None = None) -> str:
+        return '<stop offset="%s" stop-color="%s"%s/>' % (
+            n(offset), color, "" if opacity is None else ' stop-opacity="%s"' % n(opacity))
 
-    def lin(self, stops, x1=0, y1=0, x2=0, y2=1, user=False):
+    def stops(self, stops: Sequence[Stop]) -> str:
+        return "".join(self.stop(*s) for s in stops)
+
+    def lin(self, stops: Sequence[Stop], x1: float = 0, y1: float = 0, x2: float = 0, y2: float = 1,
+            user: bool = False) -> str:
         i = self.id()
         self.defs.append('<linearGradient id="%s" x1="%s" y1="%s" x2="%s" y2="%s"%s>%s</linearGradient>' % (
             i, n(x1), n(y1), n(x2), n(y2), ' gradientUnits="userSpaceOnUse"' if user else "", self.stops(stops)))
         return "url(#%s)" % i
 
-    def rad(self, stops, cx=.5, cy=.5, r=.5, user=False):
+    def rad(self, stops: Sequence[Stop], cx: float = .5, cy: float = .5, r: float = .5, user: bool = False) -> str:
         i = self.id()
         self.defs.append('<radialGradient id="%s" cx="%s" cy="%s" r="%s"%s>%s</radialGradient>' % (
             i, n(cx), n(cy), n(r), ' gradientUnits="userSpaceOnUse"' if user else "", self.stops(stops)))
         return "url(#%s)" % i
 
-    def soft(self, color, op):
+    def soft(self, color: str, op: float) -> str:
         """Radial falloff without a visible edge."""
         return self.rad([(t, color, op * (math.exp(-4.2 * t * t) - math.exp(-4.2)) / (1 - math.exp(-4.2)))
                          for t in (0, .12, .25, .38, .5, .62, .75, .88, 1)])
 
-    def blur(self, s):
+    def blur(self, s: float) -> str:
         i = self.id()
         self.defs.append('<filter id="%s" x="-60%%" y="-60%%" width="220%%" height="220%%">'
                          '<feGaussianBlur stdDeviation="%s"/></filter>' % (i, n(s)))
         return "url(#%s)" % i
 
     # --- shapes
-    def rect(self, x, y, w, h, fill, extra=""):
+    def rect(self, x: float, y: float, w: float, h: float, fill: str, extra: str = "") -> None:
         self.add('<rect x="%s" y="%s" width="%s" height="%s" fill="%s"%s/>' % (
             n(x), n(y), n(w), n(h), fill, " " + extra if extra else ""))
 
-    def path(self, d, fill, extra=""):
+    def path(self, d: str, fill: str, extra: str = "") -> None:
         self.add('<path d="%s" fill="%s"%s/>' % (d, fill, " " + extra if extra else ""))
 
-    def poly(self, pts, fill, extra=""):
+    def poly(self, pts: Sequence[Point], fill: str, extra: str = "") -> None:
         self.path("M" + "L".join("%s %s" % (n(x), n(y)) for x, y in pts) + "Z", fill, extra)
 
-    def ell(self, cx, cy, rx, ry, fill, extra=""):
+    def ell(self, cx: float, cy: float, rx: float, ry: float, fill: str, extra: str = "") -> None:
         self.add('<ellipse cx="%s" cy="%s" rx="%s" ry="%s" fill="%s"%s/>' % (
             n(cx), n(cy), n(rx), n(ry), fill, " " + extra if extra else ""))
 
-    def sky(self, *stops):
+    def sky(self, *stops: Stop) -> None:
         self.rect(0, 0, self.w, self.h, self.lin(stops))
 
-    def glow(self, cx, cy, rx, ry, color, op):
+    def glow(self, cx: float, cy: float, rx: float, ry: float, color: str, op: float) -> None:
         self.ell(cx, cy, rx, ry, self.soft(color, op))
 
-    def is_quiet(self, x, y, margin):
+    def is_quiet(self, x: float, y: float, margin: float) -> bool:
         return any(a - margin < x < c + margin and b - margin < y < d + margin for a, b, c, d in self.quiet)
 
-    def cloud(self, fx, fy, seed, color, gain, floor, mask, octaves=4):
+    def cloud(self, fx: float, fy: float, seed: int, color: str, gain: float, floor: float, mask: str,
+              octaves: int = 4) -> None:
         """Drifting smoke over the whole picture: noise, seen where the mask is white."""
         f, m = self.id(), self.id()
         rgb = [int(color[i:i + 2], 16) / 255.0 for i in (1, 3, 5)]
@@ -282,7 +224,7 @@ class Scene:
         self.rect(0, 0, self.w, self.h, "#000000", 'filter="url(#%s)"' % f)
         self.add("</g>")
 
-    def stars(self, count, y1, op=.8, color="#dfe6ff", big=1.0):
+    def stars(self, count: int, y1: float, op: float = .8, color: str = "#dfe6ff", big: float = 1.0) -> None:
         for _ in range(count):
             x, y = self.r.uniform(0, self.w), self.r.uniform(0, 1) ** 1.3 * y1
             o = op * self.r.uniform(.2, 1) * (1 - .8 * y / y1)
@@ -292,11 +234,11 @@ class Scene:
                 self.add('<circle cx="%s" cy="%s" r="%s" fill="%s" opacity="%s"/>' % (
                     n(x), n(y), n(rr), color, n(o)))
 
-    def ridgeline(self, yl, yr, amp, steps=7, rough=.55, sharp=True):
+    def ridgeline(self, yl: float, yr: float, amp: float, steps: int = 7, rough: float = .55) -> list[Point]:
         pts = [yl, yr]
         a = amp
         for _ in range(steps):
-            new = []
+            new: list[float] = []
             for p, q in zip(pts, pts[1:]):
                 new += [p, (p + q) / 2 + self.r.uniform(-a, a)]
             pts = new + [pts[-1]]
@@ -304,7 +246,8 @@ class Scene:
         c = len(pts) - 1
         return [(-8 + (self.w + 16) * i / c, y) for i, y in enumerate(pts)]
 
-    def ridge(self, yl, yr, amp, top, bottom=None, depth=None, rim=None, steps=7, rough=.55, smooth=False):
+    def ridge(self, yl: float, yr: float, amp: float, top: str, bottom: str | None = None,
+              depth: float | None = None, rim: Rim | None = None, steps: int = 7, rough: float = .55) -> list[Point]:
         """A mountain line down to the lower edge.  rim = (cx, cy, r, color, opacity)."""
         line = self.ridgeline(yl, yr, amp, steps, rough)
         y0 = min(p[1] for p in line)
@@ -318,17 +261,19 @@ class Scene:
                       'stroke="%s" stroke-width="%s" stroke-linejoin="round"' % (g, n(max(.7, self.w / 900))))
         return line
 
-    def fog(self, y, h, color, op):
+    def fog(self, y: float, h: float, color: str, op: float) -> None:
         self.rect(0, y - h, self.w, 2 * h, self.lin(
             [(0, color, 0), (.25, color, op * .35), (.5, color, op), (.75, color, op * .35), (1, color, 0)]))
 
-    def mist(self, count, x0, y0, x1, y1, rx, ry, color, op):
+    def mist(self, count: int, x0: float, y0: float, x1: float, y1: float, rx: float, ry: float, color: str,
+             op: float) -> None:
         f = self.soft(color, op)
         for _ in range(count):
             s = self.r.uniform(.6, 1.3)
             self.ell(self.r.uniform(x0, x1), self.r.uniform(y0, y1), rx * s, ry * self.r.uniform(.6, 1.3), f)
 
-    def embers(self, count, x0, y0, x1, y1, rmin=.5, rmax=1.8, bias=1.6, op=.95, drift=0):
+    def embers(self, count: int, x0: float, y0: float, x1: float, y1: float, rmin: float = .5, rmax: float = 1.8,
+               bias: float = 1.6, op: float = .95, drift: float = 0) -> None:
         halo = self.soft("#ff7a2f", .55)
         for _ in range(count):
             u = self.r.random() ** bias
@@ -344,7 +289,8 @@ class Scene:
             self.add('<ellipse cx="%s" cy="%s" rx="%s" ry="%s" fill="%s" opacity="%s" transform="rotate(%s %s %s)"/>' % (
                 n(x), n(y), n(rr), n(rr * flat), color, n(o), n(turn), n(x), n(y)))
 
-    def tower(self, x, base, w, h, fill, broken=True, slits=0, lit="#ffb866"):
+    def tower(self, x: float, base: float, w: float, h: float, fill: str, broken: bool = True, slits: int = 0,
+              lit: str = "#ffb866") -> None:
         """A ruined tower; x is its middle."""
         l, r, t = x - w / 2, x + w / 2, base - h
         pts = [(l - w * .08, base), (l, base - h * .12), (l, t)]
@@ -372,17 +318,17 @@ class Scene:
             self.path("M%s %sv%sq%s %s %s 0v%sZ" % (n(sx - w * .06), n(sy + w * .16), n(-w * .24), n(w * .06),
                                                     n(-w * .12), n(w * .12), n(w * .24)), lit)
 
-    def figure(self, x, y, h, fill):
+    def figure(self, x: float, y: float, h: float, fill: str) -> None:
         """A cloaked person standing at (x, y)."""
         s = h / 100.0
         flip = self.r.choice((-1, 1))
         body = self.r.choice(PEOPLE)
         self.path(body, fill, 'transform="translate(%s %s) scale(%s %s)"' % (n(x), n(y), "%.4f" % (s * flip), "%.4f" % s))
 
-    def pine(self, x, y, h, fill):
+    def pine(self, x: float, y: float, h: float, fill: str) -> None:
         w = h * .22
         pts = [(x, y - h)]
-        left = []
+        left: list[Point] = []
         for i in range(1, 6):
             yy = y - h + h * .9 * i / 5
             ww = w * i / 5
@@ -391,11 +337,12 @@ class Scene:
         self.poly(pts + [(x + h * .02, y - h * .1), (x + h * .02, y), (x - h * .02, y), (x - h * .02, y - h * .1)]
                   + left[::-1], fill)
 
-    def vignette(self, op=.6, color="#05070d"):
+    def vignette(self, op: float = .6, color: str = "#05070d") -> None:
         self.rect(0, 0, self.w, self.h, self.rad(
             [(0, color, 0), (.55, color, 0), (.8, color, op * .4), (1, color, op)], .5, .5, .75))
 
-    def flame(self, cx, cy, size, fill, inner=None, wake=None, extra=""):
+    def flame(self, cx: float, cy: float, size: float, fill: str, inner: str | None = None, wake: str | None = None,
+              extra: str = "") -> None:
         s = size / 100.0
         self.add('<g transform="translate(%s %s) scale(%s)"%s>' % (
             n(cx - 50 * s), n(cy - 50 * s), "%.4f" % s, " " + extra if extra else ""))
@@ -406,7 +353,8 @@ class Scene:
             self.path(WAKE, "none", 'stroke="%s" stroke-width="6" stroke-linecap="round"' % wake)
         self.add("</g>")
 
-    def text(self, s, x, y, size, fill, style="Black", spacing=0.0, anchor="middle", extra=""):
+    def text(self, s: str, x: float, y: float, size: float, fill: str, style: str = "Black", spacing: float = 0.0,
+             anchor: str = "middle", extra: str = "") -> float:
         d, width = lettering(s, x, y, size, style, spacing, anchor)
         self.path(d, fill, extra)
         return width

@@ -1,19 +1,23 @@
 """Pictures of the launcher itself."""
-import math
-from kit import Scene, n
+from __future__ import annotations
 
-NIGHT = ((0, "#080b15"), (.4, "#0f1424"), (.7, "#1b2140"), (1, "#242040"))
+import math
+from collections.abc import Sequence
+
+from kit import Point, Scene, Stop, n
+
+NIGHT: tuple[Stop, ...] = ((0, "#080b15"), (.4, "#0f1424"), (.7, "#1b2140"), (1, "#242040"))
 
 
 # ------------------------------------------------------------ window scene
 
 # Where the form writes on the picture, in its own pixels.
-TEXTS = [(85, 52, 330, 94), (440, 10, 900, 56), (454, 97, 800, 330), (60, 484, 420, 512),
+TEXTS: list[tuple[float, float, float, float]] = [(85, 52, 330, 94), (440, 10, 900, 56), (454, 97, 800, 330), (60, 484, 420, 512),
          (205, 418, 346, 458), (488, 418, 630, 458), (770, 418, 912, 458)]
-PANEL_TEXTS = [(270, 250, 730, 300), (704, 526, 955, 556)]
+PANEL_TEXTS: list[tuple[float, float, float, float]] = [(270, 250, 730, 300), (704, 526, 955, 556)]
 
 
-def window_scene(name, dark):
+def window_scene(name: str, dark: bool) -> None:
     s = Scene(974, 571, 12)
     s.quiet = PANEL_TEXTS if dark else TEXTS
     k = .6 if dark else 1
@@ -32,7 +36,9 @@ def window_scene(name, dark):
     s.glow(918, 420, 250, 210, "#ff7a2f", .40 * k)
     s.glow(918, 410, 130, 120, "#ff9a4d", .40 * k)
     # the ridges: the farther, the more of the night's haze lies before them
-    rock = lambda y0, y1, op: s.lin([(0, "#ffffff", 0), (y0, "#ffffff", 0), (y0 + .02, "#ffffff", op), (y1, "#ffffff", 0), (1, "#ffffff", 0)])
+    def rock(y0: float, y1: float, op: float) -> str:
+        return s.lin([(0, "#ffffff", 0), (y0, "#ffffff", 0), (y0 + .02, "#ffffff", op), (y1, "#ffffff", 0), (1, "#ffffff", 0)])
+
     s.ridge(362, 312, 66, "#1b2140", "#2a2c4c", 96, steps=10, rough=.58, rim=(930, 330, 330, "#ffb061", .4 * k))
     s.cloud(.0160, .0260, 17, "#0d1126", 3.6, 1.7, rock(.50, .72, .42), 5)
     s.fog(400, 40, "#4a5080", .15)
@@ -56,11 +62,14 @@ def window_scene(name, dark):
     s.save(name)
 
 
-def constellation(s, cx, cy, k):
+def constellation(s: Scene, cx: float, cy: float, k: float) -> None:
     """The sign of the game among the stars, where the slide's frame stands empty until news arrive."""
     outer = [(53, 2), (60, 24), (76, 40), (83, 61), (80, 76), (70, 84), (50, 80), (30, 84), (20, 74), (17, 58), (25, 38), (31, 24), (40, 46), (53, 2)]
     inner = [(52, 43), (58, 58), (67, 72), (65.5, 79), (50, 76), (34.5, 79), (33, 70), (43.5, 53), (49.5, 62), (52, 43)]
-    at = lambda pts: [(cx + (x - 50) * k, cy + (y - 48) * k) for x, y in pts]
+
+    def at(pts: Sequence[Point]) -> list[Point]:
+        return [(cx + (x - 50) * k, cy + (y - 48) * k) for x, y in pts]
+
     for pts, op in ((at(outer), .26), (at(inner), .2)):
         s.path("M" + "L".join("%s %s" % (n(x), n(y)) for x, y in pts), "none",
                'stroke="#aab6e6" stroke-opacity="%s" stroke-width="0.8"' % n(op))
@@ -69,7 +78,8 @@ def constellation(s, cx, cy, k):
             s.add('<circle cx="%s" cy="%s" r="%s" fill="#eef2ff" opacity="%s"/>' % (n(x), n(y), n(1.3 if i % 3 == 0 else .9), n(.5 + op)))
 
 
-def spire(s, x, base, w, h, fill, top, rim=None):
+def spire(s: Scene, x: float, base: float, w: float, h: float, fill: str, top: Sequence[Point],
+          rim: tuple[str, float] | None = None) -> None:
     """A ruined tower that narrows by setbacks; rim: the glow that climbs its edges."""
     l, r, t = x - w / 2, x + w / 2, base - h
     a, b = w * .10, w * .20
@@ -88,14 +98,14 @@ def spire(s, x, base, w, h, fill, top, rim=None):
                'stroke="#000000" stroke-opacity="0.22" stroke-width="%s"' % n(w * .16))
 
 
-BROKEN = (
+BROKEN: tuple[tuple[Point, ...], ...] = (
     ((0, .10), (.10, .06), (.18, .09), (.30, 0), (.40, .05), (.52, .03), (.62, .10), (.78, .08), (.88, .16), (1, .17)),
     ((0, .02), (.14, .05), (.22, 0), (.36, .08), (.50, .06), (.66, .12), (.80, .10), (1, .20)),
     ((0, .14), (.16, .12), (.30, .04), (.44, .07), (.56, 0), (.64, .06), (.80, .05), (.90, .12), (1, .14)),
 )
 
 
-def citadel(s, k):
+def citadel(s: Scene, k: float) -> None:
     """What is left of the citadel, on its crag above the wake; lit from the ground up."""
     far = s.lin([(0, "#1a1f3a"), (.7, "#251f34"), (1, "#4a2c30")], 0, 220, 0, 440, user=True)
     mid = s.lin([(0, "#10142a"), (.6, "#15152a"), (1, "#33202a")], 0, 170, 0, 440, user=True)
@@ -126,19 +136,19 @@ def citadel(s, k):
                [(0, "#ffd08a", .95 * k), (.6, "#ff8a3c", .5 * k), (1, "#ff7a2f", 0)], 920, 404, 86, user=True))
 
 
-def plain(s, k):
+def plain(s: Scene, k: float) -> None:
     """The burnt plain before the ridges: near black where the progress stands."""
     s.rect(0, 450, 974, 121, s.lin([(0, "#0a0d18", 0), (.3, "#090b14"), (1, "#06070c")]))
     s.cloud(.0090, .0500, 5, "#1d2338", 2.0, .85, s.lin(
         [(0, "#ffffff", 0), (.80, "#ffffff", 0), (.88, "#ffffff", .5), (1, "#ffffff", .15)]), 4)
 
 
-def wake(s, k):
+def wake(s: Scene, k: float) -> None:
     """The wake of embers: from the gate down to the left, past the button to the lower edge."""
     upper = [(914, 402), (926, 414), (948, 432), (948, 452), (926, 470), (880, 486), (800, 506), (700, 526), (590, 541), (470, 553), (330, 566)]
     lower = [(922, 402), (938, 414), (962, 433), (966, 454), (956, 474), (930, 496), (872, 524), (800, 552), (740, 575), (600, 585), (330, 585)]
 
-    def smooth(pts):
+    def smooth(pts: Sequence[Point]) -> str:
         d = "M%s %s" % (n(pts[0][0]), n(pts[0][1]))
         for (ax, ay), (bx, by) in zip(pts[1:], pts[2:]):
             d += "Q%s %s %s %s" % (n(ax), n(ay), n((ax + bx) / 2), n((ay + by) / 2))
@@ -164,9 +174,10 @@ def wake(s, k):
     rocks(s, 563, 9, "#05060b")
 
 
-def rocks(s, y, amp, fill):
+def rocks(s: Scene, y: float, amp: float, fill: str) -> None:
     """A broken foreground edge of slabs."""
-    x, pts = -10, [(-10, s.h + 5)]
+    x: float = -10
+    pts: list[Point] = [(-10, s.h + 5)]
     while x < s.w + 10:
         step = s.r.uniform(8, 34)
         top = y - amp * s.r.random() ** 2 + 3 * math.sin(x / 90.0)
@@ -177,7 +188,7 @@ def rocks(s, y, amp, fill):
 
 # ------------------------------------------------------------------ glyphs
 
-def glyphs():
+def glyphs() -> None:
     s = Scene(25, 25)
     s.path("M3.500 3.500L21.500 21.500M21.500 3.500L3.500 21.500", "none",
            'stroke="#e9ecf5" stroke-width="3.4" stroke-linecap="round"')
@@ -230,12 +241,12 @@ def glyphs():
 
 # ----------------------------------------------------------------- buttons
 
-def plate(x, y, w, h, c):
+def plate(x: float, y: float, w: float, h: float, c: float) -> str:
     return "M%s %sH%sL%s %sV%sL%s %sH%sL%s %sV%sZ" % tuple(n(v) for v in (
         x + c, y, x + w - c, x + w, y + c, y + h - c, x + w - c, y + h, x + c, x, y + h - c, y + c))
 
 
-def button(name, label, state, solid):
+def button(name: str, label: str, state: str, solid: bool) -> None:
     """solid: the filled action button; otherwise the outlined one of the same family."""
     s = Scene(196, 81)
     x, y, w, h, c = 13, 11, 170, 59, 11
@@ -277,7 +288,7 @@ def button(name, label, state, solid):
 
 # ------------------------------------------------------------ news pictures
 
-def waiting(s, seed, cy, size):
+def waiting(s: Scene, seed: int, cy: float, size: float) -> None:
     """A quiet night with the sign of the game: what a player sees until a picture has arrived."""
     w, h = s.w, s.h
     k = h / 319.0
@@ -297,7 +308,7 @@ def waiting(s, seed, cy, size):
     s.vignette(.5)
 
 
-def news(name, w, h, seed):
+def news(name: str, w: int, h: int, seed: int) -> None:
     s = Scene(w, h, seed)
     waiting(s, seed, h * .40, h * .42)
     s.save(name)
@@ -305,7 +316,7 @@ def news(name, w, h, seed):
 
 # ---------------------------------------------------------------- the icon
 
-def icon():
+def icon() -> None:
     for name, small in (("clienticon", False), ("clienticon_small", True)):
         s = Scene(64, 64)
         s.rect(1, 1, 62, 62, s.lin([(0, "#232b49"), (1, "#0c0f1b")]), 'rx="13"')
@@ -321,7 +332,7 @@ def icon():
 
 # ------------------------------------------------------------ small pictures
 
-def small():
+def small() -> None:
     s = Scene(244, 143, 7)
     s.sky(*NIGHT)
     s.glow(190, 130, 120, 60, "#ff7a2f", .45)
@@ -350,11 +361,11 @@ def small():
     s.save("newsHome")
 
 
-def main():
+def main() -> None:
     window_scene("bg_new", False)
     window_scene("servers_nobutton_dark", True)
     glyphs()
-    for label, solid in (("download", 1), ("play", 1), ("update", 1), ("official", 0), ("beta", 0)):
+    for label, solid in (("download", True), ("play", True), ("update", True), ("official", False), ("beta", False)):
         for state in ("", "-hover", "-disabled"):
             button(label, label.upper(), state, solid)
     news("newsBig", 559, 319, 31)

@@ -1,14 +1,17 @@
 """Pictures of the demo world: server logos, slides and news tiles."""
+from __future__ import annotations
+
 import math
-from kit import Scene, n
+
+from kit import Point, Scene, Stop, n
 
 
-def ramp(lo, hi, k=8):
+def ramp(lo: float, hi: float, k: int = 8) -> list[Stop]:
     """Stops of a soft fade from nothing at lo to white at hi."""
     return [(lo + (hi - lo) * i / k, "#ffffff", (i / k) ** 2 * (3 - 2 * i / k)) for i in range(k + 1)]
 
 
-def framed(s, scale, mid, cy, side=.3):
+def framed(s: Scene, scale: float, mid: float, cy: float, side: float = .3) -> None:
     """Put the scene so far into a soft frame.
 
     The scene is scaled, its line y = mid comes to cy.  It fades out on all
@@ -25,7 +28,7 @@ def framed(s, scale, mid, cy, side=.3):
         n(s.w / 2 * (1 - scale)), n(cy - mid * scale), n(scale))] + s.out + ["</g></g></g>"]
 
 
-def title(s, text, cy, size, fill, glow, line="#ffb061"):
+def title(s: Scene, text: str, cy: float, size: float, fill: str, glow: str, line: str = "#ffb061") -> None:
     """A server name with a fine line below."""
     base = cy + size * .36
     b = s.blur(size * .12)
@@ -39,7 +42,7 @@ def title(s, text, cy, size, fill, glow, line="#ffb061"):
     s.poly([(s.w / 2 - 11, y), (s.w / 2, y - 8), (s.w / 2 + 11, y), (s.w / 2, y + 8)], line)
 
 
-def caption_ground(s, strip, lift):
+def caption_ground(s: Scene, strip: float, lift: float) -> None:
     """Room for a caption: the scene moves up, the ground below turns near black.
 
     strip is the share of the height that the caption takes.
@@ -52,14 +55,14 @@ def caption_ground(s, strip, lift):
                                   (top + .04, dark, .92), (top + .1, dark, .96), (1, dark, 1)]))
 
 
-def dark_edge(s):
+def dark_edge(s: Scene) -> None:
     """The lowest tenth of a slide sinks into the night of the window around it."""
     s.rect(0, s.h * .88, s.w, s.h * .12, s.lin([(0, "#06060b", 0), (.55, "#06060b", .75), (1, "#06060b", .95)]))
 
 
 # ------------------------------------------------------------------- logos
 
-def cinderfall():
+def cinderfall() -> None:
     s = Scene(640, 300, 101)
     s.sky((0, "#0b0f1a"), (.6, "#241d30"), (1, "#4d2a2e"))
     s.stars(50, 120, .7)
@@ -78,16 +81,17 @@ def cinderfall():
     # cliffs
     for sign in (-1, 1):
         for j, (inner, col, col2) in enumerate(((48, "#33222e", "#7a3c2c"), (92, "#191724", "#3a2026"), (150, "#0d0f1a", "#150f16"))):
-            pts, y = [], 34 - 14 * j
+            pts: list[Point] = []
+            top: float = 34 - 14 * j
             x = inner + 8
-            top = y
+            y = top
             while y < 300:
                 pts.append((320 + sign * x, y))
                 y += s.r.uniform(12, 30)
                 pts.append((320 + sign * (x + s.r.uniform(-3, 4)), y))
                 x += s.r.uniform(-10, 12)
                 x = max(inner - 16, min(inner + 22, x))
-            outer = [(320 + sign * 340, 300), (320 + sign * 340, -10)]
+            outer: list[Point] = [(320 + sign * 340, 300), (320 + sign * 340, -10)]
             for i in range(9):
                 ox = 334 - (334 - inner - 16) * i / 9
                 outer.append((320 + sign * ox, top - 6 - ox * .12 * (3 - j) / 2 + s.r.uniform(-9, 9)))
@@ -102,7 +106,7 @@ def cinderfall():
     s.save("demo/Cinderfall")
 
 
-def ashenmoor():
+def ashenmoor() -> None:
     s = Scene(640, 300, 117)
     s.sky((0, "#10151f"), (.55, "#2a3240"), (.8, "#59606a"), (1, "#3a4048"))
     s.ell(560, 52, 27, 27, "#dfe3e6", 'opacity="0.85"')
@@ -112,8 +116,8 @@ def ashenmoor():
     s.ridge(198, 205, 12, "#2c343f", "#565d66", 70)
     s.fog(206, 26, "#aab3ba", .35)
     # standing stones
-    for x, w, h, lean in ((70, 30, 118, -3), (128, 26, 88, 4), (184, 22, 70, -2), (470, 24, 80, 3), (522, 30, 112, -4), (584, 34, 138, 5)):
-        y, h = 258, h * .82
+    for x, w, height, lean in ((70, 30, 118, -3), (128, 26, 88, 4), (184, 22, 70, -2), (470, 24, 80, 3), (522, 30, 112, -4), (584, 34, 138, 5)):
+        y, h = 258, height * .82
         s.poly([(x - w / 2, y), (x - w * .46 + lean, y - h * .6), (x - w * .34 + lean * 2, y - h), (x + w * .2 + lean * 2, y - h * 1.04),
                 (x + w * .44 + lean, y - h * .7), (x + w / 2, y)], s.lin([(0, "#232a35"), (1, "#141920")]))
         s.poly([(x + w * .2 + lean * 2, y - h * 1.04), (x + w * .44 + lean, y - h * .7), (x + w / 2, y), (x + w * .26, y), (x + w * .18 + lean, y - h * .7)],
@@ -123,11 +127,11 @@ def ashenmoor():
     s.fog(250, 22, "#8d979f", .30)
     s.ridge(256, 252, 7, "#171c23", "#0b0e13", 40)
     for _ in range(150):
-        x = s.r.uniform(0, 640)
+        left = s.r.uniform(0, 640)
         h = s.r.uniform(14, 46)
         y = 304
         b = s.r.uniform(-10, 14)
-        s.path("M%s %sQ%s %s %s %s" % (n(x), n(y), n(x), n(y - h * .6), n(x + b), n(y - h)), "none",
+        s.path("M%s %sQ%s %s %s %s" % (n(left), n(y), n(left), n(y - h * .6), n(left + b), n(y - h)), "none",
                'stroke="#0a0d11" stroke-width="%s" stroke-linecap="round"' % n(s.r.uniform(.8, 2)))
     s.embers(26, 0, 110, 640, 290, .7, 1.9, 1, .9)
     s.ell(320, 100, 330, 90, s.soft("#05070d", .7))
@@ -136,7 +140,7 @@ def ashenmoor():
     s.save("demo/Ashenmoor")
 
 
-def emberreach():
+def emberreach() -> None:
     s = Scene(640, 300, 131)
     s.sky((0, "#0e1226"), (.42, "#222648"), (.64, "#5a3440"), (.76, "#ff8a3c"), (1, "#8a3a26"))
     s.stars(50, 110, .7)
@@ -166,7 +170,7 @@ def emberreach():
     s.poly([(336, 216), (340, 216), (420, 304), (406, 304)], "#ff9a55", 'opacity="0.55"')
     # headlands
     for sign in (-1, 1):
-        pts = [(320 + sign * 330, 304), (320 + sign * 330, 60)]
+        pts: list[Point] = [(320 + sign * 330, 304), (320 + sign * 330, 60)]
         for x, y in ((306, 58), (296, 74), (270, 80), (258, 112), (236, 124), (228, 168), (208, 186), (196, 224), (170, 240), (150, 304)):
             pts.append((320 + sign * (x + s.r.uniform(-8, 8)), y + s.r.uniform(-5, 5)))
         s.poly(pts, s.lin([(0, "#150f20"), (1, "#0a0a14")]))
@@ -179,7 +183,7 @@ def emberreach():
 
 # ------------------------------------------------------------------ slides
 
-def slide_gate():
+def slide_gate() -> None:
     s = Scene(650, 650, 201)
     s.sky((0, "#0b0c1a"), (.5, "#1d1a33"), (1, "#4a2836"))
     s.stars(110, 330, .8)
@@ -208,9 +212,9 @@ def slide_gate():
                 s.path("M%s %sV%s" % (x, y, y + 38), "none", 'stroke="#05060c" stroke-opacity="0.7" stroke-width="2"')
     # keystone signs
     for a in range(-40, 41, 20):
-        x, y = 325 + 2.15 * a * .82, 106 + abs(a) ** 1.75 * .075
-        s.poly([(x - 5, y), (x, y - 8), (x + 5, y), (x, y + 8)], "#ffb061")
-        s.glow(x, y, 18, 18, "#ff7a2f", .6)
+        cx, cy = 325 + 2.15 * a * .82, 106 + abs(a) ** 1.75 * .075
+        s.poly([(cx - 5, cy), (cx, cy - 8), (cx + 5, cy), (cx, cy + 8)], "#ffb061")
+        s.glow(cx, cy, 18, 18, "#ff7a2f", .6)
     # braziers on the piers
     for x in (146, 504):
         s.path("M%s 250h36l-8 20h-20Z" % (x - 18), "#07080f", 'stroke="#ff9a55" stroke-opacity="0.6"')
@@ -234,7 +238,7 @@ def slide_gate():
     s.save("demo/news/slide1")
 
 
-def slide_dragon():
+def slide_dragon() -> None:
     s = Scene(650, 650, 202)
     s.sky((0, "#0a1020"), (.45, "#17274a"), (.75, "#3a3f6a"), (1, "#34305a"))
     s.stars(160, 420, .9)
@@ -256,16 +260,16 @@ def slide_dragon():
     s.add('<circle cx="63" cy="-28.5" r="1.4" fill="#ffb061"/></g>')
     # the ridge: a back full of spines
     spine = [(-10 + 670 * i / 46.0, 520 - 120 * math.sin(math.pi * (i / 46.0) ** .85) + 26 * math.sin(i / 3.4)) for i in range(47)]
-    pts = []
-    for i, (x, y) in enumerate(spine[:-1]):
+    pts: list[Point] = []
+    for i, (px, py) in enumerate(spine[:-1]):
         hgt = (16 + 44 * math.sin(math.pi * i / 46.0)) * s.r.uniform(.75, 1.15)
-        pts += [(x, y), (x + 9, y - hgt * .55), (x + 21, y - hgt), (x + 15, y - hgt * .45)] if i % 2 == 0 else [(x + 3, y)]
+        pts += [(px, py), (px + 9, py - hgt * .55), (px + 21, py - hgt), (px + 15, py - hgt * .45)] if i % 2 == 0 else [(px + 3, py)]
     body = s.lin([(0, "#141a33"), (1, "#0b0d18")], 0, 380, 0, 600, user=True)
     s.poly(pts + [(660, 520), (660, 660), (-10, 660)], body)
     for i in range(0, 46, 2):
-        x, y = spine[i]
-        s.path("M%s %sq14 22 30 20" % (n(x), n(y + 12)), "none", 'stroke="#3a4470" stroke-opacity="0.55" stroke-width="2"')
-        s.path("M%s %sq14 22 30 20" % (n(x + 6), n(y + 40)), "none", 'stroke="#3a4470" stroke-opacity="0.32" stroke-width="2"')
+        px, py = spine[i]
+        s.path("M%s %sq14 22 30 20" % (n(px), n(py + 12)), "none", 'stroke="#3a4470" stroke-opacity="0.55" stroke-width="2"')
+        s.path("M%s %sq14 22 30 20" % (n(px + 6), n(py + 40)), "none", 'stroke="#3a4470" stroke-opacity="0.32" stroke-width="2"')
     s.fog(560, 60, "#ff7a2f", .22)
     s.glow(120, 610, 240, 80, "#ff7a2f", .45)
     s.ridge(580, 560, 26, "#0a0c17", "#06070d", 80, rim=(120, 590, 260, "#ffb061", .7))
@@ -283,7 +287,7 @@ def slide_dragon():
     s.save("demo/news/slide2")
 
 
-def slide_lighthouse():
+def slide_lighthouse() -> None:
     s = Scene(650, 650, 203)
     s.sky((0, "#070a15"), (.4, "#10162c"), (.62, "#232c52"), (.68, "#3a4068"), (1, "#0c1020"))
     s.stars(120, 300, .8)
@@ -317,9 +321,8 @@ def slide_lighthouse():
     s.poly([(412, 412), (426, 226), (466, 226), (480, 412)], s.lin([(0, "#8a8fa0"), (.45, "#4a5068"), (1, "#171b2c")], 0, 0, 1, 0))
     for i in range(3):
         t0, t1 = .12 + .3 * i, .27 + .3 * i
-        f = lambda t, sgn: 446 + sgn * (20 + 14 * t)
-        y = lambda t: 226 + 186 * t
-        s.poly([(f(t0, -1), y(t0)), (f(t0, 1), y(t0)), (f(t1, 1), y(t1)), (f(t1, -1), y(t1))],
+        (y0, w0), (y1, w1) = ((226 + 186 * t, 20 + 14 * t) for t in (t0, t1))
+        s.poly([(446 - w0, y0), (446 + w0, y0), (446 + w1, y1), (446 - w1, y1)],
                s.lin([(0, "#c8562a"), (.5, "#8a3218"), (1, "#34140f")], 0, 0, 1, 0))
     for yy in (290, 346):
         s.path("M442 %sq4 -9 8 0v14h-8Z" % yy, "#ffd08a")
@@ -345,13 +348,13 @@ def slide_lighthouse():
 
 # ------------------------------------------------------------------- tiles
 
-def tile_market():
+def tile_market() -> None:
     s = Scene(1118, 638, 301)
     s.sky((0, "#0c0f22"), (.5, "#1f1e3e"), (.8, "#33284a"), (1, "#4a3040"))
     s.stars(130, 260, .8)
     s.glow(559, 430, 620, 250, "#ff8a3c", .5)
 
-    def house(x, w, h, wall, roof, base=470):
+    def house(x: float, w: float, h: float, wall: str, roof: str, base: float = 470) -> None:
         t = base - h
         s.rect(x, t, w, h + 40, wall)
         s.poly([(x - w * .1, t + 3), (x + w * .5, t - w * s.r.uniform(.5, .8)), (x + w * 1.1, t + 3)], roof)
@@ -365,7 +368,7 @@ def tile_market():
                     s.path("M%s %sh16M%s %sv22" % (n(wx), n(wy + 10), n(wx + 8), n(wy)), "none", 'stroke="%s" stroke-width="2"' % wall)
                     s.glow(wx + 8, wy + 11, 34, 34, "#ff8a3c", .4)
 
-    x = -30
+    x: float = -30
     while x < 1130:
         w = s.r.uniform(70, 110)
         house(x, w, s.r.uniform(150, 270), "#251f3c", "#1b1830", 470)
@@ -385,7 +388,7 @@ def tile_market():
     for i in range(16):
         s.figure(230 + 44 * i + s.r.uniform(-14, 14), 506 + s.r.uniform(-6, 8), s.r.uniform(56, 74), s.r.choice(["#1c1426", "#241828", "#150f1e"]))
 
-    def stall(x, y, w, c1, c2, kind):
+    def stall(x: float, y: float, w: float, c1: str, c2: str, kind: int) -> None:
         h = w * .78
         s.glow(x + w / 2, y - h * .38, w * .75, h * .6, "#ffb061", .6)
         s.rect(x + w * .08, y - h * .68, w * .84, h * .42, "#3a2024")
@@ -451,7 +454,7 @@ def tile_market():
     s.save("demo/news/tile1")
 
 
-def tile_forge():
+def tile_forge() -> None:
     s = Scene(552, 314, 302)
     s.rect(0, 0, 552, 314, s.lin([(0, "#171219"), (1, "#2a181a")]))
     for r in range(13):
@@ -463,8 +466,9 @@ def tile_forge():
     s.path("M84 270V150C84 92 132 60 190 60C248 60 296 92 296 150V270Z", "#120c10")
     for i in range(13):
         a = math.radians(180 + 180 * (i + .5) / 13)
-        x, y = 190 + 106 * math.cos(a), 156 + 96 * math.sin(a)
-        s.rect(x - 12, y - 14, 24, 28, "#4a3330" if i % 2 else "#3d2a2a", 'rx="2" transform="rotate(%s %s %s)"' % (n(math.degrees(a) + 90), n(x), n(y)))
+        cx, cy = 190 + 106 * math.cos(a), 156 + 96 * math.sin(a)
+        s.rect(cx - 12, cy - 14, 24, 28, "#4a3330" if i % 2 else "#3d2a2a",
+               'rx="2" transform="rotate(%s %s %s)"' % (n(math.degrees(a) + 90), n(cx), n(cy)))
     s.path("M108 262V158C108 116 146 90 190 90C234 90 272 116 272 158V262Z",
            s.rad([(0, "#fff3d8"), (.35, "#ffc27a"), (.7, "#f2591f"), (1, "#5a1a10")], 190, 240, 160, user=True))
     for x, sz in ((150, 90), (232, 84), (192, 128)):
@@ -507,7 +511,7 @@ def tile_forge():
     s.save("demo/news/tile2")
 
 
-def tile_ashstorm():
+def tile_ashstorm() -> None:
     s = Scene(552, 314, 303)
     s.sky((0, "#14161f"), (.5, "#2a2c3c"), (.8, "#5a4a50"), (1, "#2a2630"))
     s.glow(430, 150, 190, 150, "#b9c0d6", .45)
@@ -520,8 +524,8 @@ def tile_ashstorm():
     s.fog(226, 30, "#9a8f98", .28)
     s.ridge(244, 236, 12, "#1d2030", "#2a2834", 50)
 
-    def tree(x, y, h, col):
-        def branch(x, y, a, ln, w):
+    def tree(x: float, y: float, h: float, col: str) -> None:
+        def branch(x: float, y: float, a: float, ln: float, w: float) -> None:
             x2, y2 = x + ln * math.cos(a), y + ln * math.sin(a)
             s.path("M%s %sQ%s %s %s %s" % (n(x), n(y), n((x + x2) / 2 - 3), n((y + y2) / 2), n(x2), n(y2)), "none",
                    'stroke="%s" stroke-width="%s" stroke-linecap="round"' % (col, n(w)))
@@ -554,7 +558,7 @@ def tile_ashstorm():
     s.save("demo/news/tile3")
 
 
-def tile_bridge():
+def tile_bridge() -> None:
     s = Scene(276, 150, 304)
     s.sky((0, "#0a0e1c"), (.6, "#1f284c"), (1, "#4a5380"))
     s.stars(40, 70, .9, big=.8)
@@ -585,7 +589,7 @@ def tile_bridge():
     s.save("demo/news/tile4")
 
 
-def tile_volcano():
+def tile_volcano() -> None:
     s = Scene(276, 150, 305)
     s.sky((0, "#090b16"), (.5, "#1d1a30"), (1, "#5a2c2a"))
     s.glow(138, 46, 120, 80, "#ff8a3c", .8)
@@ -609,7 +613,7 @@ def tile_volcano():
     s.save("demo/news/tile5")
 
 
-def tile_camp():
+def tile_camp() -> None:
     s = Scene(276, 150, 306)
     s.sky((0, "#0a0d1c"), (.55, "#1c2246"), (1, "#3a3058"))
     s.stars(90, 110, 1, big=.9)
@@ -636,7 +640,7 @@ def tile_camp():
     s.save("demo/news/tile6")
 
 
-def main():
+def main() -> None:
     for f in (cinderfall, ashenmoor, emberreach, slide_gate, slide_dragon, slide_lighthouse,
               tile_market, tile_forge, tile_ashstorm, tile_bridge, tile_volcano, tile_camp):
         f()

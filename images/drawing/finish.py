@@ -1,6 +1,8 @@
 """finish.py shrink FILE...      drop unused alpha, recompress, no metadata
 finish.py palette FILE...     256 colours: decoded several times as fast
 finish.py icon OUT FRAME...   put square PNG frames into one .ico file"""
+from __future__ import annotations
+
 import io
 import struct
 import sys
@@ -8,7 +10,7 @@ import sys
 from PIL import Image
 
 
-def shrink(path):
+def shrink(path: str) -> None:
     im = Image.open(path)
     im.load()
     if im.mode == "RGBA" and im.getchannel("A").getextrema()[0] == 255:
@@ -18,14 +20,14 @@ def shrink(path):
     clean.save(path, "PNG", optimize=True)
 
 
-def palette(path):
+def palette(path: str) -> None:
     # Of all ways to choose, this one keeps the few warm pixels of a dark picture and half-transparent
     # edges; a Pillow without it stops with an error of its own.
     im = Image.open(path)
     im.quantize(256, method=Image.Quantize.LIBIMAGEQUANT).save(path, "PNG", optimize=True)
 
 
-def icon(out, frames):
+def icon(out: str, frames: list[str]) -> None:
     blobs = []
     for f in frames:
         im = Image.open(f).convert("RGBA")
@@ -37,8 +39,8 @@ def icon(out, frames):
     for size, data in blobs:
         head += struct.pack("<BBBBHHLL", size % 256, size % 256, 0, 0, 1, 32, len(data), offset)
         offset += len(data)
-    with open(out, "wb") as f:
-        f.write(head + b"".join(d for _, d in blobs))
+    with open(out, "wb") as file:
+        file.write(head + b"".join(d for _, d in blobs))
 
 
 if __name__ == "__main__":
