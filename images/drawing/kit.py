@@ -173,10 +173,11 @@ class Scene:
             i, n(cx), n(cy), n(r), ' gradientUnits="userSpaceOnUse"' if user else "", self.stops(stops)))
         return "url(#%s)" % i
 
-    def soft(self, color: str, op: float) -> str:
-        """Radial falloff without a visible edge."""
-        return self.rad([(t, color, op * (math.exp(-4.2 * t * t) - math.exp(-4.2)) / (1 - math.exp(-4.2)))
-                         for t in (0, .12, .25, .38, .5, .62, .75, .88, 1)])
+    def soft(self, color: str, op: float, around_origin: bool = False) -> str:
+        """Radial falloff without a visible edge, over the shape's box or over the circle of radius 1."""
+        stops: list[Stop] = [(t, color, op * (math.exp(-4.2 * t * t) - math.exp(-4.2)) / (1 - math.exp(-4.2)))
+                             for t in (0, .12, .25, .38, .5, .62, .75, .88, 1)]
+        return self.rad(stops, 0, 0, 1, user=True) if around_origin else self.rad(stops)
 
     def blur(self, s: float) -> str:
         i = self.id()
@@ -266,11 +267,19 @@ class Scene:
             [(0, color, 0), (.25, color, op * .35), (.5, color, op), (.75, color, op * .35), (1, color, 0)]))
 
     def mist(self, count: int, x0: float, y0: float, x1: float, y1: float, rx: float, ry: float, color: str,
-             op: float) -> None:
-        f = self.soft(color, op)
+             op: float, turned: bool = False) -> None:
+        """Soft clouds. In a group that is turned they are stretched circles, not ellipses: there
+        librsvg 2.54 lays an ellipse's gradient over a wrong box, and the clouds get edges."""
+        f = self.soft(color, op, around_origin=turned)
         for _ in range(count):
             s = self.r.uniform(.6, 1.3)
-            self.ell(self.r.uniform(x0, x1), self.r.uniform(y0, y1), rx * s, ry * self.r.uniform(.6, 1.3), f)
+            x, y = self.r.uniform(x0, x1), self.r.uniform(y0, y1)
+            a, b = rx * s, ry * self.r.uniform(.6, 1.3)
+            if turned:
+                self.add('<circle r="1" fill="%s" transform="translate(%s %s) scale(%s %s)"/>' % (
+                    f, n(x), n(y), n(a), n(b)))
+            else:
+                self.ell(x, y, a, b, f)
 
     def embers(self, count: int, x0: float, y0: float, x1: float, y1: float, rmin: float = .5, rmax: float = 1.8,
                bias: float = 1.6, op: float = .95, drift: float = 0) -> None:
