@@ -6,26 +6,29 @@ Every call of the checker has to find nothing. The table of findings has to name
 the sources have.
 """
 
+from __future__ import annotations
+
 import os
 import re
 import shutil
 import subprocess
 import sys
 import tempfile
+from collections.abc import Iterator
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 GUIDE = ROOT / "docs" / "operators.md"
 
 
-def blocks():
+def blocks() -> Iterator[str]:
     """The guide's commands. Building and the launcher's own window are tested elsewhere."""
     for block in re.findall(r"^```sh\n(.*?)^```", GUIDE.read_text(encoding="utf-8"), re.M | re.S):
         if "cmake" not in block:
             yield block
 
 
-def follow(program, scratch):
+def follow(program: str, scratch: Path) -> None:
     (scratch / "build" / "release").mkdir(parents=True)
     shutil.copy(program, scratch / "build" / "release" / "emberwake-check")
     shutil.copytree(ROOT / "demo" / "world", scratch / "demo" / "world")
@@ -42,6 +45,7 @@ def follow(program, scratch):
                 server = subprocess.Popen(
                     [sys.executable, "-u", *block.split()[1:]],
                     cwd=scratch, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+                assert server.stdout is not None
                 server.stdout.readline()
                 continue
             done = subprocess.run(
@@ -59,26 +63,43 @@ def follow(program, scratch):
         sys.exit(f"only {checks} checks in the guide")
 
 
-def compare_findings():
-    in_sources = set()
-    for source in (ROOT / "check").glob("*.cpp"):
-        text = source.read_text(encoding="utf-8")
-        in_sources |= set(re.findall(r'"([a-z0-9]+(?:-[a-z0-9]+)+)"', text))
-        in_sources |= set(re.findall(r'place, "([a-z0-9]+)"', text))
-    # Names of options, and of the program.
+def ids_in(source: str) -> set[str]:
+    """The ids of findings that a source of the checker names."""
+    without_comments = re.sub(
+        r'("(?:\\.|[^"\\\n])*")|//[^\n]*|/\*.*?\*/', lambda found: found[1] or " ", source, flags=re.S)
+    patterns = (
+        # Nothing else in the checker is written like an id of several words.
+        r'"([a-z0-9]+(?:-[a-z0-9]+)+)"',
+        # Of one word: an argument behind the place and before the text, without QStringLiteral. Texts
+        # beside texts are a list of something else.
+        r'[^"\s]\s*,\s*"([a-z0-9]+)"\s*,\s*(?!")',
+        r'[?:]\s*"([a-z0-9]+)"',
+        r'\bFinding::(?:Error|Warning)\s*,\s*(?:QStringLiteral|QLatin1String)\("([a-z0-9]+)"\)',
+    )
+    return {found for pattern in patterns for found in re.findall(pattern, without_comments)}
+
+
+def compare_findings() -> None:
+    in_sources: set[str] = set()
+    for source in sorted((ROOT / "check").rglob("*")):
+        if source.suffix in (".cpp", ".h"):
+            in_sources |= ids_in(source.read_text(encoding="utf-8"))
+    # The name of the program.
     in_sources -= {"emberwake-check"}
-    in_sources |= {"http", "redirect", "unreachable"}
-    table = GUIDE.read_text(encoding="utf-8").partition("## Findings")[2]
-    listed = set()
-    for row in re.findall(r"^\| (`.*?) \|", table, re.M):
-        listed |= set(re.findall(r"`([a-z0-9-]+)`", row))
-    if in_sources != listed:
-        sys.exit(f"not in the guide: {in_sources - listed}; not in the sources: {listed - in_sources}")
+    section = GUIDE.read_text(encoding="utf-8").partition("\n## Findings\n")[2].partition("\n## ")[0]
+    listed: list[str] = []
+    for row in re.findall(r"^\| (`.*?) \|", section, re.M):
+        listed += re.findall(r"`([a-z0-9-]+)`", row)
+    problems = [f"{name} is not in the guide" for name in sorted(in_sources - set(listed))]
+    problems += [f"{name} is in the guide, no source has it" for name in sorted(set(listed) - in_sources)]
+    problems += [f"{name} is in the guide twice" for name in sorted(set(listed)) if listed.count(name) > 1]
     if len(listed) < 40:
-        sys.exit("the table of findings was not understood")
+        problems.append("the table of findings was not understood")
+    if problems:
+        sys.exit("\n".join(problems))
 
 
-def main(program):
+def main(program: str) -> None:
     os.environ.pop("http_proxy", None)
     compare_findings()
     with tempfile.TemporaryDirectory(prefix="emberwake-guide-") as scratch:
