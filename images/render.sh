@@ -15,6 +15,7 @@ python="${PYTHON:-/usr/bin/python3}"
 if [[ "${1:-}" == "--generate" ]]; then
     "$python" -B drawing/launcher.py
     "$python" -B drawing/world.py
+    "$python" -B drawing/kit.py > drawn-with.txt
 fi
 
 tmp="$(mktemp -d)"
@@ -64,7 +65,8 @@ for size in 16 24 32 48 64 128 256; do
 done
 "$python" -B drawing/finish.py icon clienticon.ico "${frames[@]}"
 
-# The same bytes come from the same renderer only; the check of the pictures asks which one it was.
+# The same bytes come from the same renderer only, as the drawings do from the same font and programs:
+# the check of the pictures asks which they were.
 {
     echo "$(rsvg-convert --version), $(uname -m)"
     "$python" -c 'import PIL; from PIL import features; print("Pillow", PIL.__version__, *(part + " " + str(features.version(part)) for part in ("zlib", "libimagequant")))'

@@ -3,17 +3,21 @@
 Everything is deterministic (seeded random numbers, fixed number formatting),
 so the same sources always give the same files.  Lettering is written as
 outlines taken from the Lato font, so rendering does not need any font.
+
+kit.py alone prints what else decides which bytes the drawings have.
 """
 from __future__ import annotations
 
 import functools
 import logging
 import math
+import platform
 import random
 import subprocess
 from collections.abc import Sequence
 from pathlib import Path
 
+import fontTools
 from fontTools.pens.basePen import BasePen
 from fontTools.ttLib import TTFont
 
@@ -102,6 +106,13 @@ def lettering(text: str, x: float, y: float, size: float, style: str = "Black", 
         glyphs[names[ord(ch)]].draw(outline)
         out += outline.data
     return "".join(out), pen
+
+
+def drawn_with() -> str:
+    """The font and the programs; each of them may change a digit somewhere."""
+    font = lato("Black")["name"].getDebugName(5).partition(";")[0]
+    python = ".".join(platform.python_version_tuple()[:2])
+    return f"Lato {font}, fontTools {fontTools.version}, Python {python}, {platform.machine()}"
 
 
 # ------------------------------------------------------------------ canvas
@@ -367,3 +378,7 @@ class Scene:
         d, width = lettering(s, x, y, size, style, spacing, anchor)
         self.path(d, fill, extra)
         return width
+
+
+if __name__ == "__main__":
+    print(drawn_with())
