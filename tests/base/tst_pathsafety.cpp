@@ -1,5 +1,6 @@
 #include "base/pathsafety.h"
 #include "support/links.h"
+#include "support/scratchfolder.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,25 +11,10 @@
 
 namespace
 {
-void makeFile(const QString &name)
-{
-    QFile file(name);
-    if (!file.open(QIODevice::WriteOnly)) {
-        qFatal("cannot write %s", qPrintable(name));
-    }
-}
-
 // Whether the data row of now is about links.
 bool needsLinks()
 {
     return QByteArray(QTest::currentDataTag()).contains("link");
-}
-
-void makeFolder(const QString &name)
-{
-    if (!QDir::current().mkpath(name)) {
-        qFatal("cannot make %s", qPrintable(name));
-    }
 }
 } // namespace
 
@@ -104,8 +90,8 @@ void TestPathSafety::folderInsideWorkingDirectory()
 {
     QFETCH(QString, folder);
     QFETCH(bool, inside);
-    makeFolder(QStringLiteral("Alpha/Official"));
-    makeFolder(QStringLiteral("../installation2"));
+    ScratchFolder::makeFolder(QStringLiteral("Alpha/Official"));
+    ScratchFolder::makeFolder(QStringLiteral("../installation2"));
     if (needsLinks()) {
         MAKE_LINK(QStringLiteral("Alpha"), QStringLiteral("inner"));
         MAKE_LINK(QStringLiteral("../elsewhere"), QStringLiteral("outer"));
@@ -166,7 +152,7 @@ void TestPathSafety::folderToBeMade()
 void TestPathSafety::nothingLiesInARemovedWorkingDirectory()
 {
     const QString removed = m_scratch->filePath(QStringLiteral("removed"));
-    makeFolder(removed);
+    ScratchFolder::makeFolder(removed);
     QVERIFY(QDir::setCurrent(removed));
     if (!QDir().rmdir(removed)) {
         QSKIP("this system keeps a folder that somebody works in");
@@ -202,10 +188,10 @@ void TestPathSafety::fileOfWorkingDirectory()
 {
     QFETCH(QString, file);
     QFETCH(bool, inside);
-    makeFolder(QStringLiteral("Alpha"));
-    makeFolder(QStringLiteral("../installation2"));
-    makeFile(QStringLiteral("settings.txt"));
-    makeFile(QStringLiteral("../elsewhere/letter.txt"));
+    ScratchFolder::makeFolder(QStringLiteral("Alpha"));
+    ScratchFolder::makeFolder(QStringLiteral("../installation2"));
+    ScratchFolder::write(QStringLiteral("settings.txt"));
+    ScratchFolder::write(QStringLiteral("../elsewhere/letter.txt"));
     if (needsLinks()) {
         MAKE_LINK(QStringLiteral("../elsewhere"), QStringLiteral("outer"));
         MAKE_LINK(QStringLiteral("../elsewhere/letter.txt"), QStringLiteral("out.txt"));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "install/downloadmanager.h"
+#include "support/texts.h"
 
 #include <QByteArray>
 #include <QRandomGenerator>
@@ -15,10 +16,7 @@ constexpr char redraw[] = "\\r\\[[#> ]{50}\\] [ 0-9]{3}% [0-9a-z.]+ (bytes/sec|k
 // Orders for an extractor that notes how it is called and keeps what the archive was.
 constexpr char recordingExtractor[] = "record arguments.txt\nkeep archive.seen";
 
-inline QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
+using Texts::text;
 
 inline QByteArray randomBytes(int size)
 {

@@ -1,4 +1,5 @@
 #include "install/savefilename.h"
+#include "support/scratchfolder.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,29 +11,14 @@
 
 namespace
 {
-void makeFile(const QString &name)
-{
-    QFile file(name);
-    if (!file.open(QIODevice::WriteOnly)) {
-        qFatal("cannot write %s", qPrintable(name));
-    }
-}
-
-void makeFolder(const QString &name)
-{
-    if (!QDir::current().mkpath(name)) {
-        qFatal("cannot make %s", qPrintable(name));
-    }
-}
-
 // Each name a file, or a folder when it ends in "/".
 void makeEntries(const QStringList &names)
 {
     for (const QString &name : names) {
         if (name.endsWith(QLatin1Char('/'))) {
-            makeFolder(name);
+            ScratchFolder::makeFolder(name);
         } else {
-            makeFile(name);
+            ScratchFolder::write(name);
         }
     }
 }

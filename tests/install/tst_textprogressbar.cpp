@@ -1,12 +1,9 @@
 #include "install/textprogressbar.h"
+#include "support/consolecapture.h"
 
-#include <QFile>
-#include <QTemporaryFile>
 #include <QTest>
 
-#include <cstdio>
 #include <functional>
-#include <unistd.h>
 
 namespace
 {
@@ -14,19 +11,9 @@ namespace
 // in between.
 QByteArray printedBy(const std::function<void()> &function)
 {
-    QTemporaryFile file;
-    if (!file.open()) {
-        qFatal("cannot capture the console");
-    }
-    std::fflush(stdout);
-    const int saved = dup(STDOUT_FILENO);
-    dup2(file.handle(), STDOUT_FILENO);
+    ConsoleCapture capture;
     function();
-    std::fflush(stdout);
-    dup2(saved, STDOUT_FILENO);
-    close(saved);
-    QFile reader(file.fileName());
-    return reader.open(QIODevice::ReadOnly) ? reader.readAll() : QByteArray();
+    return capture.out();
 }
 
 QString blanks(int count)

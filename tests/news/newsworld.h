@@ -109,7 +109,7 @@ public:
 
     // Three servers: each fetch keeps its connection for a while, and one server answers only so
     // many connections at the same time.
-    HttpServer &base = server; // document and logos
+    // "server" hands out document and logos.
     HttpServer slides;
     HttpServer tiles;
 

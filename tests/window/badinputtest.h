@@ -125,30 +125,15 @@ protected:
                 Documents::client(omega, QStringLiteral("Official"), QStringLiteral("2.0"))};
     }
 
-    static const NewsWorld::Item &itemNumber(int number)
-    {
-        return NewsWorld::items[static_cast<std::size_t>(number)];
-    }
-
-    static News &itemOf(testform &window, const NewsWorld::Item &item)
-    {
-        return item.isSlide ? window.homeNews[item.index] : window.news[item.index];
-    }
-
-    static QLabel *labelOf(const testform &window, const char *name)
-    {
-        return window.findChild<QLabel *>(QLatin1String(name));
-    }
-
     static QPixmap pictureOf(const testform &window, const NewsWorld::Item &item)
     {
-        return labelOf(window, item.image)->pixmap(Qt::ReturnByValue);
+        return NewsWorld::labelOf(window, item.image)->pixmap(Qt::ReturnByValue);
     }
 
     static bool showsItsPicture(const testform &window, const NewsWorld::Item &item)
     {
         const QImage picture = pictureOf(window, item).toImage();
-        return picture.size() == labelOf(window, item.image)->size() &&
+        return picture.size() == NewsWorld::labelOf(window, item.image)->size() &&
                picture.pixel(picture.rect().center()) == item.colour;
     }
 
@@ -167,7 +152,8 @@ protected:
     static bool allPicturesAreAnswered(testform &window)
     {
         for (const NewsWorld::Item &item : NewsWorld::items) {
-            const ImageDownloader *const downloader = itemOf(window, item).imageDownloader;
+            const ImageDownloader *const downloader =
+                NewsWorld::itemOf(window, item).imageDownloader;
             if (downloader == nullptr || !downloader->isDownloaded) {
                 return false;
             }
@@ -192,9 +178,10 @@ protected:
     void expectRestOfThePage(testform &window, int except)
     {
         for (int number = 0; number < NewsWorld::numItems; ++number) {
-            const NewsWorld::Item &item = itemNumber(number);
-            QCOMPARE(labelOf(window, item.title)->text(), NewsWorld::titleOf(item));
-            QCOMPARE(labelOf(window, item.subtitle)->text(), NewsWorld::subtitleOf(item));
+            const NewsWorld::Item &item = NewsWorld::itemNumber(number);
+            QCOMPARE(NewsWorld::labelOf(window, item.title)->text(), NewsWorld::titleOf(item));
+            QCOMPARE(NewsWorld::labelOf(window, item.subtitle)->text(),
+                     NewsWorld::subtitleOf(item));
             const QByteArray cached = ScratchFolder::read(NewsWorld::cacheFile(item));
             if (number == except) {
                 QVERIFY2(pictureOf(window, item).isNull(), item.image);

@@ -32,7 +32,7 @@ void TestBadDocument::wholeWorldIsShown()
 {
     NewsWorld world;
     for (const QString &server : {alpha, omega}) {
-        world.base.serve(logoPath(server), Documents::png(40, 30, 0xff305080));
+        world.server.serve(logoPath(server), Documents::png(40, 30, 0xff305080));
     }
     world.publish(twoClients() + world.elements());
     Session session;
@@ -65,7 +65,7 @@ void TestBadDocument::documentThatSaysNothing()
     if (static_cast<Fault>(fault) == Fault::Refused) {
         TestSettings::setBaseUrl(QLatin1String(TestSettings::nobodyListens));
     }
-    serveFaulty(world.base, NewsWorld::documentPath(), Documents::launcher(world.elements()),
+    serveFaulty(world.server, NewsWorld::documentPath(), Documents::launcher(world.elements()),
                 static_cast<Fault>(fault));
     Session session;
     testform &window = session.window;
@@ -80,11 +80,11 @@ void TestBadDocument::documentThatSaysNothing()
     QCOMPARE(window.ui->serverButtonsGroup->layout(), nullptr);
     QVERIFY(window.clientInfos.isEmpty());
     for (const NewsWorld::Item &item : NewsWorld::items) {
-        QCOMPARE(labelOf(window, item.title)->text(), QString());
-        QCOMPARE(labelOf(window, item.subtitle)->text(), QString());
-        QCOMPARE(itemOf(window, item).imageDownloader, nullptr);
+        QCOMPARE(NewsWorld::labelOf(window, item.title)->text(), QString());
+        QCOMPARE(NewsWorld::labelOf(window, item.subtitle)->text(), QString());
+        QCOMPARE(NewsWorld::itemOf(window, item).imageDownloader, nullptr);
     }
-    QCOMPARE(world.base.requests(QStringLiteral("target")), 0);
+    QCOMPARE(world.server.requests(QStringLiteral("target")), 0);
     QCOMPARE(console.out() + console.err(), QByteArray());
     QCOMPARE(ScratchFolder::tree(), QStringList{QStringLiteral("offline.txt")});
     QCOMPARE(ScratchFolder::read(QStringLiteral("offline.txt")), QByteArray());
@@ -102,7 +102,7 @@ void TestBadDocument::documentThatIsNone()
 {
     QFETCH(int, fault);
     NewsWorld world;
-    serveFaulty(world.base, NewsWorld::documentPath(), {}, static_cast<Fault>(fault));
+    serveFaulty(world.server, NewsWorld::documentPath(), {}, static_cast<Fault>(fault));
     Session session;
     testform &window = session.window;
     const ConsoleCapture console;
@@ -114,7 +114,7 @@ void TestBadDocument::documentThatIsNone()
     QVERIFY(window.ui->serverButtonsGroup->isVisible());
     QCOMPARE(columns(window), 0);
     for (const NewsWorld::Item &item : NewsWorld::items) {
-        QCOMPARE(labelOf(window, item.title)->text(), QString());
+        QCOMPARE(NewsWorld::labelOf(window, item.title)->text(), QString());
         QVERIFY(pictureOf(window, item).isNull());
         QCOMPARE(ScratchFolder::read(NewsWorld::cacheFile(item)), QByteArray());
     }
@@ -134,15 +134,15 @@ void TestBadDocument::documentCutInTheMiddle()
     QFETCH(bool, connectionIsCut);
     NewsWorld world;
     for (const QString &server : {alpha, omega}) {
-        world.base.serve(logoPath(server), Documents::png(40, 30, 0xff305080));
+        world.server.serve(logoPath(server), Documents::png(40, 30, 0xff305080));
     }
     const QByteArray whole = Documents::launcher(twoClients() + world.elements());
     const int kept = whole.indexOf("Title of the second slide");
     QVERIFY(kept > 0);
     if (connectionIsCut) {
-        world.base.serveCut(NewsWorld::documentPath(), whole, kept);
+        world.server.serveCut(NewsWorld::documentPath(), whole, kept);
     } else {
-        world.base.serve(NewsWorld::documentPath(), whole.left(kept));
+        world.server.serve(NewsWorld::documentPath(), whole.left(kept));
     }
     Session session;
     testform &window = session.window;
@@ -158,8 +158,8 @@ void TestBadDocument::documentCutInTheMiddle()
     QVERIFY(hasLogo(window, alpha));
     QVERIFY(hasLogo(window, omega));
     for (int number = 0; number < NewsWorld::numItems; ++number) {
-        const NewsWorld::Item &item = itemNumber(number);
-        QCOMPARE(labelOf(window, item.title)->text(),
+        const NewsWorld::Item &item = NewsWorld::itemNumber(number);
+        QCOMPARE(NewsWorld::labelOf(window, item.title)->text(),
                  number == 0 ? NewsWorld::titleOf(item) : QString());
         QCOMPARE(showsItsPicture(window, item), number == 0);
     }
@@ -172,7 +172,7 @@ void TestBadDocument::documentWithClientsOnly()
 {
     NewsWorld world;
     for (const QString &server : {alpha, omega}) {
-        world.base.serve(logoPath(server), Documents::png(40, 30, 0xff305080));
+        world.server.serve(logoPath(server), Documents::png(40, 30, 0xff305080));
     }
     world.publish(twoClients());
     Session session;
@@ -189,8 +189,8 @@ void TestBadDocument::documentWithClientsOnly()
     QVERIFY(hasLogo(window, alpha));
     QVERIFY(hasLogo(window, omega));
     for (const NewsWorld::Item &item : NewsWorld::items) {
-        QCOMPARE(labelOf(window, item.title)->text(), QString());
-        QCOMPARE(labelOf(window, item.subtitle)->text(), QString());
+        QCOMPARE(NewsWorld::labelOf(window, item.title)->text(), QString());
+        QCOMPARE(NewsWorld::labelOf(window, item.subtitle)->text(), QString());
         QVERIFY(pictureOf(window, item).isNull());
         QCOMPARE(world.pictures(item).log(), QStringList());
     }

@@ -45,7 +45,8 @@ void TestBadPictures::everyPictureCanFail_data()
     };
     for (int number = 0; number < NewsWorld::numItems; ++number) {
         for (const auto &fault : faults) {
-            QTest::addRow("the picture of %s %s", itemNumber(number).description, fault.first)
+            QTest::addRow("the picture of %s %s", NewsWorld::itemNumber(number).description,
+                          fault.first)
                 << number << static_cast<int>(fault.second);
         }
     }
@@ -55,7 +56,7 @@ void TestBadPictures::everyPictureCanFail()
 {
     QFETCH(int, number);
     QFETCH(int, fault);
-    const NewsWorld::Item &item = itemNumber(number);
+    const NewsWorld::Item &item = NewsWorld::itemNumber(number);
     NewsWorld world;
     serveFaulty(world.pictures(item), NewsWorld::path(item), Documents::png(40, 30, item.colour),
                 static_cast<Fault>(fault));
@@ -89,7 +90,7 @@ void TestBadPictures::pictureFault()
 {
     QFETCH(int, fault);
     const int number = 3;
-    const NewsWorld::Item &item = itemNumber(number);
+    const NewsWorld::Item &item = NewsWorld::itemNumber(number);
     // An older picture of it does not come back.
     ScratchFolder::write(NewsWorld::cacheFile(item), Documents::png(40, 30, item.colour));
     NewsWorld world;
@@ -130,7 +131,7 @@ void TestBadPictures::allPicturesFail()
     QTRY_VERIFY_WITH_TIMEOUT(allPicturesAreAnswered(window), limit);
     QVERIFY(session.turnsOn());
     for (const NewsWorld::Item &item : NewsWorld::items) {
-        QCOMPARE(labelOf(window, item.title)->text(), NewsWorld::titleOf(item));
+        QCOMPARE(NewsWorld::labelOf(window, item.title)->text(), NewsWorld::titleOf(item));
         QVERIFY(pictureOf(window, item).isNull());
     }
     QCOMPARE(columns(window), 2);
@@ -155,7 +156,7 @@ void TestBadPictures::pictureOfAnotherScheme()
     NewsWorld world;
     QStringList elements = world.elements();
     const int number = 5;
-    const NewsWorld::Item &item = itemNumber(number);
+    const NewsWorld::Item &item = NewsWorld::itemNumber(number);
     elements[number] = Documents::news(QStringLiteral("news"), NewsWorld::titleOf(item),
                                        NewsWorld::subtitleOf(item), address);
     world.publish(elements);
@@ -191,8 +192,8 @@ void TestBadPictures::everyLogoCanFail()
     QFETCH(int, fault);
     NewsWorld world;
     const QByteArray logo = Documents::png(40, 30, 0xff305080);
-    world.base.serve(logoPath(other), logo);
-    serveFaulty(world.base, logoPath(failing), logo, static_cast<Fault>(fault));
+    world.server.serve(logoPath(other), logo);
+    serveFaulty(world.server, logoPath(failing), logo, static_cast<Fault>(fault));
     world.publish(twoClients() + world.elements());
     Session session;
     testform &window = session.window;
@@ -231,7 +232,7 @@ void TestBadPictures::logoFault()
     NewsWorld world;
     const QByteArray logo = Documents::png(40, 30, 0xff305080);
     ScratchFolder::write(logoPath(alpha), logo);
-    serveFaulty(world.base, logoPath(alpha), logo, static_cast<Fault>(fault));
+    serveFaulty(world.server, logoPath(alpha), logo, static_cast<Fault>(fault));
     world.publish(twoClients().mid(0, 1));
     Session session;
     testform &window = session.window;
@@ -242,7 +243,7 @@ void TestBadPictures::logoFault()
     QVERIFY(session.turnsOn());
     QCOMPARE(columns(window), 1);
     QVERIFY(!hasLogo(window, alpha));
-    QCOMPARE(world.base.requests(QStringLiteral("target")), 0);
+    QCOMPARE(world.server.requests(QStringLiteral("target")), 0);
     QCOMPARE(ScratchFolder::read(logoPath(alpha)), QByteArray());
 
     QPushButton *official = nullptr;
@@ -274,7 +275,7 @@ void TestBadPictures::logoNamesThatLeadOut()
     NewsWorld world;
     // Every path that the server may see for this name.
     for (const QString &path : {QStringLiteral("precious"), server, server.mid(1)}) {
-        world.base.serve(logoPath(path), Documents::png(40, 30, 0xff305080));
+        world.server.serve(logoPath(path), Documents::png(40, 30, 0xff305080));
     }
     world.publish({Documents::client(server, QStringLiteral("Official"), QStringLiteral("1.0"))});
     Session session;

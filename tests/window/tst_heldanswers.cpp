@@ -22,8 +22,8 @@ void TestHeldAnswers::windowGoesWhileSomethingIsHeld_data()
 {
     QTest::addColumn<QStringList>("held");
     QTest::addColumn<int>("bytes");
-    const QString slide = NewsWorld::path(itemNumber(0));
-    const QString tile = NewsWorld::path(itemNumber(8));
+    const QString slide = NewsWorld::path(NewsWorld::itemNumber(0));
+    const QString tile = NewsWorld::path(NewsWorld::itemNumber(8));
     QTest::newRow("the document, before its first byte")
         << QStringList{NewsWorld::documentPath()} << 0;
     QTest::newRow("the document, half-way") << QStringList{NewsWorld::documentPath()} << 100;
@@ -42,16 +42,16 @@ void TestHeldAnswers::windowGoesWhileSomethingIsHeld()
     QFETCH(int, bytes);
     NewsWorld world;
     const QByteArray logo = Documents::png(40, 30, 0xff305080);
-    world.base.serve(logoPath(alpha), logo);
-    world.base.serve(logoPath(omega), logo);
+    world.server.serve(logoPath(alpha), logo);
+    world.server.serve(logoPath(omega), logo);
     const QByteArray document = Documents::launcher(twoClients() + world.elements());
-    world.base.serve(NewsWorld::documentPath(), document);
+    world.server.serve(NewsWorld::documentPath(), document);
     QStringList missing;
-    HttpServer *const servers[] = {&world.base, &world.slides, &world.tiles};
+    HttpServer *const servers[] = {&world.server, &world.slides, &world.tiles};
     const auto serverOf = [&](const QString &path) -> HttpServer & {
-        return *servers[path == NewsWorld::path(itemNumber(0))   ? 1
-                        : path == NewsWorld::path(itemNumber(8)) ? 2
-                                                                 : 0];
+        return *servers[path == NewsWorld::path(NewsWorld::itemNumber(0))   ? 1
+                        : path == NewsWorld::path(NewsWorld::itemNumber(8)) ? 2
+                                                                            : 0];
     };
     for (const QString &path : held) {
         const bool isDocument = path == NewsWorld::documentPath();
