@@ -4,7 +4,7 @@
 
 namespace
 {
-class Collector : public LauncherDocumentHandler
+class Collector : public LauncherDocumentHandler, public LauncherDocumentObserver
 {
 public:
     explicit Collector(DocumentContent &content)
@@ -12,7 +12,8 @@ public:
     {
     }
 
-    bool wantsElements() const override { return true; }
+    void elementStarted(const QString &) override {}
+
     void elementWritten(const DocumentElement &element) override
     {
         m_element = element;
@@ -22,8 +23,6 @@ public:
             m_content.strangers << element;
         }
     }
-
-    void elementStarted(const QString &) override {}
 
     void launcherVersion(int version) override
     {
@@ -51,7 +50,6 @@ public:
     void brokenClient() override { m_content.broken = m_element; }
     void brokenNews() override { m_content.broken = m_element; }
     void readingEnded(const DocumentEnd &end) override { m_content.end = end; }
-    bool wantsTheRest() const override { return true; }
     void elementLost(const DocumentElement &element) override { m_content.lost << element; }
     void restIsNotXml(const DocumentEnd &end) override { m_content.restIsNotXml = end; }
 
@@ -98,7 +96,7 @@ DocumentContent readContent(const QByteArray &body, const QString &code)
     content.firstBadByte = firstBadByte(body, content.text);
     if (!content.text.isEmpty()) {
         Collector collector(content);
-        readLauncherDocument(content.text, code, collector);
+        readLauncherDocument(content.text, code, collector, &collector);
     }
     return content;
 }

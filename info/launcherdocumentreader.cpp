@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace
 {
@@ -15,28 +16,54 @@ QString attribute(const QXmlStreamAttributes &attributes, const char *name)
     return attributes.value(QLatin1String(name)).toString();
 }
 
+// Tells lines and columns of a text whose places are asked for from its beginning to its end.
+class LineCounter
+{
+public:
+    explicit LineCounter(QString text)
+        : m_text(std::move(text))
+    {
+    }
+
+    void countTo(int offset)
+    {
+        for (; m_counted < offset; ++m_counted) {
+            if (m_text.at(m_counted) == QLatin1Char('\n')) {
+                ++m_line;
+                m_lineBegin = m_counted + 1;
+            }
+        }
+    }
+    int line() const { return m_line; }
+    int columnOf(int offset) const { return offset - m_lineBegin + 1; }
+
+private:
+    const QString m_text;
+    int m_counted = 0;
+    int m_line = 1;
+    int m_lineBegin = 0;
+};
+
 class Reader
 {
 public:
-    Reader(const QString &text, const QString &authCode, LauncherDocumentHandler &handler)
+    Reader(const QString &text, const QString &authCode, LauncherDocumentHandler &handler,
+           LauncherDocumentObserver *observer)
         : m_text(text)
         , m_xml(text)
         , m_codeSum(authCodeSum(authCode))
         , m_handler(handler)
+        , m_observer(observer)
+        , m_lines(text)
     {
     }
 
     void read()
     {
         const DocumentEnd end = readUpToTheEnd();
-        m_handler.readingEnded(end);
-        const bool more = end.reason == DocumentEnd::EnoughNews;
-        if ((more || end.reason == DocumentEnd::BrokenElement) && m_handler.wantsTheRest()) {
-            if (!more) {
-                // The broken element itself was told already.
-                (void)m_xml.readNext();
-            }
-            readTheRest();
+        if (m_observer != nullptr) {
+            m_observer->readingEnded(end);
+            tellTheRest(end.reason);
         }
     }
 
@@ -58,15 +85,23 @@ private:
         return endHere(m_xml.hasError() ? DocumentEnd::NotXml : DocumentEnd::EndOfDocument);
     }
 
-    void readTheRest()
+    // Behind any other end there is nothing that could be lost.
+    void tellTheRest(DocumentEnd::Reason reason)
     {
+        if (reason != DocumentEnd::EnoughNews && reason != DocumentEnd::BrokenElement) {
+            return;
+        }
+        if (reason == DocumentEnd::BrokenElement) {
+            // The broken element itself was told already.
+            (void)m_xml.readNext();
+        }
         for (; !m_xml.atEnd(); (void)m_xml.readNext()) {
             if (m_xml.isStartElement()) {
-                m_handler.elementLost(elementHere());
+                m_observer->elementLost(elementHere());
             }
         }
         if (m_xml.hasError()) {
-            m_handler.restIsNotXml(endHere(DocumentEnd::NotXml));
+            m_observer->restIsNotXml(endHere(DocumentEnd::NotXml));
         }
     }
 
@@ -84,13 +119,9 @@ private:
     {
         const int begin =
             m_text.lastIndexOf(QLatin1Char('<'), static_cast<int>(m_xml.characterOffset()) - 1);
-        for (; m_counted < begin; ++m_counted) {
-            if (m_text.at(m_counted) == QLatin1Char('\n')) {
-                ++m_line;
-                m_lineBegin = m_counted + 1;
-            }
-        }
-        return {m_xml.name().toString(), m_xml.attributes(), m_line, begin - m_lineBegin + 1};
+        m_lines.countTo(begin);
+        return {m_xml.name().toString(), m_xml.attributes(), m_lines.line(),
+                m_lines.columnOf(begin)};
     }
 
     // Returns false when a broken element ends the reading.
@@ -98,8 +129,8 @@ private:
     {
         const QString name = m_xml.name().toString();
         m_handler.elementStarted(name);
-        if (m_handler.wantsElements()) {
-            m_handler.elementWritten(elementHere());
+        if (m_observer != nullptr) {
+            m_observer->elementWritten(elementHere());
         }
         if (name == QLatin1String("launcher")) {
             m_handler.launcherVersion(attribute(m_xml.attributes(), "version").toInt());
@@ -129,8 +160,8 @@ private:
                               attribute(attributes, "name"), attribute(attributes, "server"), auth);
         if (!attributes.hasAttribute(QLatin1String("auth")) || auth.toLower() == m_codeSum) {
             m_handler.client(info);
-        } else {
-            m_handler.hiddenClient(info);
+        } else if (m_observer != nullptr) {
+            m_observer->hiddenClient(info);
         }
         return true;
     }
@@ -178,20 +209,18 @@ private:
     QXmlStreamReader m_xml;
     const QString m_codeSum;
     LauncherDocumentHandler &m_handler;
+    LauncherDocumentObserver *const m_observer; // of who called, or null
+    LineCounter m_lines;
     int m_newsElements = 0;
     int m_homeNews = 0;
     int m_news = 0;
-    // How far the lines are counted, which one that is, and where it begins.
-    int m_counted = 0;
-    int m_line = 1;
-    int m_lineBegin = 0;
 };
 } // namespace
 
 void readLauncherDocument(const QString &text, const QString &authCode,
-                          LauncherDocumentHandler &handler)
+                          LauncherDocumentHandler &handler, LauncherDocumentObserver *observer)
 {
-    Reader(text, authCode, handler).read();
+    Reader(text, authCode, handler, observer).read();
 }
 
 QStringList missingAttributes(const QString &element, const QXmlStreamAttributes &attributes)

@@ -31,7 +31,7 @@ struct DocumentEnd {
     int column = 0;
 };
 
-// Receives what the launcher document says, element by element, while it is read.
+// Receives what a player sees of the launcher document, element by element, while it is read.
 class LauncherDocumentHandler
 {
 public:
@@ -40,7 +40,7 @@ public:
     LauncherDocumentHandler &operator=(const LauncherDocumentHandler &) = delete;
     virtual ~LauncherDocumentHandler() = default;
 
-    // Every start element, known or not, before it is looked at.
+    // Every start element that is read, known or not, before anything else is said of it.
     virtual void elementStarted(const QString &name) = 0;
     // The newest launcher version; 0 when missing or not a number.
     virtual void launcherVersion(int version) = 0;
@@ -52,29 +52,36 @@ public:
     // A client, or a slide or tile, lacks a required attribute; reading ends with it.
     virtual void brokenClient() = 0;
     virtual void brokenNews() = 0;
+};
 
-    // What an operator wants to know beyond what a player sees; the window does not ask.
+// Receives what an operator wants to know beyond what a player sees.
+class LauncherDocumentObserver
+{
+public:
+    LauncherDocumentObserver() = default;
+    LauncherDocumentObserver(const LauncherDocumentObserver &) = delete;
+    LauncherDocumentObserver &operator=(const LauncherDocumentObserver &) = delete;
+    virtual ~LauncherDocumentObserver() = default;
 
-    // Every start element that is read, before anything else is said of it; only for handlers that
-    // want it, since finding an element's place costs about as much as reading it.
-    virtual bool wantsElements() const { return false; }
-    virtual void elementWritten(const DocumentElement &) {}
+    // The element that the handler was just told of, before it is told what the element says.
+    virtual void elementWritten(const DocumentElement &element) = 0;
     // A client entry that the code keeps from the player.
-    virtual void hiddenClient(const ClientInfo &) {}
-    // Once, when reading ends.
-    virtual void readingEnded(const DocumentEnd &) {}
-    // Whether to look through the rest for elements that are lost behind a broken one or behind the
-    // last slide or tile. Nothing but these two follows then, the error at most once.
-    virtual bool wantsTheRest() const { return false; }
-    virtual void elementLost(const DocumentElement &) {}
-    virtual void restIsNotXml(const DocumentEnd &) {}
+    virtual void hiddenClient(const ClientInfo &info) = 0;
+    // Once, when reading ends. Nothing but the two below follows.
+    virtual void readingEnded(const DocumentEnd &end) = 0;
+    // An element that is lost behind a broken one or behind the last slide or tile.
+    virtual void elementLost(const DocumentElement &element) = 0;
+    // Where the text stops being XML behind these; at most once, and last.
+    virtual void restIsNotXml(const DocumentEnd &end) = 0;
 };
 
 // Reads the launcher document from its decoded text. authCode is the player's authentication code.
 // Ends at the end of the document, after nine slides and tiles together, at a broken element or
-// where the text stops being XML; what was reported before stands.
+// where the text stops being XML; what was reported before stands. Without an observer nobody looks
+// for the places of elements, which costs about as much as reading them, nor behind the end.
 void readLauncherDocument(const QString &text, const QString &authCode,
-                          LauncherDocumentHandler &handler);
+                          LauncherDocumentHandler &handler,
+                          LauncherDocumentObserver *observer = nullptr);
 
 // The attributes without which a client element, or any other of ours, ends the reading.
 QStringList missingAttributes(const QString &element, const QXmlStreamAttributes &attributes);

@@ -66,14 +66,9 @@ private:
 };
 
 // Notes what only an operator is told, one line each.
-class Places : public Notes
+class Places : public LauncherDocumentObserver
 {
 public:
-    explicit Places(bool withTheRest)
-        : m_withTheRest(withTheRest)
-    {
-    }
-    bool wantsElements() const override { return true; }
     void elementWritten(const DocumentElement &element) override { note("at", element); }
     void hiddenClient(const ClientInfo &info) override
     {
@@ -83,7 +78,6 @@ public:
     {
         places << QStringLiteral("end %1").arg(end.reason);
     }
-    bool wantsTheRest() const override { return m_withTheRest; }
     void elementLost(const DocumentElement &element) override { note("lost", element); }
     void restIsNotXml(const DocumentEnd &end) override
     {
@@ -100,13 +94,13 @@ private:
                       .arg(element.line)
                       .arg(element.column);
     }
-    bool m_withTheRest;
 };
 
-QStringList placesIn(const QString &document, bool withTheRest = true)
+QStringList placesIn(const QString &document)
 {
-    Places places(withTheRest);
-    readLauncherDocument(document, QStringLiteral("code"), places);
+    Notes notes;
+    Places places;
+    readLauncherDocument(document, QStringLiteral("code"), notes, &places);
     return places.places;
 }
 
@@ -798,16 +792,28 @@ void TestInfoRules::everyCutKeepsWhatCameBefore()
 // Finding the places costs about as much as the rest of the reading.
 void TestInfoRules::elementsAreToldToThoseWhoWantThemOnly()
 {
-    class Unasked : public Notes
+    class Both : public Notes, public Places
     {
     public:
-        void elementWritten(const DocumentElement &element) override { written << element.name; }
-        QStringList written;
+        void elementWritten(const DocumentElement &element) override
+        {
+            lines << QStringLiteral("written ") + element.name;
+        }
     };
-    Unasked notes;
-    readLauncherDocument(QStringLiteral("<launcher><client/></launcher>"), {}, notes);
-    QVERIFY(notes.lines.contains(QStringLiteral("element client")));
-    QCOMPARE(notes.written, QStringList());
+    const QString document = QStringLiteral("<launcher><client/></launcher>");
+    Both unasked;
+    readLauncherDocument(document, {}, unasked);
+    QCOMPARE(unasked.lines,
+             (QStringList{QStringLiteral("element launcher"), QStringLiteral("version 0"),
+                          QStringLiteral("element client"), QStringLiteral("broken client")}));
+    QCOMPARE(unasked.places, QStringList());
+    // Between the element's name and what it says, so that its place is known by then.
+    Both asked;
+    readLauncherDocument(document, {}, asked, &asked);
+    QCOMPARE(asked.lines,
+             (QStringList{QStringLiteral("element launcher"), QStringLiteral("written launcher"),
+                          QStringLiteral("version 0"), QStringLiteral("element client"),
+                          QStringLiteral("written client"), QStringLiteral("broken client")}));
 }
 
 void TestInfoRules::elementsAreToldWithTheirPlaces_data()
@@ -873,8 +879,11 @@ void TestInfoRules::theRestIsToldWithoutBeingRead()
         return places.mid(places.indexOf(QRegularExpression(QStringLiteral("end \\d"))));
     };
     QCOMPARE(behindTheEnd(placesIn(document)), rest);
-    // The window does not ask for it.
-    QCOMPARE(behindTheEnd(placesIn(document, false)), rest.mid(0, 1));
+    // The window is told the same, whether somebody observes or not.
+    Notes observed;
+    Places places;
+    readLauncherDocument(document, QString(), observed, &places);
+    QCOMPARE(observed.lines, linesOf(document));
     QVERIFY(!saidBy(document).join(QLatin1Char(' ')).contains(QStringLiteral("late")));
 }
 
