@@ -1,15 +1,19 @@
 #include "check/output.h"
 
+#include "base/documentlimits.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTextStream>
 
 #include <algorithm>
+#include <iterator>
 
 namespace
 {
 const char *const tilePlaces[] = {"big", "medium 1", "medium 2", "small 1", "small 2", "small 3"};
+static_assert(std::size(tilePlaces) == DocumentLimits::tiles, "every tile needs its place's name");
 
 // One line, without characters that would do something to a terminal.
 QString printable(QString text)
