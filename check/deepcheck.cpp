@@ -1,9 +1,9 @@
 #include "check/deepcheck.h"
 
 #include "base/documentlimits.h"
+#include "check/addresses.h"
 #include "check/archive.h"
 #include "check/fetch.h"
-#include "check/rules.h"
 #include "fetch/picturesize.h"
 #include "info/serverpanel.h"
 #include "install/executables.h"
@@ -18,12 +18,6 @@
 
 namespace
 {
-Finding makeFinding(Finding::Severity severity, const Place &place, const char *id,
-                    const QString &text, const QString &mend)
-{
-    return {place.line, place.column, severity, QLatin1String(id), text, mend};
-}
-
 // What is known of one archive, however many entries name it.
 struct FetchedArchive {
     Fetched fetched;
@@ -87,15 +81,15 @@ private:
             return;
         }
         if (!isPictureOfReasonableSize(body.data())) {
-            m_findings << makeFinding(
-                Finding::Error, place, "picture-too-large",
+            m_findings << errorAt(
+                place, "picture-too-large",
                 QStringLiteral("the %1 %2 has too many pixels: players see an empty place")
                     .arg(what, url.toString()),
                 QStringLiteral("publish no more than %1 million pixels")
                     .arg(largestPicture / 1000000));
         } else if (QImage::fromData(body.data()).isNull()) {
-            m_findings << makeFinding(
-                Finding::Error, place, "not-a-picture",
+            m_findings << errorAt(
+                place, "not-a-picture",
                 QStringLiteral("the %1 %2 is no picture: players see an empty place")
                     .arg(what, url.toString()),
                 QStringLiteral("publish a PNG or JPEG file"));
@@ -146,28 +140,27 @@ private:
         if (!known.fetched.arrived) {
             return;
         }
-        const auto add = [this, &entry](Finding::Severity severity, const char *id,
-                                        const QString &text, const QString &mend) {
-            m_findings << makeFinding(severity, entry.place, id, text, mend);
-        };
         const QString named = QStringLiteral("the archive ") + url.toString();
         if (!known.fetched.sizeStated) {
-            add(Finding::Warning, "no-size",
+            m_findings << warningAt(
+                entry.place, "no-size",
                 QStringLiteral("the server does not say how big %1 is: players see no progress")
                     .arg(named),
                 QStringLiteral("let the server send Content-Length, without compression on the "
                                "way"));
         }
         if (m_unzip.isEmpty()) {
-            add(Finding::Warning, "archive-not-checked",
+            m_findings << warningAt(
+                entry.place, "archive-not-checked",
                 named + QStringLiteral(" was fetched but not opened: there is no unzip here"),
                 QStringLiteral("install unzip, or put it beside this program"));
             return;
         }
         if (!known.archive.opens) {
-            add(Finding::Error, "archive-broken",
-                named + QStringLiteral(" cannot be opened: ") + known.archive.error,
-                QStringLiteral("publish a zip archive"));
+            m_findings << errorAt(entry.place, "archive-broken",
+                                  named + QStringLiteral(" cannot be opened: ") +
+                                      known.archive.error,
+                                  QStringLiteral("publish a zip archive"));
             return;
         }
         checkContent(entry, named, known);
@@ -175,19 +168,17 @@ private:
 
     void checkContent(const ClientEntry &entry, const QString &named, const FetchedArchive &known)
     {
-        const auto add = [this, &entry](Finding::Severity severity, const char *id,
-                                        const QString &text, const QString &mend) {
-            m_findings << makeFinding(severity, entry.place, id, text, mend);
-        };
         const Archive &archive = known.archive;
         const bool locked = archive.encryptedFiles > 0;
         if (locked && !entry.hasAuth) {
-            add(Finding::Error, "archive-locked",
+            m_findings << errorAt(
+                entry.place, "archive-locked",
                 named + QStringLiteral(" is locked, and the entry has no auth: the launcher hands "
                                        "the extractor no password"),
                 QStringLiteral("publish it without a password, or give the entry its auth"));
         } else if (entry.hasAuth && archive.encryptedFiles < archive.files.size()) {
-            add(Finding::Warning, "archive-open",
+            m_findings << warningAt(
+                entry.place, "archive-open",
                 named + QStringLiteral(" is not locked, though the entry has auth: whoever knows "
                                        "the address can unpack it"),
                 QStringLiteral("lock every file in it with the code"));
@@ -195,18 +186,19 @@ private:
         // Another tester's code does not open what this one's archive is locked with.
         const bool codeFits = entry.hasAuth && entry.visible;
         if (!known.damage.isEmpty() && (!locked || codeFits)) {
-            add(Finding::Error, "archive-damaged",
-                named +
-                    (locked ? QStringLiteral(" does not unpack with the code: ")
-                            : QStringLiteral(" does not unpack: ")) +
-                    known.damage,
-                locked ? QStringLiteral("lock it with the code whose sum auth is")
-                       : QStringLiteral("pack and upload it again"));
+            m_findings << errorAt(entry.place, "archive-damaged",
+                                  named +
+                                      (locked ? QStringLiteral(" does not unpack with the code: ")
+                                              : QStringLiteral(" does not unpack: ")) +
+                                      known.damage,
+                                  locked ? QStringLiteral("lock it with the code whose sum auth is")
+                                         : QStringLiteral("pack and upload it again"));
         }
         const QStringList filters = Executables::filters(entry.info.client);
         for (const QString &filter : filters) {
             if (executablesOf(archive, filter).isEmpty()) {
-                add(Finding::Error, "archive-without-executable",
+                m_findings << errorAt(
+                    entry.place, "archive-without-executable",
                     QStringLiteral("at the top of %1 there is no %2: Play starts nothing")
                         .arg(named, filter),
                     QStringLiteral("pack the program itself, not a folder around it"));
@@ -228,22 +220,21 @@ Findings findingsOfFetch(const Fetched &fetched, const Place &place, const QStri
 {
     const QString named = QStringLiteral("the %1 %2 ").arg(what, url.toString());
     if (fetched.redirected) {
-        return {makeFinding(Finding::Error, place, "redirect",
-                            named + QStringLiteral("is redirected to %1, and the launcher follows "
-                                                   "no redirect")
-                                        .arg(fetched.target),
-                            QStringLiteral("name the address where the file really lies"))};
+        return {errorAt(place, "redirect",
+                        named + QStringLiteral("is redirected to %1, and the launcher follows "
+                                               "no redirect")
+                                    .arg(fetched.target),
+                        QStringLiteral("name the address where the file really lies"))};
     }
     if (fetched.distrusted) {
-        return {makeFinding(Finding::Error, place, "tls-error",
-                            named + QStringLiteral("is refused: ") + fetched.error,
-                            QStringLiteral("give the server a certificate that players' machines "
-                                           "trust, for this host name"))};
+        return {errorAt(place, "tls-error", named + QStringLiteral("is refused: ") + fetched.error,
+                        QStringLiteral("give the server a certificate that players' machines "
+                                       "trust, for this host name"))};
     }
     if (!fetched.arrived) {
-        return {makeFinding(Finding::Error, place, "unreachable",
-                            named + QStringLiteral("does not arrive: ") + fetched.error,
-                            QStringLiteral("publish the file, or mend the address"))};
+        return {errorAt(place, "unreachable",
+                        named + QStringLiteral("does not arrive: ") + fetched.error,
+                        QStringLiteral("publish the file, or mend the address"))};
     }
     return {};
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "check/place.h"
 #include "info/clientinfo.h"
 #include "info/launcherdocumentreader.h"
 
@@ -10,11 +11,6 @@
 #include <optional>
 
 // What one launcher document says, with the place of everything.
-
-struct Place {
-    int line = 0;
-    int column = 0;
-};
 
 struct ClientEntry {
     ClientInfo info;

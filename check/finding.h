@@ -1,5 +1,7 @@
 #pragma once
 
+#include "check/place.h"
+
 #include <QString>
 #include <QVector>
 
@@ -19,6 +21,11 @@ struct Finding {
 };
 
 using Findings = QVector<Finding>;
+
+Finding errorAt(const Place &place, const char *id, const QString &text, const QString &mend);
+Finding warningAt(const Place &place, const char *id, const QString &text, const QString &mend);
+// What the document says, as the texts of findings repeat it.
+QString quoted(const QString &text);
 
 namespace ExitCode
 {

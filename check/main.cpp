@@ -2,6 +2,7 @@
 
 #include "base/buildsettings.h"
 #include "base/console.h"
+#include "check/addresses.h"
 #include "check/commandline.h"
 #include "check/deepcheck.h"
 #include "check/documentcontent.h"

@@ -102,6 +102,7 @@ private slots:
     void codeDecidesWhatIsSeen();
     void lostThingsAreCounted();
     void namesAreToldOnce();
+    void entriesOfOnePlaceFollowEachOther();
     void orderAndExitCodes();
 };
 
@@ -414,6 +415,35 @@ void TestFindings::namesAreToldOnce()
                  client(QStringLiteral("A*"), QStringLiteral("Beta"), QStringLiteral("1.0")))
             .toUtf8();
     QCOMPARE(findingsIn(body).size(), 1);
+}
+
+// What a declared entity brings stands where the entity is named.
+void TestFindings::entriesOfOnePlaceFollowEachOther()
+{
+    const auto entry = [](const char *server) {
+        return QStringLiteral("<client server='%1' name='Nightly' version='22.0' "
+                              "url='https://a.example/%1.zip'/>")
+            .arg(QLatin1String(server));
+    };
+    const QString text = QStringLiteral("<!DOCTYPE launcher [<!ENTITY e \"%1\">]>\n")
+                             .arg(entry("D.") + entry("C.") + entry("B.") + entry("A.")) +
+                         document(QStringLiteral("&e;"));
+    const Findings findings = findingsIn(text.toUtf8());
+    QStringList lines;
+    for (const Finding &finding : findings) {
+        QCOMPARE(finding.line, findings.constFirst().line);
+        QCOMPARE(finding.column, findings.constFirst().column);
+        lines << finding.id + QLatin1Char(' ') + finding.text.section(QLatin1Char('"'), 1, 1);
+    }
+    QStringList eachEntry;
+    QStringList buttons;
+    for (const char *server : {"D.", "C.", "B.", "A."}) {
+        eachEntry << QStringLiteral("trailing-dot-or-blank ") + QLatin1String(server)
+                  << QStringLiteral("version-wraps 22.0");
+        buttons << QStringLiteral("empty-beta-button ") + QLatin1String(server);
+    }
+    const QString unknown = QStringLiteral("unknown-kind Nightly");
+    QCOMPARE(lines, (eachEntry + QStringList{unknown, unknown, unknown, unknown} + buttons));
 }
 
 void TestFindings::orderAndExitCodes()

@@ -1,0 +1,232 @@
+#include "check/names.h"
+
+#include "info/serverpanel.h"
+
+#include <QHash>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <utility>
+
+namespace
+{
+// One that becomes a folder's, found in an entry.
+struct FolderName {
+    Place place;
+    bool isServer; // a version otherwise
+    QString name;
+    QString what; // names it for the reader
+};
+
+// Whether it is there for the first time.
+bool isFirst(QSet<QString> &told, const QString &name)
+{
+    const int before = told.size();
+    told.insert(name);
+    return told.size() > before;
+}
+
+// Device names of Windows, which no file or folder can have, whatever extension follows.
+bool isReservedName(const QString &name)
+{
+    static const QRegularExpression device(
+        QStringLiteral("^(CON|PRN|AUX|NUL|COM[0-9]|LPT[0-9]) *(\\.|$)"),
+        QRegularExpression::CaseInsensitiveOption);
+    // Most names are none; the expression would cost the most of all rules.
+    return QStringLiteral("CPANL").contains(name.at(0), Qt::CaseInsensitive) &&
+           device.match(name).hasMatch();
+}
+
+bool isForbiddenOnWindows(QChar letter)
+{
+    return letter < QLatin1Char(' ') || QStringLiteral("<>:\"|?*").contains(letter);
+}
+
+bool isDots(const QString &name)
+{
+    return name == QLatin1String(".") || name == QLatin1String("..");
+}
+
+void checkSelection(const ClientEntry &entry, const QString &what, Findings &findings)
+{
+    const ServerPanel::Selection chosen = ServerPanel::parseSelectionKey(
+        ServerPanel::selectionKey(entry.info.server, entry.info.client));
+    if (chosen.server != entry.info.server) {
+        findings << errorAt(entry.place, "bar-in-name",
+                            what +
+                                QStringLiteral(" holds a \"|\": a click on its buttons selects %1, "
+                                               "which is nothing")
+                                    .arg(quoted(chosen.server)),
+                            QStringLiteral("leave out the \"|\""));
+    }
+}
+
+void checkParts(const FolderName &folder, Findings &findings)
+{
+    QString flat = folder.name;
+    const QStringList parts =
+        flat.replace(QLatin1Char('\\'), QLatin1Char('/')).split(QLatin1Char('/'));
+    if (std::any_of(parts.begin(), parts.end(), isDots)) {
+        findings << errorAt(folder.place, "dot-name",
+                            folder.what + QStringLiteral(" leads out of its own folder: the "
+                                                         "download fails, or the client is removed "
+                                                         "as soon as it is unpacked"),
+                            QStringLiteral("use another name"));
+    } else if (parts.size() > 1) {
+        findings << errorAt(folder.place, "slash-in-name",
+                            folder.what + QStringLiteral(" is more than one folder: the logo is "
+                                                         "not kept, and the installed client is "
+                                                         "not found"),
+                            QStringLiteral("use another name"));
+    }
+}
+
+void checkLetters(const FolderName &folder, Findings &findings)
+{
+    // A server's "|" breaks more than the folder, and has its own finding.
+    const auto isForbidden = [&folder](QChar letter) {
+        return isForbiddenOnWindows(letter) && !(folder.isServer && letter == QLatin1Char('|'));
+    };
+    if (std::any_of(folder.name.begin(), folder.name.end(), isForbidden)) {
+        findings << errorAt(folder.place, "forbidden-character",
+                            folder.what + QStringLiteral(" holds a character that Windows allows "
+                                                         "in no folder's name: the download "
+                                                         "fails"),
+                            QStringLiteral("leave out < > : \" | ? * and control characters"));
+    }
+}
+
+void checkWholeName(const FolderName &folder, Findings &findings)
+{
+    const QString &name = folder.name;
+    if (isReservedName(name)) {
+        findings << errorAt(folder.place, "reserved-name",
+                            folder.what + QStringLiteral(" is the name of a device on Windows: "
+                                                         "the download fails"),
+                            QStringLiteral("use another name"));
+    }
+    if (!isDots(name) && (name.endsWith(QLatin1Char('.')) || name.endsWith(QLatin1Char(' ')))) {
+        findings << errorAt(folder.place, "trailing-dot-or-blank",
+                            folder.what + QStringLiteral(" ends in a dot or a blank, which Windows "
+                                                         "drops from the folder's name"),
+                            QStringLiteral("leave out what stands at the end"));
+    }
+}
+
+// The name is not empty.
+void checkFolderName(const FolderName &folder, Findings &findings)
+{
+    checkParts(folder, findings);
+    checkLetters(folder, findings);
+    checkWholeName(folder, findings);
+}
+
+void checkServer(const ClientEntry &entry, QSet<QString> &told, Findings &findings)
+{
+    const QString &server = entry.info.server;
+    if (!isFirst(told, server)) {
+        return;
+    }
+    if (server.isEmpty()) {
+        findings << errorAt(entry.place, "empty-server",
+                            QStringLiteral("the entry names no server: its download fails"),
+                            QStringLiteral("add a server attribute"));
+        return;
+    }
+    const QString what = QStringLiteral("server ") + quoted(server);
+    checkSelection(entry, what, findings);
+    checkFolderName({entry.place, true, server, what}, findings);
+}
+
+bool isKnownKind(const QString &kind)
+{
+    const ServerPanel::ClientButtons buttons = ServerPanel::clientButtons({kind});
+    return buttons.official || buttons.betaSelects;
+}
+
+void checkKinds(const QVector<ClientEntry> &clients, Findings &findings)
+{
+    QHash<QString, bool> known;
+    for (const ClientEntry &entry : clients) {
+        const QString &kind = entry.info.client;
+        if (!known.contains(kind)) {
+            known.insert(kind, isKnownKind(kind));
+        }
+        if (!known.value(kind)) {
+            findings << errorAt(entry.place, "unknown-kind",
+                                QStringLiteral("client %1 is neither \"Official\" nor \"Beta\": no "
+                                               "button shows it")
+                                    .arg(quoted(kind)),
+                                QStringLiteral("name it \"Official\" or \"Beta\", in these "
+                                               "letters"));
+        }
+    }
+}
+
+void checkBetaButtons(const QVector<ClientEntry> &clients, Findings &findings)
+{
+    QHash<QString, QStringList> kinds;
+    QVector<const ClientEntry *> firstOfServers;
+    for (const ClientEntry &entry : clients) {
+        if (entry.visible) {
+            QStringList &ofServer = kinds[entry.info.server];
+            if (ofServer.isEmpty()) {
+                firstOfServers << &entry;
+            }
+            ofServer << entry.info.client;
+        }
+    }
+    for (const ClientEntry *first : std::as_const(firstOfServers)) {
+        const QString &server = first->info.server;
+        const ServerPanel::ClientButtons buttons = ServerPanel::clientButtons(kinds.value(server));
+        if (buttons.beta && !buttons.betaSelects) {
+            findings << errorAt(first->place, "empty-beta-button",
+                                QStringLiteral("server %1 has a \"Beta\" button that selects "
+                                               "nothing")
+                                    .arg(quoted(server)),
+                                QStringLiteral("give the server an \"Official\" or a \"Beta\" "
+                                               "client"));
+        }
+    }
+}
+} // namespace
+
+void checkNames(const ClientEntry &entry, NamesTold &told, Findings &findings)
+{
+    checkServer(entry, told.servers, findings);
+    const QString &version = entry.info.version;
+    // An empty one weighs nothing, which is another finding.
+    if (!version.isEmpty() && isFirst(told.versions, version)) {
+        checkFolderName({entry.place, false, version, QStringLiteral("version ") + quoted(version)},
+                        findings);
+    }
+}
+
+void checkServerFolders(const QVector<ClientEntry> &clients, Findings &findings)
+{
+    QHash<QString, const ClientEntry *> folders;
+    QSet<QString> told;
+    for (const ClientEntry &entry : clients) {
+        // Entries of one server mostly follow each other.
+        if (&entry != clients.cbegin() && (&entry - 1)->info.server == entry.info.server) {
+            continue;
+        }
+        const ClientEntry *&first = folders[entry.info.server.toLower()];
+        if (first == nullptr) {
+            first = &entry;
+        } else if (first->info.server != entry.info.server && isFirst(told, entry.info.server)) {
+            findings << errorAt(
+                entry.place, "same-folder",
+                QStringLiteral("servers %1 and %2 differ in letter case only and share a folder on "
+                               "Windows: updating one removes the other's client")
+                    .arg(quoted(first->info.server), quoted(entry.info.server)),
+                QStringLiteral("rename one of the two"));
+        }
+    }
+}
+
+void checkButtons(const QVector<ClientEntry> &clients, Findings &findings)
+{
+    checkKinds(clients, findings);
+    checkBetaButtons(clients, findings);
+}

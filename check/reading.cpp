@@ -1,0 +1,141 @@
+#include "check/reading.h"
+
+#include "base/documentlimits.h"
+
+#include <QHash>
+
+namespace
+{
+QString lostThings(const DocumentContent &content)
+{
+    QHash<QString, int> counts;
+    for (const DocumentElement &element : content.lost) {
+        ++counts[element.name];
+    }
+    QStringList words;
+    for (const char *name : {"client", "homenews", "news"}) {
+        if (const int count = counts.value(QLatin1String(name))) {
+            words << QStringLiteral("%1 %2").arg(count).arg(QLatin1String(name));
+        }
+    }
+    return words.join(QStringLiteral(", "));
+}
+
+Place placeOf(const DocumentElement &element)
+{
+    return {element.line, element.column};
+}
+
+Finding stopsBeingXml(const DocumentEnd &end)
+{
+    return errorAt({end.line, end.column}, "not-well-formed",
+                   QStringLiteral("the text stops being XML, and what follows is lost: ") +
+                       end.error,
+                   QStringLiteral("mend the text here or shortly before"));
+}
+
+// The same behind what is read, where it does no harm yet.
+Finding restStopsBeingXml(const DocumentEnd &end)
+{
+    return warningAt({end.line, end.column}, "not-well-formed",
+                     QStringLiteral("the text stops being XML behind what the launcher reads: ") +
+                         end.error,
+                     QStringLiteral("mend the text here or shortly before"));
+}
+
+Finding missesAttributes(const DocumentElement &broken, const QString &lost)
+{
+    const QStringList missing = missingAttributes(broken.name, broken.attributes);
+    return errorAt(placeOf(broken), "missing-attribute",
+                   QStringLiteral("the %1 element lacks %2: it is lost, and so is what follows "
+                                  "(%3)")
+                       .arg(broken.name, missing.join(QStringLiteral(", ")),
+                            lost.isEmpty() ? QStringLiteral("nothing else") : lost),
+                   QStringLiteral("add the attribute, empty if need be"));
+}
+
+Finding isBehindTheNinth(const DocumentElement &first, const QString &lost)
+{
+    static_assert(DocumentLimits::newsElements == 9, "the finding says ninth");
+    return errorAt(placeOf(first), "after-ninth-news",
+                   QStringLiteral("the launcher reads no further than the ninth homenews or news "
+                                  "element; lost from here on: ") +
+                       lost,
+                   QStringLiteral("put client elements first, and no more than nine homenews and "
+                                  "news elements"));
+}
+} // namespace
+
+void checkBytes(const DocumentContent &content, Findings &findings)
+{
+    if (content.text.isEmpty()) {
+        findings << errorAt({}, "empty-document",
+                            QStringLiteral("the document is empty: players stay at \"Connecting "
+                                           "to server...\""),
+                            QStringLiteral("publish the document"));
+    }
+    if (content.cutByNul) {
+        findings << errorAt({content.text.count(QLatin1Char('\n')) + 1, 0}, "nul-byte",
+                            QStringLiteral("a zero byte ends the document here"),
+                            QStringLiteral("save the document as UTF-8, not as UTF-16"));
+    }
+    if (content.firstBadByte) {
+        findings << errorAt(*content.firstBadByte, "not-utf8",
+                            QStringLiteral("this is not UTF-8; players see a replacement mark"),
+                            QStringLiteral("save the document as UTF-8, whatever its first line "
+                                           "says"));
+    }
+}
+
+void checkLaunchers(const DocumentContent &content, Findings &findings)
+{
+    for (const LauncherElement &element : content.launchers) {
+        if (element.version > DocumentLimits::launcherVersion) {
+            findings << warningAt(
+                element.place, "newer-launcher",
+                QStringLiteral("launchers up to version %1 show a warning, open the website and "
+                               "end")
+                    .arg(DocumentLimits::launcherVersion),
+                QStringLiteral("ask for version %1 until a newer launcher can be had")
+                    .arg(DocumentLimits::launcherVersion));
+        }
+        bool isNumber = false;
+        (void)element.written.toInt(&isNumber);
+        if (element.hasVersion && !isNumber) {
+            findings << warningAt(
+                element.place, "launcher-version",
+                QStringLiteral("the launcher's version %1 is no whole number and counts as 0")
+                    .arg(quoted(element.written)),
+                QStringLiteral("write a whole number"));
+        }
+    }
+}
+
+// An element without attributes is taken for a container, which does no harm.
+void checkStrangers(const DocumentContent &content, Findings &findings)
+{
+    for (const DocumentElement &element : content.strangers) {
+        if (!element.attributes.isEmpty()) {
+            findings << warningAt(
+                placeOf(element), "unknown-element",
+                QStringLiteral("the launcher does not know the element %1 and skips it")
+                    .arg(quoted(element.name)),
+                QStringLiteral("write launcher, client, homenews or news, in these letters"));
+        }
+    }
+}
+
+void checkEnd(const DocumentContent &content, Findings &findings)
+{
+    const QString lost = lostThings(content);
+    if (content.end.reason == DocumentEnd::NotXml) {
+        findings << stopsBeingXml(content.end);
+    } else if (content.end.reason == DocumentEnd::BrokenElement) {
+        findings << missesAttributes(content.broken, lost);
+    } else if (content.end.reason == DocumentEnd::EnoughNews && !lost.isEmpty()) {
+        findings << isBehindTheNinth(content.lost.constFirst(), lost);
+    }
+    if (content.restIsNotXml) {
+        findings << restStopsBeingXml(*content.restIsNotXml);
+    }
+}
