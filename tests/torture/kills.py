@@ -40,9 +40,8 @@ from drive import (
 from neighbour import Neighbour
 from platforms import Native
 from scene import exit_on_terminate, say
+from testbed import CHOICE, CLIENT, SERVER, VERSION
 
-SERVER, CLIENT, VERSION = "Cinderfall", "Official", "2.1.4"
-CHOICE = f"{SERVER}|{CLIENT}|true|"
 FORGOTTEN = "||false|"
 
 # A faster server than the demo's, whose archive takes about a second.
