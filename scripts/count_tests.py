@@ -2,8 +2,8 @@
 
 The folder holds CTest's own list (ctest.junit.xml) and, for each test of the toolkit, its log
 (NAME.xml). A test without a log, such as a check of the sources, counts as one function. Where
-functions were skipped, ", N skipped" follows; one that was skipped for some of its data only has
-passed. Ends with 1 when one failed or none ran.
+functions were skipped, ", N skipped" follows, and a line before says why, where a check told it; one
+that was skipped for some of its data only has passed. Ends with 1 when one failed or none ran.
 """
 
 from __future__ import annotations
@@ -51,10 +51,19 @@ def outcomes(case: ElementTree.Element, folder: pathlib.Path) -> Counter[str]:
     return found
 
 
+def reasons(case: ElementTree.Element) -> Iterator[str]:
+    """Why it was skipped, in the test's own words, which CTest keeps to itself."""
+    for line in (case.findtext("system-out") or "").splitlines():
+        if case.get("status") == "notrun" and line.startswith("Skipped: "):
+            yield f"{case.get('name')} is skipped: {line.removeprefix('Skipped: ')}"
+
+
 def main(folder: pathlib.Path) -> int:
     total: Counter[str] = Counter()
     for case in ElementTree.parse(folder / "ctest.junit.xml").getroot().iter("testcase"):
         total += outcomes(case, folder)
+        for reason in reasons(case):
+            print(reason)
     line = f"{total['passed']} passed, {total['failed']} failed"
     print(f"{line}, {total['skipped']} skipped" if total["skipped"] else line)
     return 0 if total["passed"] and not total["failed"] else 1

@@ -7,12 +7,12 @@ tool=$1
 version=$2
 shift 2
 if ! command -v "$tool" > /dev/null; then
-  echo "Skipped: $tool $version, by which this is judged, is not here."
+  echo "Skipped: it is judged by $tool $version, which is not here."
   exit 77
 fi
 told=$("$tool" --version 2>&1)
 if ! grep -qE "version:? ${version//./\\.}(\.|\$| )|^$tool ${version//./\\.}(\.|\$| )" <<< "$told"; then
-  echo "Skipped: this is judged by $tool $version, and here is: $(grep -m 1 -E '[0-9]+\.[0-9]+' <<< "$told")"
+  echo "Skipped: it is judged by $tool $version, and here is: $(grep -m 1 -E '[0-9]+\.[0-9]+' <<< "$told")"
   exit 77
 fi
 exec "$@"
