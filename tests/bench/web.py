@@ -15,8 +15,8 @@ CONFIGURATION = """
 {user}
 worker_processes 1;
 daemon off;
-pid {folder}/nginx.pid;
-error_log {folder}/error.log;
+pid "{folder}/nginx.pid";
+error_log "{folder}/error.log";
 events {{ worker_connections 256; }}
 http {{
   access_log off;
@@ -24,20 +24,20 @@ http {{
   keepalive_timeout 300s;
   types {{ }}
   default_type application/octet-stream;
-  client_body_temp_path {folder}/body;
-  proxy_temp_path {folder}/proxy;
-  fastcgi_temp_path {folder}/fastcgi;
-  uwsgi_temp_path {folder}/uwsgi;
-  scgi_temp_path {folder}/scgi;
+  client_body_temp_path "{folder}/body";
+  proxy_temp_path "{folder}/proxy";
+  fastcgi_temp_path "{folder}/fastcgi";
+  uwsgi_temp_path "{folder}/uwsgi";
+  scgi_temp_path "{folder}/scgi";
   server {{
     listen 127.0.0.1:{port};
-    root {root};
+    root "{root}";
     # Pictures that are on their way for longer than anything takes.
-    location /slow/ {{ alias {root}/; limit_rate 1k; }}
-    location ~ ^/slowlogos/(?<picture>[^/]+\\.png)$ {{ alias {root}/$picture; limit_rate 1k; }}
+    location /slow/ {{ alias "{root}/"; limit_rate 1k; }}
+    location ~ ^/slowlogos/(?<picture>[^/]+\\.png)$ {{ alias "{root}/$picture"; limit_rate 1k; }}
     # Comes when the window has been painted.
     location = /late/launcher.xml {{ limit_rate 2k; }}
-    location /slowlogos/ {{ alias {root}/slowlogos/; }}
+    location /slowlogos/ {{ alias "{root}/slowlogos/"; }}
   }}
 }}
 """
