@@ -1,9 +1,9 @@
 #include "check/names.h"
 
+#include "base/plainname.h"
 #include "info/serverpanel.h"
 
 #include <QHash>
-#include <QRegularExpression>
 
 #include <algorithm>
 #include <utility>
@@ -24,27 +24,6 @@ bool isFirst(QSet<QString> &told, const QString &name)
     const int before = told.size();
     told.insert(name);
     return told.size() > before;
-}
-
-// Device names of Windows, which no file or folder can have, whatever extension follows.
-bool isReservedName(const QString &name)
-{
-    static const QRegularExpression device(
-        QStringLiteral("^(CON|PRN|AUX|NUL|COM[0-9]|LPT[0-9]) *(\\.|$)"),
-        QRegularExpression::CaseInsensitiveOption);
-    // Most names are none; the expression would cost the most of all rules.
-    return QStringLiteral("CPANL").contains(name.at(0), Qt::CaseInsensitive) &&
-           device.match(name).hasMatch();
-}
-
-bool isForbiddenOnWindows(QChar letter)
-{
-    return letter < QLatin1Char(' ') || QStringLiteral("<>:\"|?*").contains(letter);
-}
-
-bool isDots(const QString &name)
-{
-    return name == QLatin1String(".") || name == QLatin1String("..");
 }
 
 void checkSelection(const ClientEntry &entry, const QString &what, Findings &findings)
@@ -69,46 +48,52 @@ void checkParts(const FolderName &folder, Findings &findings)
     if (std::any_of(parts.begin(), parts.end(), isDots)) {
         findings << errorAt(folder.place, "dot-name",
                             folder.what + QStringLiteral(" leads out of its own folder: the "
-                                                         "download fails, or the client is removed "
-                                                         "as soon as it is unpacked"),
+                                                         "download fails, and Play starts nothing"),
                             QStringLiteral("use another name"));
     } else if (parts.size() > 1) {
         findings << errorAt(folder.place, "slash-in-name",
-                            folder.what + QStringLiteral(" is more than one folder: the logo is "
-                                                         "not kept, and the installed client is "
-                                                         "not found"),
+                            folder.what + QStringLiteral(" is more than one folder: the "
+                                                         "download fails, and Play starts nothing"),
                             QStringLiteral("use another name"));
     }
 }
 
 void checkLetters(const FolderName &folder, Findings &findings)
 {
-    // A server's "|" breaks more than the folder, and has its own finding.
-    const auto isForbidden = [&folder](QChar letter) {
-        return isForbiddenOnWindows(letter) && !(folder.isServer && letter == QLatin1Char('|'));
-    };
-    if (std::any_of(folder.name.begin(), folder.name.end(), isForbidden)) {
+    QString name = folder.name;
+    if (folder.isServer) {
+        // It breaks more than the folder, and has its own finding.
+        name.remove(QLatin1Char('|'));
+    }
+    if (holdsControlCharacter(name)) {
+        findings << errorAt(folder.place, "forbidden-character",
+                            folder.what + QStringLiteral(" holds a control character: the download "
+                                                         "fails, and Play starts nothing"),
+                            QStringLiteral("leave out control characters"));
+    } else if (holdsLetterForbiddenOnWindows(name)) {
         findings << errorAt(folder.place, "forbidden-character",
                             folder.what + QStringLiteral(" holds a character that Windows allows "
-                                                         "in no folder's name: the download "
-                                                         "fails"),
-                            QStringLiteral("leave out < > : \" | ? * and control characters"));
+                                                         "in no folder's name: the download fails "
+                                                         "there, and Play starts nothing"),
+                            QStringLiteral("leave out < > : \" | ? *"));
     }
 }
 
 void checkWholeName(const FolderName &folder, Findings &findings)
 {
     const QString &name = folder.name;
-    if (isReservedName(name)) {
+    if (isDeviceOnWindows(name)) {
         findings << errorAt(folder.place, "reserved-name",
                             folder.what + QStringLiteral(" is the name of a device on Windows: "
-                                                         "the download fails"),
+                                                         "the download fails there, and Play "
+                                                         "starts nothing"),
                             QStringLiteral("use another name"));
     }
-    if (!isDots(name) && (name.endsWith(QLatin1Char('.')) || name.endsWith(QLatin1Char(' ')))) {
+    if (!isDots(name) && isCutByWindows(name)) {
         findings << errorAt(folder.place, "trailing-dot-or-blank",
                             folder.what + QStringLiteral(" ends in a dot or a blank, which Windows "
-                                                         "drops from the folder's name"),
+                                                         "drops: the download fails there, and "
+                                                         "Play starts nothing"),
                             QStringLiteral("leave out what stands at the end"));
     }
 }

@@ -104,7 +104,8 @@ void testform::on_btnUpdate_clicked()
 
 void testform::on_btnPlay_clicked()
 {
-    if (nothingChosenYet()) {
+    // By a name that is none a document could lead to any program of the machine.
+    if (nothingChosenYet() || !isPlainEntry()) {
         return;
     }
     // kept: nothing ever sets the flag.

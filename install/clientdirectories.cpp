@@ -1,6 +1,7 @@
 // The installed clients on disk: <server>/<client>/<version>/ under the working directory.
 
 #include "base/pathsafety.h"
+#include "base/plainname.h"
 #include "install/removal.h"
 #include "install/versionweight.h"
 #include "ui_testform.h"
@@ -21,11 +22,26 @@ void makeDirectory(const QString &path)
 }
 } // namespace
 
+// A document may name a server or a client that is a way to somewhere else. Nothing is looked for
+// or removed there.
+bool testform::hasPlainFolder() const
+{
+    return isPlainName(selectedClientInfo.server) && isPlainName(selectedClientInfo.client);
+}
+
+// Whether a client of the chosen entry may be installed and started. Of an empty version no folder
+// is made.
+bool testform::isPlainEntry() const
+{
+    return hasPlainFolder() &&
+           (selectedClientInfo.version.isEmpty() || isPlainName(selectedClientInfo.version));
+}
+
 QString testform::getParentDir()
 {
     QString parent = selectedClientInfo.server + QLatin1Char('/') + selectedClientInfo.client;
     // Asked for at every progress signal: usually both are there.
-    if (!QDir(parent).exists()) {
+    if (isPlainEntry() && !QDir(parent).exists()) {
         makeDirectory(selectedClientInfo.server);
         makeDirectory(parent);
     }
@@ -42,7 +58,8 @@ QString testform::getClientDir(QString version)
 
 QString testform::getInstalledVersion()
 {
-    return greatestVersion(QDir(getParentDir()).entryList());
+    const QString parent = getParentDir();
+    return hasPlainFolder() ? greatestVersion(QDir(parent).entryList()) : QString();
 }
 
 void testform::deleteOlderVersions()
@@ -50,8 +67,7 @@ void testform::deleteOlderVersions()
     const QString parent = getParentDir();
     // With nothing selected the parent is the root of the drive, and a document can name a folder
     // elsewhere: only what lies in the game's own folder is ever removed.
-    if (selectedClientInfo.server.isEmpty() || selectedClientInfo.client.isEmpty() ||
-        !liesInsideWorkingDirectory(parent)) {
+    if (!hasPlainFolder() || !liesInsideWorkingDirectory(parent)) {
         return;
     }
     const QString current = getClientDir();

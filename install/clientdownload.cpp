@@ -50,8 +50,9 @@ void testform::updateFinished()
         selectedClientInfo.version.isEmpty() ? installed : selectedClientInfo.version;
 
     // Success is judged by the directory alone: a failed transfer never makes it, a failed
-    // extraction leaves it behind.
-    if (QDir(getClientDir(version)).exists()) {
+    // extraction leaves it behind. What is no plain name was never unpacked into, though a folder
+    // may be there.
+    if (isPlainEntry() && QDir(getClientDir(version)).exists()) {
         ui->downloadProgressText->setText(QStringLiteral("Download finished: version ") +
                                           selectedClientInfo.version);
     } else {

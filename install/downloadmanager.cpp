@@ -2,6 +2,7 @@
 
 #include "base/console.h"
 #include "base/pathsafety.h"
+#include "base/plainname.h"
 #include "install/extractor.h"
 #include "install/removal.h"
 #include "install/savefilename.h"
@@ -13,6 +14,7 @@
 #include <QTimer>
 #include <QTimerEvent>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -30,6 +32,15 @@ constexpr qint64 unlimited = -1;
 QString encoded(const QUrl &url)
 {
     return QString::fromLatin1(url.toEncoded());
+}
+
+// A version without a name is unpacked beside the others.
+bool mayBeUnpackedInto(const QString &parentDir, const QString &version)
+{
+    const QStringList levels =
+        parentDir.isEmpty() ? QStringList() : parentDir.split(QLatin1Char('/'));
+    return levels.size() <= 2 && std::all_of(levels.begin(), levels.end(), isPlainName) &&
+           (version.isEmpty() || isPlainName(version));
 }
 } // namespace
 
@@ -216,9 +227,10 @@ void DownloadManager::downloadFinished()
 void DownloadManager::install()
 {
     const QString folder = (dir.isEmpty() ? QString() : dir + QLatin1Char('/')) + clientVersion;
-    // A document may name a server or a version that leads out of the game's folder, or no server
-    // at all: nothing is unpacked there, and without the directory the download counts as failed.
-    if (!wouldLieInsideWorkingDirectory(folder)) {
+    // A document may name a server or a version that leads elsewhere, out of the game's folder or
+    // beside the launcher, where it looks for plug-ins; or no server at all. Nothing is unpacked
+    // there, and the download counts as failed.
+    if (!mayBeUnpackedInto(dir, clientVersion) || !wouldLieInsideWorkingDirectory(folder)) {
         (void)Removal::removeFile(filename);
         return;
     }

@@ -156,10 +156,12 @@ private:
     void showServerLogo();
 
     // install/: client directories. Paths are relative to the working directory; the first two
-    // create the server's and the client's folder when missing.
+    // create the server's and the client's folder when missing, if the entry's names are plain.
     QString getParentDir();
     QString getClientDir(QString version = {});
     QString getInstalledVersion();
+    bool hasPlainFolder() const;
+    bool isPlainEntry() const;
     void deleteOlderVersions();
     void deleteInstallationFiles();
     bool fileExists(QString path);

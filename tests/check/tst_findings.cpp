@@ -1,3 +1,4 @@
+#include "base/plainname.h"
 #include "check/documentcontent.h"
 #include "check/playersview.h"
 #include "check/rules.h"
@@ -6,6 +7,8 @@
 
 #include <QCryptographicHash>
 #include <QTest>
+
+#include <algorithm>
 
 namespace
 {
@@ -102,6 +105,7 @@ private slots:
     void codeDecidesWhatIsSeen();
     void lostThingsAreCounted();
     void namesAreToldOnce();
+    void everyNameThatIsNoneIsFound();
     void entriesOfOnePlaceFollowEachOther();
     void orderAndExitCodes();
 };
@@ -236,6 +240,14 @@ void TestFindings::found_data()
     in("a device's name", ofServer("CON"), "error reserved-name 2:1");
     in("a device's name with an extension", ofServer("nul.old"), "error reserved-name 2:1");
     in("a numbered device's name", ofServer("Com1"), "error reserved-name 2:1");
+    in("a device's name with blanks before the extension", ofServer("nul  .old"),
+       "error reserved-name 2:1");
+    in("a device's name behind a blank", ofServer(" con"), "error reserved-name 2:1");
+    in("the console's name", ofServer("ConIn$"), "error reserved-name 2:1");
+    in("a device's name as a version", ofVersion("CONOUT$.1"), "error reserved-name 2:1");
+    in("a delete in the server's name", ofServer("A\x7F"), "error forbidden-character 2:1");
+    in("a control character beyond ASCII in the version", ofVersion("1.0\xC2\x85"),
+       "error forbidden-character 2:1");
     in("a dot at the end", ofServer("A."), "error trailing-dot-or-blank 2:1");
     in("a blank at the end", ofServer("A "), "error trailing-dot-or-blank 2:1");
     in("a dot at the version's end", ofVersion("1.0."), "error trailing-dot-or-blank 2:1");
@@ -415,6 +427,26 @@ void TestFindings::namesAreToldOnce()
                  client(QStringLiteral("A*"), QStringLiteral("Beta"), QStringLiteral("1.0")))
             .toUtf8();
     QCOMPARE(findingsIn(body).size(), 1);
+}
+
+// Whatever the window makes no folder of, here or on Windows.
+void TestFindings::everyNameThatIsNoneIsFound()
+{
+    const QStringList names =
+        QStringLiteral("Alpha;2.1;..2;. .;.;..;a/b;/;a/;a\\b;..\\b;C:;a:b;a<b;a>b;a\"b;a|b;a?b;a*b;"
+                       "con;nul.x;com1 .x;lpt0;conin$;conout$;prn;aux;com10;a.;a ;a\u007F;a\u0085")
+            .split(QLatin1Char(';'));
+    const QStringList ids{
+        QStringLiteral("bar-in-name"),         QStringLiteral("dot-name"),
+        QStringLiteral("forbidden-character"), QStringLiteral("reserved-name"),
+        QStringLiteral("slash-in-name"),       QStringLiteral("trailing-dot-or-blank")};
+    for (const QString &name : names) {
+        const Findings findings = findingsIn(document(official(name)).toUtf8());
+        const bool found =
+            std::any_of(findings.begin(), findings.end(),
+                        [&ids](const Finding &finding) { return ids.contains(finding.id); });
+        QVERIFY2(found != (isPlainName(name) && isPlainOnWindows(name)), qPrintable(name));
+    }
 }
 
 // What a declared entity brings stands where the entity is named.

@@ -47,6 +47,8 @@ private slots:
     void playOnAMissingFolderRefreshesTheButtons();
     void playOnAFileOfSuchANameRefreshesTheButtons();
     void playWhileDownloadingOnlyDisables();
+    void playStartsNothingOfNoPlainName_data();
+    void playStartsNothingOfNoPlainName();
 
     void keyboardReachesNothingBeforeAChoice_data();
     void keyboardReachesNothingBeforeAChoice();
@@ -331,6 +333,54 @@ void TestActionButtons::playWhileDownloadingOnlyDisables()
     QCOMPARE(opened(desktop), QStringList());
     QCOMPARE(world.progressText(), QString());
     QCOMPARE(world.buttons(), text("Play-"));
+}
+
+void TestActionButtons::playStartsNothingOfNoPlainName_data()
+{
+    QTest::addColumn<QString>("server");
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("version");
+    QTest::addColumn<QString>("program");
+    const auto row = [](const char *name, const char *server, const char *kind, const char *version,
+                        const char *program) {
+        QTest::newRow(name) << text(server) << text(kind) << text(version) << text(program);
+    };
+    row("a server that climbs out", "../outside", "Official", "2.1",
+        "../outside/Official/2.1/game.exe");
+    row("a server that is the folder above", "..", "outside", "2.1", "../outside/2.1/game.exe");
+    row("a server of two folders", "Alpha/Official", "Official", "2.1",
+        "Alpha/Official/Official/2.1/game.exe");
+    row("a kind that climbs out", "Alpha", "../../outside", "2.1", "../outside/2.1/game.exe");
+    row("a kind that is the server's folder", "Alpha", ".", "2.1", "Alpha/2.1/game.exe");
+    row("no kind", "Alpha", "", "2.1", "Alpha/2.1/game.exe");
+    row("a version that is the server's folder", "Alpha", "Official", "..", "Alpha/game.exe");
+    row("a version that climbs out", "Alpha", "Official", "../../../outside",
+        "../outside/game.exe");
+    row("a version of two folders", "Alpha", "Official", "1/0", "Alpha/Official/1/0/game.exe");
+    row("a version that is no name, beside an installed one", "Alpha", "Official", "..",
+        "Alpha/Official/2.0/game.exe");
+}
+
+// Also those that a player has remembered, or that no button shows.
+void TestActionButtons::playStartsNothingOfNoPlainName()
+{
+    QFETCH(QString, server);
+    QFETCH(QString, kind);
+    QFETCH(QString, version);
+    QFETCH(QString, program);
+    const UrlCatcher desktop;
+    const ScratchFolder folder;
+    ScratchFolder::makeFolder(text("Alpha/Official"));
+    ScratchFolder::write(program, "program");
+    const QStringList before = ScratchFolder::tree();
+    testform window;
+    window.ui->serverButtonsGroup->hide();
+    window.selectedClientInfo = ClientInfo(version, text("http://h.test/a.zip"), kind, server);
+    window.on_btnPlay_clicked();
+    window.on_btnPlay_2_clicked();
+    QCOMPARE(opened(desktop), QStringList());
+    QCOMPARE(window.ui->downloadProgressText->text(), QString());
+    QCOMPARE(ScratchFolder::tree(), before);
 }
 
 void TestActionButtons::keyboardReachesNothingBeforeAChoice_data()

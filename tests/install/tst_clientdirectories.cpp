@@ -46,6 +46,8 @@ private slots:
     void clientFolder();
     void nothingIsMadeOutside_data();
     void nothingIsMadeOutside();
+    void nothingIsMadeForANameThatIsNone_data();
+    void nothingIsMadeForANameThatIsNone();
     void nothingSelected();
 
     void installedVersion_data();
@@ -57,6 +59,9 @@ private slots:
     void olderVersionsGo();
     void olderVersionsGoWithAllTheyHold();
     void otherClientsStay();
+    void versionThatIsNoNameSparesNothing();
+    void nothingIsRemovedForANameThatIsNone_data();
+    void nothingIsRemovedForANameThatIsNone();
     void nothingOutsideIsRemoved_data();
     void nothingOutsideIsRemoved();
     void linkedVersionFolder_data();
@@ -153,6 +158,52 @@ void TestClientDirectories::nothingIsMadeOutside()
     QCOMPARE(window.getInstalledVersion(), QString());
     QCOMPARE(folder.treeOutside(), QStringList());
     QCOMPARE(ScratchFolder::tree(), names("Alpha/"));
+}
+
+void TestClientDirectories::nothingIsMadeForANameThatIsNone_data()
+{
+    QTest::addColumn<QString>("server");
+    QTest::addColumn<QString>("client");
+    QTest::addColumn<QString>("version");
+    const auto row = [](const char *name, const QString &server, const QString &client,
+                        const QString &version) {
+        QTest::newRow(name) << server << client << version;
+    };
+    row("a version that is the client's folder", text("Fresh"), text("Official"), text("."));
+    row("a version that is the server's folder", text("Fresh"), text("Official"), text(".."));
+    row("a version of two folders", text("Fresh"), text("Official"), text("1/0"));
+    row("a version with a line end", text("Fresh"), text("Official"), text("1.0\n"));
+    row("a client that is the server's folder", text("Fresh"), text("."), text("1.0"));
+    row("a client of two folders", text("Fresh"), text("a/b"), text("1.0"));
+    row("a client with a zero byte", text("Fresh"), text("a") + QChar(0), text("1.0"));
+    row("no client", text("Fresh"), QString(), text("1.0"));
+    row("a server of two folders", text("Alpha/Fresh"), text("Official"), text("1.0"));
+    row("a server with a zero byte", text("Fresh") + QChar(0) + text(".old"), text("Official"),
+        text("1.0"));
+#ifdef Q_OS_WIN
+    row("a server of two folders by the system's separators", text("Alpha\\Fresh"),
+        text("Official"), text("1.0"));
+    row("a server that is a stream", text("Alpha:fresh"), text("Official"), text("1.0"));
+    row("a client that loses its dot", text("Fresh"), text("Official."), text("1.0"));
+    row("a version that is a device", text("Fresh"), text("Official"), text("nul.old"));
+#endif
+}
+
+void TestClientDirectories::nothingIsMadeForANameThatIsNone()
+{
+    QFETCH(QString, server);
+    QFETCH(QString, client);
+    QFETCH(QString, version);
+    const ScratchFolder folder;
+    ScratchFolder::makeFolder(text("Alpha"));
+    testform window;
+    window.selectedClientInfo = ClientInfo(version, {}, client, server);
+    QCOMPARE(window.getParentDir(), server + QLatin1Char('/') + client);
+    QCOMPARE(window.getClientDir(),
+             server + QLatin1Char('/') + client + QLatin1Char('/') + version);
+    QCOMPARE(window.getInstalledVersion(), QString());
+    QCOMPARE(ScratchFolder::tree(), names("Alpha/"));
+    QCOMPARE(folder.treeOutside(), QStringList());
 }
 
 // The parent is the root of the drive. The clean-up is not tried on it: on the day it fails, that
@@ -303,6 +354,40 @@ void TestClientDirectories::otherClientsStay()
     QCOMPARE(ScratchFolder::tree(),
              names("Alpha/|Alpha/Beta/|Alpha/Beta/1.0/|Alpha/Official/|Gamma/|Gamma/Official/|"
                    "Gamma/Official/1.0/"));
+}
+
+// As after any failed update.
+void TestClientDirectories::versionThatIsNoNameSparesNothing()
+{
+    const ScratchFolder folder;
+    makeEntries(text("Alpha/Official"), names("1.0/game.exe|notes.txt"));
+    testform window;
+    window.selectedClientInfo = client(text("Alpha"), text("Official"), text(".."));
+    window.deleteOlderVersions();
+    QCOMPARE(ScratchFolder::tree(), names("Alpha/|Alpha/Official/|Alpha/Official/notes.txt"));
+}
+
+void TestClientDirectories::nothingIsRemovedForANameThatIsNone_data()
+{
+    QTest::addColumn<QString>("server");
+    QTest::addColumn<QString>("client");
+    QTest::newRow("a server of two folders") << text("Alpha/Official") << text("1.0");
+    QTest::newRow("a client of two folders") << text("Alpha") << text("Official/1.0");
+    QTest::newRow("a server that is the installation folder") << text(".") << text("Alpha");
+    QTest::newRow("a client that is the server's folder") << text("Alpha") << text(".");
+}
+
+void TestClientDirectories::nothingIsRemovedForANameThatIsNone()
+{
+    QFETCH(QString, server);
+    QFETCH(QString, client);
+    const ScratchFolder folder;
+    makeEntries(text("Alpha/Official/1.0"), names("data/map.bin|game.exe"));
+    const QStringList before = ScratchFolder::tree();
+    testform window;
+    window.selectedClientInfo = ClientInfo(text("2.0"), {}, client, server);
+    window.deleteOlderVersions();
+    QCOMPARE(ScratchFolder::tree(), before);
 }
 
 void TestClientDirectories::nothingOutsideIsRemoved_data()

@@ -96,7 +96,8 @@ private slots:
     void refusedConnection();
     void fullDiskFails_data();
     void fullDiskFails();
-    void versionThatLeadsOutFails();
+    void entryOfNoPlainNameFails_data();
+    void entryOfNoPlainNameFails();
     void failedUpdateRemovesTheInstalledVersion();
     void endWithoutOfferedVersion_data();
     void endWithoutOfferedVersion();
@@ -422,17 +423,54 @@ void TestClientDownload::fullDiskFails()
 #endif
 }
 
-void TestClientDownload::versionThatLeadsOutFails()
+void TestClientDownload::entryOfNoPlainNameFails_data()
 {
+    QTest::addColumn<QString>("server");
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("version");
+    const auto row = [](const char *name, const char *server, const char *kind,
+                        const char *version) {
+        QTest::newRow(name) << text(server) << text(kind) << text(version);
+    };
+    row("a version that leads out", "Alpha", "Official", "../../../evil");
+    // Plug-ins in a folder of this name beside the launcher would be loaded at the next start.
+    row("a version that is the server's folder", "imageformats", "Official", "..");
+    row("a version that is the client's folder", "Alpha", "Official", ".");
+    row("a version of two folders", "Alpha", "Official", "1/0");
+    row("a kind that is the server's folder", "Alpha", ".", "2.1");
+    row("a kind that is the installation folder", "Alpha", "..", "2.1");
+    row("a kind of two folders", "Alpha", "a/b", "2.1");
+    row("a server of two folders", "A/B", "Official", "2.1");
+    row("a server that is the folder above", "..", "Official", "2.1");
+    row("a server that is the installation folder", ".", "Official", "2.1");
+}
+
+// The transfer goes as any other, and is told on the console as any other.
+void TestClientDownload::entryOfNoPlainNameFails()
+{
+    QFETCH(QString, server);
+    QFETCH(QString, kind);
+    QFETCH(QString, version);
     InstallWorld world;
-    world.offer(text("Official"), text("../../../evil"));
+    world.offer(text("Official"), text("2.1"));
     world.server.serve(world.archive, gameArchive());
     Archives::provideExtractor();
     QVERIFY(world.start());
+    ScratchFolder::makeFolder(text("A/B"));
+    const auto folders = [] {
+        return ScratchFolder::tree().filter(QRegularExpression(text("/$")));
+    };
+    const QStringList before = folders();
+    world.window->clientInfos[server][kind] =
+        ClientInfo(version, world.server.url(world.archive), kind, server);
+    world.window->onServerSelect(server + QLatin1Char('|') + kind);
+    QCOMPARE(folders(), before);
+    QCOMPARE(world.buttons(), text("Download"));
     QCOMPARE(WindowDriver::click(*world.window, text("btnDownload")), QString());
     QVERIFY(world.waitForTheEnd());
     QCOMPARE(world.progressText(), text("Download failed"));
-    QCOMPARE(InstallWorld::clients(), names("Alpha/Official/"));
+    QCOMPARE(folders(), before);
+    QCOMPARE(ScratchFolder::tree().filter(text("game.exe")), QStringList());
     QCOMPARE(InstallWorld::archives(), QStringList());
     QCOMPARE(world.folder.treeOutside(), QStringList());
 }

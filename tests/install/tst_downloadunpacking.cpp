@@ -29,8 +29,8 @@ class TestDownloadUnpacking : public QObject
 private slots:
     void archiveIsUnpackedIntoTheVersionFolderAndRemoved();
     void withoutParentFolderTheVersionFolderLiesInTheWorkingDirectory();
-    void folderThatLeadsOutIsNotUnpackedInto_data();
-    void folderThatLeadsOutIsNotUnpackedInto();
+    void folderOfNoPlainNameIsNotUnpackedInto_data();
+    void folderOfNoPlainNameIsNotUnpackedInto();
 
     void extractorArguments_data();
     void extractorArguments();
@@ -72,7 +72,7 @@ void TestDownloadUnpacking::withoutParentFolderTheVersionFolderLiesInTheWorkingD
     QCOMPARE(folder.treeOutside(), QStringList());
 }
 
-void TestDownloadUnpacking::folderThatLeadsOutIsNotUnpackedInto_data()
+void TestDownloadUnpacking::folderOfNoPlainNameIsNotUnpackedInto_data()
 {
     QTest::addColumn<QString>("parent"); // %1: the folder around the installation folder
     QTest::addColumn<QString>("version");
@@ -82,9 +82,28 @@ void TestDownloadUnpacking::folderThatLeadsOutIsNotUnpackedInto_data()
     QTest::newRow("an absolute parent") << text("%1/Elsewhere") << text("1.0");
     QTest::newRow("the installation folder itself") << text("Alpha") << text("..");
     QTest::newRow("neither parent nor version") << QString() << QString();
+    // A folder of such a name beside the launcher would be searched for plug-ins.
+    QTest::newRow("a version that is the server's folder")
+        << text("imageformats/Official") << text("..");
+    QTest::newRow("a version that is the client's folder") << text("Alpha/Official") << text(".");
+    QTest::newRow("a version of two folders") << text("Alpha/Official") << text("1/0");
+    QTest::newRow("a version with a line end") << text("Alpha/Official") << text("1.0\n");
+    QTest::newRow("a version with a zero byte")
+        << text("Alpha/Official") << text("1.0") + QChar(0) + text("x");
+    QTest::newRow("a server of two folders") << text("A/B/Official") << text("1.0");
+    QTest::newRow("a client of no name") << text("Alpha/") << text("1.0");
+    QTest::newRow("a server of no name") << text("/Official") << text("1.0");
+    QTest::newRow("a client that is the server's folder") << text("Alpha/.") << text("1.0");
+    QTest::newRow("a server that is the installation folder") << text("./Official") << text("1.0");
+#ifdef Q_OS_WIN
+    QTest::newRow("a version of two folders by the system's separators")
+        << text("Alpha/Official") << text("1\\0");
+    QTest::newRow("a version that is a device") << text("Alpha/Official") << text("con.1");
+    QTest::newRow("a version that loses its dots") << text("imageformats/Official") << text("...");
+#endif
 }
 
-void TestDownloadUnpacking::folderThatLeadsOutIsNotUnpackedInto()
+void TestDownloadUnpacking::folderOfNoPlainNameIsNotUnpackedInto()
 {
     QFETCH(QString, parent);
     QFETCH(QString, version);
