@@ -6,6 +6,20 @@
 
 namespace
 {
+// An address that a player cannot download from, whatever lies there. False when it is none.
+bool checkRefusedName(const Place &place, const QString &name, Findings &findings)
+{
+    const QString reason = whyNotSavedOnWindowsAs(name);
+    if (reason.isEmpty()) {
+        return false;
+    }
+    findings << errorAt(place, "archive-name-refused",
+                        QStringLiteral("nothing is saved as %1, and nothing is downloaded (%2)")
+                            .arg(quoted(name), reason),
+                        QStringLiteral("end the address in a plain file name with .zip"));
+    return true;
+}
+
 void checkArchiveEnding(const Place &place, const QUrl &url, const QString &name,
                         Findings &findings)
 {
@@ -83,7 +97,9 @@ void checkArchiveUrl(const ClientEntry &entry, ArchiveNames &names, Findings &fi
                  findings);
     if (isUsableAddress(url)) {
         const QString name = wantedSaveFileName(url);
-        checkArchiveEnding(entry.place, url, name, findings);
-        checkCollision(entry, name, names, findings);
+        if (!checkRefusedName(entry.place, name, findings)) {
+            checkArchiveEnding(entry.place, url, name, findings);
+            checkCollision(entry, name, names, findings);
+        }
     }
 }

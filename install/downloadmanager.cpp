@@ -105,11 +105,10 @@ void DownloadManager::startNextDownload()
 
     const QUrl url = downloadQueue.dequeue();
     filename = saveFileName(url);
-    output.setFileName(filename);
-    // Unbuffered: a block is on its way to the disk when its write returns, and errors show there.
-    if (!output.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+    const QString problem = openSaveFile();
+    if (!problem.isEmpty()) {
         Console::error(QStringLiteral("Problem opening save file '%1' for download '%2': %3\n")
-                           .arg(filename, encoded(url), output.errorString()));
+                           .arg(filename, encoded(url), problem));
         startNextDownload();
         return; // skip this download
     }
@@ -126,6 +125,19 @@ void DownloadManager::startNextDownload()
 
     Console::out(QStringLiteral("Downloading %1...\n").arg(encoded(url)));
     downloadTime.start();
+}
+
+// Returns why the file of the chosen name could not be opened; empty when it is open.
+QString DownloadManager::openSaveFile()
+{
+    QString refusal = whyNotSavedAs(filename);
+    if (!refusal.isEmpty()) {
+        return refusal;
+    }
+    output.setFileName(filename);
+    // Unbuffered: a block is on its way to the disk when its write returns, and errors show there.
+    return output.open(QIODevice::WriteOnly | QIODevice::Unbuffered) ? QString()
+                                                                     : output.errorString();
 }
 
 void DownloadManager::downloadProgress(qint64 bytesReceived, qint64 bytesTotal)

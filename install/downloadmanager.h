@@ -53,6 +53,7 @@ private slots:
     void downloadReadyRead();
 
 private:
+    QString openSaveFile();
     bool takeReceivedBytes(qint64 turnLength);
     void writeBlock(const char *data, qint64 size);
     void install();

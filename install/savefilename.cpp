@@ -1,8 +1,45 @@
 #include "install/savefilename.h"
 
+#include "base/plainname.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QUrl>
+
+#include <algorithm>
+#include <array>
+
+namespace
+{
+// What Windows or the toolkit loads or starts from the launcher's folder without being asked, or on
+// a click. A download that breaks off leaves its file behind, whatever came.
+bool isLoadedOrStarted(QString name)
+{
+    while (isCutByWindows(name)) {
+        name.chop(1);
+    }
+    static constexpr std::array<const char *, 12> endings = {".exe", ".dll", ".com",      ".bat",
+                                                             ".cmd", ".scr", ".msi",      ".pif",
+                                                             ".cpl", ".lnk", ".manifest", ".local"};
+    return name.compare(QLatin1String("qt.conf"), Qt::CaseInsensitive) == 0 ||
+           std::any_of(endings.begin(), endings.end(), [&name](const char *ending) {
+               return name.endsWith(QLatin1String(ending), Qt::CaseInsensitive);
+           });
+}
+
+// The same on every system: a folder may be carried to another one.
+QString whyNotSavedAnywhereAs(const QString &name)
+{
+    // The disk would take the name to end at a zero byte.
+    if (holdsControlCharacter(name)) {
+        return QStringLiteral("Control character in the file name");
+    }
+    if (isLoadedOrStarted(name)) {
+        return QStringLiteral("Name of a program or of a program's settings");
+    }
+    return {};
+}
+} // namespace
 
 QString wantedSaveFileName(const QUrl &url)
 {
@@ -24,4 +61,21 @@ QString freeSaveFileName(const QUrl &url)
             return candidate;
         }
     }
+}
+
+QString whyNotSavedAs(const QString &name)
+{
+#ifdef Q_OS_WIN
+    return whyNotSavedOnWindowsAs(name);
+#else
+    return whyNotSavedAnywhereAs(name);
+#endif
+}
+
+QString whyNotSavedOnWindowsAs(const QString &name)
+{
+    const QString reason = whyNotSavedAnywhereAs(name);
+    const bool isNone = name.contains(QLatin1Char('\\')) || holdsLetterForbiddenOnWindows(name) ||
+                        isDeviceOnWindows(name);
+    return reason.isEmpty() && isNone ? QStringLiteral("Not a file name on Windows") : reason;
 }

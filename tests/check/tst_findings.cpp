@@ -288,6 +288,11 @@ void TestFindings::found_data()
        "warning archive-url-ends-in-slash 2:1");
     in("an archive of another ending", ofUrl("https://a.example/get?f=a.zip"),
        "warning archive-not-zip 2:1");
+    for (const char *name : {"version.dll", "SETUP.EXE", "qt.conf", "a.zip.lnk", "unzip.exe%00.zip",
+                             "a%0A.zip", "D:x.zip", "nul.zip", "a%3F.zip"}) {
+        in(name, ofUrl((QByteArray("https://a.example/") + name).constData()),
+           "error archive-name-refused 2:1");
+    }
     in("archives of one name",
        ofUrl("https://a.example/1/client.zip") + lines +
            client(QStringLiteral("S"), QStringLiteral("Beta"), QStringLiteral("1.0"),

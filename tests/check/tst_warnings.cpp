@@ -112,6 +112,8 @@ private slots:
     void plainHttp();
     void archiveAddressThatIsNone();
     void pictureAndPageThatAreNone();
+    void archiveThatIsNotSaved_data();
+    void archiveThatIsNotSaved();
     void archiveThatIsLeftBehind_data();
     void archiveThatIsLeftBehind();
     void archivesOfOneName();
@@ -482,6 +484,32 @@ void TestWarnings::pictureAndPageThatAreNone()
     const UrlCatcher catcher;
     stage.window->on_btnNewsBig_clicked();
     QVERIFY(catcher.opened.isEmpty());
+}
+
+void TestWarnings::archiveThatIsNotSaved_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("a library") << QStringLiteral("version.dll");
+    QTest::newRow("a zero byte") << QStringLiteral("unzip.exe%00.zip");
+#ifdef Q_OS_WIN
+    QTest::newRow("a device") << QStringLiteral("nul.zip");
+#endif
+}
+
+void TestWarnings::archiveThatIsNotSaved()
+{
+    QFETCH(QString, name);
+    Stage stage;
+    const QByteArray extractor = ScratchFolder::read(QStringLiteral("unzip.exe"));
+    LOAD_WARNED(stage, (QStringList{stage.ofUrl(stage.server.url(name))}), "archive-name-refused");
+    QVERIFY(!stage.warnedOf("archive-not-zip"));
+    stage.button(0, 1)->click();
+    stage.window->on_btnDownload_clicked();
+    QTRY_VERIFY(stage.window->downloadManager->downloadQueue.isEmpty());
+    QCOMPARE(stage.window->downloadManager->currentDownload, nullptr);
+    QVERIFY(!QFile::exists(QStringLiteral("version.dll")));
+    QCOMPARE(ScratchFolder::read(QStringLiteral("unzip.exe")), extractor);
+    QVERIFY(!Stage::hasGame());
 }
 
 void TestWarnings::archiveThatIsLeftBehind_data()

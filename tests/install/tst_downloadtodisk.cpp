@@ -88,6 +88,9 @@ private slots:
     void existingFileIsNotOverwritten();
     void saveFileThatCannotBeOpened_data();
     void saveFileThatCannotBeOpened();
+    void nameThatNothingIsSavedUnder_data();
+    void nameThatNothingIsSavedUnder();
+    void programThatIsThereStays();
 
     void aTurnTakesBytesForALimitedTime();
     void bytesThatWaitForTheirTurnAtTheEnd();
@@ -199,6 +202,82 @@ void TestDownloadToDisk::saveFileThatCannotBeOpened()
     QCOMPARE(progress.count(), 0);
     QCOMPARE(server.log(), QStringList());
     QCOMPARE(ScratchFolder::tree(), before);
+}
+
+void TestDownloadToDisk::nameThatNothingIsSavedUnder_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("reason");
+    const QString control = text("Control character in the file name");
+    const QString program = text("Name of a program or of a program's settings");
+    // The disk knows no more of it than "unzip.exe".
+    QTest::newRow("a zero byte behind a program's name")
+        << text("unzip.exe%00.zip") << text("unzip.exe") + QChar(QChar::Null) + text(".zip")
+        << control;
+    QTest::newRow("a line end") << text("a%0Ab.zip") << text("a\nb.zip") << control;
+    QTest::newRow("a library") << text("version.dll") << text("version.dll") << program;
+    QTest::newRow("a program in capitals") << text("SETUP.EXE") << text("SETUP.EXE") << program;
+    QTest::newRow("the toolkit's settings") << text("qt.conf") << text("qt.conf") << program;
+#ifdef Q_OS_WIN
+    const QString none = text("Not a file name on Windows");
+    QTest::newRow("another drive") << text("D%3Ax.zip") << text("D:x.zip") << none;
+    QTest::newRow("a stream") << text("unzip.exe%3Ax.zip") << text("unzip.exe:x.zip") << none;
+    QTest::newRow("a device") << text("nul.zip") << text("nul.zip") << none;
+#endif
+}
+
+void TestDownloadToDisk::nameThatNothingIsSavedUnder()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, name);
+    QFETCH(QString, reason);
+    const ScratchFolder folder;
+    Archives::provideExtractorScript(recordingExtractor);
+    const QByteArray extractor = ScratchFolder::read(text("unzip.exe"));
+    const QStringList before = ScratchFolder::tree();
+    HttpServer server;
+    server.serve(text("good.zip"), "good");
+    const QUrl url(server.url(path));
+    DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
+    QSignalSpy ended(&manager, &DownloadManager::updateFinished);
+    QByteArray err;
+    QStringList after;
+    {
+        ConsoleCapture console;
+        manager.append(url);
+        runToTheEnd(manager);
+        after = ScratchFolder::tree();
+        manager.append(QStringList{url.toString(QUrl::FullyEncoded), server.url(text("good.zip"))});
+        runToTheEnd(manager);
+        err = console.err();
+    }
+    const QString line = text("Problem opening save file '") + name + text("' for download '") +
+                         QString::fromLatin1(url.toEncoded()) + text("': ") + reason + text("\n");
+    QCOMPARE(err, (line + line).toUtf8());
+    QCOMPARE(after, before);
+    QCOMPARE(ScratchFolder::read(text("unzip.exe")), extractor);
+    // The next address has its turn.
+    QCOMPARE(server.log(), QStringList{text("/good.zip")});
+    QCOMPARE(ended.count(), 1);
+    QCOMPARE(ScratchFolder::read(text("archive.seen")), QByteArray("good"));
+}
+
+// The archive has a number and ".zip" behind its name then, and goes.
+void TestDownloadToDisk::programThatIsThereStays()
+{
+    const ScratchFolder folder;
+    Archives::provideExtractorScript(recordingExtractor);
+    const QByteArray extractor = ScratchFolder::read(text("unzip.exe"));
+    HttpServer server;
+    server.serve(text("unzip.exe"), "archive");
+    DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
+    manager.append(QUrl(server.url(text("unzip.exe"))));
+    QVERIFY(runToTheEnd(manager));
+    QCOMPARE(manager.filename, text("unzip.exe.0.zip"));
+    QCOMPARE(manager.downloadedCount, 1);
+    QCOMPARE(ScratchFolder::read(text("archive.seen")), QByteArray("archive"));
+    QCOMPARE(ScratchFolder::read(text("unzip.exe")), extractor);
 }
 
 // A fast server or a slow disk must not keep the window from painting and answering.

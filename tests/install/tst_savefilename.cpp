@@ -1,5 +1,6 @@
 #include "install/savefilename.h"
 #include "support/scratchfolder.h"
+#include "support/texts.h"
 
 #include <QDir>
 #include <QFile>
@@ -11,6 +12,12 @@
 
 namespace
 {
+using Texts::text;
+
+const char control[] = "Control character in the file name";
+const char program[] = "Name of a program or of a program's settings";
+const char noName[] = "Not a file name on Windows";
+
 // Each name a file, or a folder when it ends in "/".
 void makeEntries(const QStringList &names)
 {
@@ -36,6 +43,10 @@ private slots:
     void saveFileName_data();
     void saveFileName();
     void saveFileNameCreatesNothing();
+    void refusedName_data();
+    void refusedName();
+    void refusedNameOnWindows_data();
+    void refusedNameOnWindows();
 
 private:
     std::unique_ptr<QTemporaryDir> m_scratch; // the working directory
@@ -109,6 +120,63 @@ void TestSaveFileName::saveFileNameCreatesNothing()
 {
     (void)freeSaveFileName(QUrl(QStringLiteral("http://h.test/client.zip")));
     QCOMPARE(QDir::current().entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
+}
+
+void TestSaveFileName::refusedName_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("reason");
+    const auto row = [](const QString &name, const char *reason) {
+        QTest::newRow(qPrintable(name)) << name << text(reason);
+    };
+    for (const char *name :
+         {"client.zip", "client", "download", "my client.zip", "unzip.exe.0.zip",
+          "client.zip.0.zip", "\xD0\xB8\xD0\xB3\xD1\x80\xD0\xB0.zip", "a%2.zip", "client.7z", "exe",
+          "qt.conf.0.zip", "qt.config", "my qt.conf.zip", "client.exe2", "dll.zip", "...0.zip"}) {
+        row(text(name), "");
+    }
+    for (const char *name :
+         {"client.exe", "version.dll", "VERSION.DLL", "a.com", "a.bat", "a.Cmd", "a.scr", "a.msi",
+          "a.pif", "a.cpl", "a.lnk", "emberwake-launcher.exe.manifest",
+          "emberwake-launcher.exe.local", "qt.conf", "QT.Conf", ".exe", "client.zip.exe",
+          // Windows drops what stands behind.
+          "version.dll.", "version.dll ", "qt.conf. ."}) {
+        row(text(name), program);
+    }
+    row(text("unzip.exe") + QChar(QChar::Null) + text(".zip"), control);
+    row(text("a\n.zip"), control);
+    row(text("a\x7F.zip"), control);
+    row(text("a\xC2\x85.zip"), control);
+    row(QString(QChar(QChar::Null)), control);
+}
+
+void TestSaveFileName::refusedName()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, reason);
+    QCOMPARE(whyNotSavedAs(name), reason);
+    QCOMPARE(whyNotSavedOnWindowsAs(name), reason);
+}
+
+void TestSaveFileName::refusedNameOnWindows_data()
+{
+    QTest::addColumn<QString>("name");
+    for (const char *name :
+         {"D:x.zip", "unzip:x.zip", "a<b.zip", "a>b.zip", "a\"b.zip", "a|b.zip", "a?b.zip",
+          "a*b.zip", "a\\b.zip", "nul", "NUL.zip", "con.0.zip", "com1 .zip", "conin$.zip"}) {
+        QTest::newRow(name) << text(name);
+    }
+}
+
+void TestSaveFileName::refusedNameOnWindows()
+{
+    QFETCH(QString, name);
+    QCOMPARE(whyNotSavedOnWindowsAs(name), text(noName));
+#ifdef Q_OS_WIN
+    QCOMPARE(whyNotSavedAs(name), text(noName));
+#else
+    QCOMPARE(whyNotSavedAs(name), QString());
+#endif
 }
 
 QTEST_GUILESS_MAIN(TestSaveFileName)
