@@ -51,3 +51,14 @@ bool isFileOfWorkingDirectory(const QString &fileName)
     const QString root = QDir::current().canonicalPath();
     return !root.isEmpty() && (folder == root || isBelow(folder, root));
 }
+
+bool isLinkOrJunction(const QFileInfo &entry)
+{
+    return entry.isSymLink() || entry.isJunction();
+}
+
+bool isFolderItself(const QString &path)
+{
+    const bool namesItself = !path.endsWith(QLatin1Char('/'));
+    return QDir(path).exists() && !(namesItself && isLinkOrJunction(QFileInfo(path)));
+}

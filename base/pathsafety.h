@@ -2,6 +2,8 @@
 
 #include <QString>
 
+class QFileInfo;
+
 // Guards against removing or overwriting what is not the launcher's: ".." and links are resolved,
 // and a directory that does not exist lies nowhere.
 
@@ -19,3 +21,10 @@ bool wouldLieInsideWorkingDirectory(const QString &directory);
 // Whether the file, existing or not, would lie in the working directory or below it. A link does
 // not: what it leads to may lie anywhere.
 bool isFileOfWorkingDirectory(const QString &fileName);
+
+// Whether the entry is a link, or on Windows a junction, wherever it leads.
+bool isLinkOrJunction(const QFileInfo &entry);
+
+// Whether a folder lies there itself, no link to one. The links above it count as folders; behind a
+// slash at the end nothing is looked at.
+bool isFolderItself(const QString &path);

@@ -1,5 +1,7 @@
 #include "base/plainname.h"
 
+#include <QStringList>
+
 #include <algorithm>
 
 namespace
@@ -26,6 +28,12 @@ bool isPlainName(const QString &name)
 #else
     return plain;
 #endif
+}
+
+bool isPlainWay(const QString &path, int mostNames)
+{
+    const QStringList names = path.split(QLatin1Char('/'));
+    return names.size() <= mostNames && std::all_of(names.begin(), names.end(), isPlainName);
 }
 
 bool isPlainOnWindows(const QString &name)

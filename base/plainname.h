@@ -8,6 +8,9 @@
 // Whether the name can be that of one entry in a folder, and of nothing else, on this system.
 bool isPlainName(const QString &name);
 
+// Whether it is a way down over such names, so many at most. An empty one leads nowhere.
+bool isPlainWay(const QString &path, int mostNames);
+
 // What Windows asks of such a name, beyond what every system does.
 bool isPlainOnWindows(const QString &name);
 

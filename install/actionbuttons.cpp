@@ -1,13 +1,17 @@
 // The Play, Update and Download buttons, and starting the client.
 
+#include "base/pathsafety.h"
 #include "install/executables.h"
 #include "ui_testform.h"
 #include "window/testform.h"
 
 #include <QDesktopServices>
 #include <QDir>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QUrl>
+
+#include <algorithm>
 
 namespace
 {
@@ -15,6 +19,18 @@ void showEnabled(QPushButton *button)
 {
     button->setEnabled(true);
     button->show();
+}
+
+// The first of such a name. A version that is a link, or a link in it, may lead to any program of
+// the machine, and is passed over.
+QString firstProgramIn(const QString &version, const QString &filter)
+{
+    if (!isFolderItself(version)) {
+        return {};
+    }
+    const QFileInfoList entries = QDir(version).entryInfoList({filter});
+    const auto first = std::find_if_not(entries.begin(), entries.end(), isLinkOrJunction);
+    return first == entries.end() ? QString() : first->fileName();
 }
 } // namespace
 
@@ -115,7 +131,7 @@ void testform::on_btnPlay_clicked()
     }
     if (Executables::askForEngine(selectedClientInfo.client)) {
         play(askGraphicsEngineFilter());
-    } else if (QDir(getClientDir(getInstalledVersion())).exists()) {
+    } else if (isFolderItself(getClientDir(getInstalledVersion()))) {
         play();
     } else {
         updateButtonStates(QString());
@@ -147,11 +163,10 @@ void testform::play(QString fileName)
         fileName = Executables::any();
     }
     const QString dir = getClientDir(version);
-    const QStringList executables = QDir(dir).entryList({fileName});
-    if (executables.isEmpty()) {
+    const QString program = firstProgramIn(dir, fileName);
+    if (program.isEmpty()) {
         return;
     }
     // The shell starts the program; whether it could is not examined.
-    QDesktopServices::openUrl(
-        QUrl::fromLocalFile(dir + QLatin1Char('/') + executables.constFirst()));
+    QDesktopServices::openUrl(QUrl::fromLocalFile(dir + QLatin1Char('/') + program));
 }

@@ -66,8 +66,9 @@ void testform::deleteOlderVersions()
 {
     const QString parent = getParentDir();
     // With nothing selected the parent is the root of the drive, and a document can name a folder
-    // elsewhere: only what lies in the game's own folder is ever removed.
-    if (!hasPlainFolder() || !liesInsideWorkingDirectory(parent)) {
+    // elsewhere: only what lies in the game's own folder is ever removed, or where the player has
+    // moved it by a link in the server's or the client's place.
+    if (!hasPlainFolder()) {
         return;
     }
     const QString current = getClientDir();
@@ -82,7 +83,7 @@ void testform::deleteOlderVersions()
         }
         const QString path = parent + QLatin1Char('/') + name;
         if (!path.endsWith(current)) {
-            (void)Removal::removeFolder(path);
+            (void)Removal::removeVersion(parent, name);
         }
     }
 }

@@ -1,10 +1,10 @@
 // Downloading the selected client, and what the window shows meanwhile and at the end.
 
+#include "base/pathsafety.h"
 #include "install/downloadmanager.h"
 #include "ui_testform.h"
 #include "window/testform.h"
 
-#include <QDir>
 #include <QUrl>
 
 void testform::downloadClient()
@@ -50,9 +50,9 @@ void testform::updateFinished()
         selectedClientInfo.version.isEmpty() ? installed : selectedClientInfo.version;
 
     // Success is judged by the directory alone: a failed transfer never makes it, a failed
-    // extraction leaves it behind. What is no plain name was never unpacked into, though a folder
-    // may be there.
-    if (isPlainEntry() && QDir(getClientDir(version)).exists()) {
+    // extraction leaves it behind. What is no plain name, or a link, was never unpacked into,
+    // though a folder may be there.
+    if (isPlainEntry() && isFolderItself(getClientDir(version))) {
         ui->downloadProgressText->setText(QStringLiteral("Download finished: version ") +
                                           selectedClientInfo.version);
     } else {

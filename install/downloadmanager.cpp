@@ -14,7 +14,6 @@
 #include <QTimer>
 #include <QTimerEvent>
 
-#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -37,9 +36,7 @@ QString encoded(const QUrl &url)
 // A version without a name is unpacked beside the others.
 bool mayBeUnpackedInto(const QString &parentDir, const QString &version)
 {
-    const QStringList levels =
-        parentDir.isEmpty() ? QStringList() : parentDir.split(QLatin1Char('/'));
-    return levels.size() <= 2 && std::all_of(levels.begin(), levels.end(), isPlainName) &&
+    return (parentDir.isEmpty() || isPlainWay(parentDir, 2)) &&
            (version.isEmpty() || isPlainName(version));
 }
 } // namespace
@@ -243,6 +240,12 @@ void DownloadManager::install()
     // beside the launcher, where it looks for plug-ins; or no server at all. Nothing is unpacked
     // there, and the download counts as failed.
     if (!mayBeUnpackedInto(dir, clientVersion) || !wouldLieInsideWorkingDirectory(folder)) {
+        (void)Removal::removeFile(filename);
+        return;
+    }
+    // Server and client may be links of the player's, to another drive. Through one in the
+    // version's place the archive would be unpacked over whatever lies there.
+    if (!clientVersion.isEmpty() && !Removal::removeVersionLink(dir, clientVersion)) {
         (void)Removal::removeFile(filename);
         return;
     }

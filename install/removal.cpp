@@ -1,6 +1,7 @@
 #include "install/removal.h"
 
 #include "base/pathsafety.h"
+#include "base/plainname.h"
 
 #include <QDir>
 #include <QFile>
@@ -8,11 +9,6 @@
 
 namespace
 {
-bool isLink(const QFileInfo &entry)
-{
-    return entry.isSymLink() || entry.isJunction();
-}
-
 // On Windows a link to a folder goes the way of folders; elsewhere every link goes that of files.
 bool removeLink(const QString &path)
 {
@@ -38,7 +34,7 @@ bool removeTree(const QString &path)
                                                            QDir::System | QDir::NoDotAndDotDot);
     for (const QFileInfo &entry : entries) {
         const QString name = entry.filePath();
-        if (isLink(entry)) {
+        if (isLinkOrJunction(entry)) {
             removed = removeLink(name) && removed;
         } else if (entry.isDir()) {
             removed = removeTree(name) && removed;
@@ -47,6 +43,48 @@ bool removeTree(const QString &path)
         }
     }
     return QDir().rmdir(path) && removed;
+}
+
+bool removeTreeOrLink(const QString &path)
+{
+    const QFileInfo info(path);
+    if (!info.isDir()) {
+        return false;
+    }
+    return isLinkOrJunction(info) ? removeLink(path) : removeTree(path);
+}
+
+// Whether a link makes the launcher's own folder, or one around it, the client's. What lies there
+// is no version of it.
+bool leadsBack(const QString &client)
+{
+    QString place = QDir(client).canonicalPath();
+    if (!place.endsWith(QLatin1Char('/'))) {
+        place += QLatin1Char('/');
+    }
+    return (QDir::current().canonicalPath() + QLatin1Char('/')).startsWith(place);
+}
+
+// By plain names nothing leads out of the working directory but a link in the server's or in the
+// client's place. The player has made it: what is unpacked lies further down.
+bool isPlainVersion(const QString &client, const QString &version)
+{
+    return client.contains(QLatin1Char('/')) && isPlainWay(client, 2) && isPlainName(version);
+}
+
+QString pathOf(const QString &client, const QString &version)
+{
+    return client.isEmpty() ? version : client + QLatin1Char('/') + version;
+}
+
+bool isRemovableVersion(const QString &client, const QString &version)
+{
+    // Without a name of its own the path would be that of the client.
+    if (version.isEmpty() || version.contains(QLatin1Char('/')) ||
+        (!client.isEmpty() && leadsBack(client))) {
+        return false;
+    }
+    return isPlainVersion(client, version) || Removal::isAllowed(pathOf(client, version));
 }
 } // namespace
 
@@ -73,7 +111,7 @@ bool Removal::removeFile(const QString &path)
         return false;
     }
     const QFileInfo info(path);
-    if (isLink(info)) {
+    if (isLinkOrJunction(info)) {
         return removeLink(path);
     }
     return !info.isDir() && removePlainFile(path);
@@ -81,12 +119,19 @@ bool Removal::removeFile(const QString &path)
 
 bool Removal::removeFolder(const QString &path)
 {
-    if (!isAllowed(path)) {
-        return false;
+    return isAllowed(path) && removeTreeOrLink(path);
+}
+
+bool Removal::removeVersion(const QString &client, const QString &version)
+{
+    return isRemovableVersion(client, version) && removeTreeOrLink(pathOf(client, version));
+}
+
+bool Removal::removeVersionLink(const QString &client, const QString &version)
+{
+    const QString path = pathOf(client, version);
+    if (!isLinkOrJunction(QFileInfo(path))) {
+        return true;
     }
-    const QFileInfo info(path);
-    if (!info.isDir()) {
-        return false;
-    }
-    return isLink(info) ? removeLink(path) : removeTree(path);
+    return isRemovableVersion(client, version) && removeLink(path);
 }

@@ -35,6 +35,8 @@ private slots:
     void nothingLiesInARemovedWorkingDirectory();
     void fileOfWorkingDirectory_data();
     void fileOfWorkingDirectory();
+    void folderItself_data();
+    void folderItself();
 
 private:
     // "<scratch>/installation" is the working directory, "<scratch>/elsewhere" lies outside it.
@@ -199,6 +201,36 @@ void TestPathSafety::fileOfWorkingDirectory()
         MAKE_LINK(QStringLiteral("../elsewhere/new.txt"), QStringLiteral("broken.txt"));
     }
     QCOMPARE(isFileOfWorkingDirectory(file), inside);
+}
+
+void TestPathSafety::folderItself_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<bool>("itself");
+    QTest::newRow("a folder") << QStringLiteral("Alpha/Official") << true;
+    QTest::newRow("a folder that does not exist") << QStringLiteral("Beta") << false;
+    QTest::newRow("a file") << QStringLiteral("settings.txt") << false;
+    QTest::newRow("a link to a folder inside") << QStringLiteral("inner") << false;
+    QTest::newRow("a link to a folder outside") << QStringLiteral("outer") << false;
+    QTest::newRow("a link that leads nowhere") << QStringLiteral("broken") << false;
+    QTest::newRow("a folder behind a link") << QStringLiteral("outer/Alpha") << true;
+    QTest::newRow("what a link leads to") << QStringLiteral("inner/") << true;
+}
+
+void TestPathSafety::folderItself()
+{
+    QFETCH(QString, path);
+    QFETCH(bool, itself);
+    ScratchFolder::makeFolder(QStringLiteral("Alpha/Official"));
+    ScratchFolder::write(QStringLiteral("settings.txt"));
+    if (needsLinks()) {
+        MAKE_LINK(QStringLiteral("Alpha"), QStringLiteral("inner"));
+        MAKE_LINK(QStringLiteral("../elsewhere"), QStringLiteral("outer"));
+        MAKE_LINK(QStringLiteral("nowhere"), QStringLiteral("broken"));
+    }
+    QCOMPARE(isFolderItself(path), itself);
+    const QString name = path.section(QLatin1Char('/'), 0, 0);
+    QCOMPARE(isLinkOrJunction(QFileInfo(name)), needsLinks());
 }
 
 QTEST_GUILESS_MAIN(TestPathSafety)

@@ -18,6 +18,8 @@ private slots:
     void everySystem();
     void windows_data();
     void windows();
+    void ways_data();
+    void ways();
 };
 
 void TestPlainName::everySystem_data()
@@ -97,6 +99,35 @@ void TestPlainName::windows()
     // Here they are names as any other.
     QVERIFY(isPlainName(name));
 #endif
+}
+
+void TestPlainName::ways_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<bool>("plain");
+    const auto row = [](const char *path, bool plain) {
+        QTest::newRow(path) << text(path) << plain;
+    };
+    row("Alpha", true);
+    row("Alpha/Official", true);
+    row("Al pha/..2", true);
+    row("", false);
+    row("/", false);
+    row("/Alpha", false);
+    row("Alpha/", false);
+    row("Alpha//Official", false);
+    row("Alpha/..", false);
+    row("./Alpha", false);
+    row("Alpha/Official/1.0", false);
+    row("Alpha/Offi\ncial", false);
+}
+
+// Of two names at most.
+void TestPlainName::ways()
+{
+    QFETCH(QString, path);
+    QFETCH(bool, plain);
+    QCOMPARE(isPlainWay(path, 2), plain);
 }
 
 QTEST_GUILESS_MAIN(TestPlainName)

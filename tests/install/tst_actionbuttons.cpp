@@ -1,4 +1,5 @@
 #include "installworld.h"
+#include "support/links.h"
 #include "support/texts.h"
 #include "support/urlcatcher.h"
 
@@ -47,6 +48,12 @@ private slots:
     void playOnAMissingFolderRefreshesTheButtons();
     void playOnAFileOfSuchANameRefreshesTheButtons();
     void playWhileDownloadingOnlyDisables();
+    void playStartsAMovedClient_data();
+    void playStartsAMovedClient();
+    void playEntersNoLinkedVersion_data();
+    void playEntersNoLinkedVersion();
+    void playStartsNoLinkedProgram_data();
+    void playStartsNoLinkedProgram();
     void playStartsNothingOfNoPlainName_data();
     void playStartsNothingOfNoPlainName();
 
@@ -333,6 +340,95 @@ void TestActionButtons::playWhileDownloadingOnlyDisables()
     QCOMPARE(opened(desktop), QStringList());
     QCOMPARE(world.progressText(), QString());
     QCOMPARE(world.buttons(), text("Play-"));
+}
+
+void TestActionButtons::playStartsAMovedClient_data()
+{
+    QTest::addColumn<QString>("link");
+    QTest::addColumn<QString>("target");
+    QTest::newRow("the server's folder") << text("Alpha") << text("../Drive/Alpha");
+    QTest::newRow("the client's folder")
+        << text("Alpha/Official") << text("../../Drive/Alpha/Official");
+}
+
+void TestActionButtons::playStartsAMovedClient()
+{
+    QFETCH(QString, link);
+    QFETCH(QString, target);
+    const UrlCatcher desktop;
+    InstallWorld world;
+    world.offer(text("Official"), text("2.1"));
+    ScratchFolder::makeFolder(text("../Drive/Alpha/Official"));
+    ScratchFolder::makeFolder(QFileInfo(link).path());
+    MAKE_LINK(target, link);
+    world.install(text("2.1"));
+    QVERIFY(world.start());
+    QCOMPARE(WindowDriver::click(*world.window, text("btnPlay")), QString());
+    QCOMPARE(opened(desktop), QStringList{text("file:Alpha/Official/2.1/game.exe")});
+}
+
+void TestActionButtons::playEntersNoLinkedVersion_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::newRow("Official") << text("Official");
+    QTest::newRow("Beta") << text("Beta");
+}
+
+void TestActionButtons::playEntersNoLinkedVersion()
+{
+    QFETCH(QString, kind);
+    const UrlCatcher desktop;
+    InstallWorld world;
+    world.offer(kind, text("2.1"));
+    ScratchFolder::write(text("../Elsewhere/game_gl.exe"), "program");
+    ScratchFolder::makeFolder(text("Alpha/") + kind);
+    MAKE_LINK(text("../../../Elsewhere"), text("Alpha/") + kind + text("/2.1"));
+    QVERIFY(world.start());
+    const bool asks = kind == text("Beta");
+    const auto answered =
+        asks ? WindowDriver::answerNextDialog([](QDialog &dialog) { dialog.close(); })
+             : std::make_shared<bool>(false);
+    QCOMPARE(WindowDriver::click(*world.window, text("btnPlay")), QString());
+    QCOMPARE(*answered, asks);
+    QCOMPARE(opened(desktop), QStringList());
+}
+
+void TestActionButtons::playStartsNoLinkedProgram_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QStringList>("started");
+    QTest::newRow("the only one") << text("Official") << names("readme.txt") << QStringList();
+    QTest::newRow("beside a real one")
+        << text("Official") << names("game.exe") << names("game.exe");
+    QTest::newRow("of the chosen engine") << text("Beta") << names("game_dx.exe") << QStringList();
+}
+
+void TestActionButtons::playStartsNoLinkedProgram()
+{
+    QFETCH(QString, kind);
+    QFETCH(QStringList, files);
+    QFETCH(QStringList, started);
+    const UrlCatcher desktop;
+    InstallWorld world;
+    world.offer(kind, text("2.1"));
+    world.install(text("2.1"), files);
+    ScratchFolder::write(text("../Elsewhere/tool.exe"), "program");
+    const QString place = text("Alpha/") + kind + text("/2.1/");
+    MAKE_LINK(text("../../../../Elsewhere/tool.exe"), place + text("a_gl.exe"));
+    QVERIFY(QFile::exists(place + text("a_gl.exe")));
+    QVERIFY(world.start());
+    const bool asks = kind == text("Beta");
+    const auto answered =
+        asks ? WindowDriver::answerNextDialog([](QDialog &dialog) { dialog.close(); })
+             : std::make_shared<bool>(false);
+    QCOMPARE(WindowDriver::click(*world.window, text("btnPlay")), QString());
+    QCOMPARE(*answered, asks);
+    QStringList expected;
+    for (const QString &name : started) {
+        expected << text("file:") + place + name;
+    }
+    QCOMPARE(opened(desktop), expected);
 }
 
 void TestActionButtons::playStartsNothingOfNoPlainName_data()

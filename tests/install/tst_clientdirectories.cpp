@@ -64,6 +64,8 @@ private slots:
     void nothingIsRemovedForANameThatIsNone();
     void nothingOutsideIsRemoved_data();
     void nothingOutsideIsRemoved();
+    void movedClientIsCleanedUp_data();
+    void movedClientIsCleanedUp();
     void linkedVersionFolder_data();
     void linkedVersionFolder();
     void linksInsideAnOldVersionAreNotFollowed();
@@ -413,8 +415,8 @@ void TestClientDirectories::nothingOutsideIsRemoved_data()
     row("a client that climbs out", "Alpha", "../../Elsewhere");
     row("a client that leads to the installation folder", "Alpha", "..");
     row("server and client are the installation folder", ".", ".");
-    row("a server that is a link leading out", "linked", "Official");
-    row("a client that is a link leading out", "Alpha", "linked");
+    row("a client whose link leads to the installation folder", "Alpha", "here");
+    row("a client whose link leads to the folder around it", "Alpha", "above");
     row("a server whose link leads to the installation folder", "self", ".");
 }
 
@@ -428,8 +430,8 @@ void TestClientDirectories::nothingOutsideIsRemoved()
     makeEntries(text("Alpha/Official"), names("1.0/|1.0/game.exe"));
     makeEntries(text("Beta"), names("1.0/|zz/"));
     if (QByteArray(QTest::currentDataTag()).contains("link")) {
-        MAKE_LINK(text("../Elsewhere"), text("linked"));
-        MAKE_LINK(text("../../Elsewhere"), text("Alpha/linked"));
+        MAKE_LINK(text(".."), text("Alpha/here"));
+        MAKE_LINK(text("../.."), text("Alpha/above"));
         MAKE_LINK(text("."), text("self"));
     }
     const QStringList inside = ScratchFolder::tree();
@@ -445,6 +447,43 @@ void TestClientDirectories::nothingOutsideIsRemoved()
     window.deleteOlderVersions();
     QCOMPARE(folder.treeOutside(), outside);
     QCOMPARE(ScratchFolder::tree(), inside);
+}
+
+void TestClientDirectories::movedClientIsCleanedUp_data()
+{
+    QTest::addColumn<QString>("link");
+    QTest::addColumn<QString>("target");
+    QTest::newRow("the server's folder") << text("Alpha") << text("../Drive/Alpha");
+    QTest::newRow("the client's folder")
+        << text("Alpha/Official") << text("../../Drive/Alpha/Official");
+}
+
+// A player has moved the games to another drive, and made a link where they were.
+void TestClientDirectories::movedClientIsCleanedUp()
+{
+    QFETCH(QString, link);
+    QFETCH(QString, target);
+    const ScratchFolder folder;
+    makeEntries(text("../Precious"), names("letter.txt|2.0/game.exe"));
+    makeEntries(text("../Drive/Beta"), names("1.0/game.exe"));
+    makeEntries(text("../Drive/Alpha/Official"),
+                names("1.0/game.exe|2.0/game.exe|3.0/game.exe|notes.txt"));
+    ScratchFolder::makeFolder(QFileInfo(link).path());
+    MAKE_LINK(target, link);
+    // Further down nobody follows any.
+    MAKE_LINK(folder.outside() + text("/Precious"), text("Alpha/Official/1.0/data"));
+    MAKE_LINK(folder.outside() + text("/Precious"), text("Alpha/Official/0.9"));
+    testform window;
+    window.selectedClientInfo = client(text("Alpha"), text("Official"), text("2.0"));
+    QCOMPARE(window.getInstalledVersion(), text("3.0"));
+    window.deleteOlderVersions();
+    QCOMPARE(folder.treeOutside(),
+             names("Drive/|Drive/Alpha/|Drive/Alpha/Official/|Drive/Alpha/Official/2.0/|"
+                   "Drive/Alpha/Official/2.0/game.exe|Drive/Alpha/Official/notes.txt|Drive/Beta/|"
+                   "Drive/Beta/1.0/|Drive/Beta/1.0/game.exe|Precious/|Precious/2.0/|"
+                   "Precious/2.0/game.exe|Precious/letter.txt"));
+    QVERIFY(QFileInfo(link).isSymLink());
+    QCOMPARE(window.getInstalledVersion(), text("2.0"));
 }
 
 void TestClientDirectories::linkedVersionFolder_data()

@@ -1,6 +1,7 @@
 #include "install/downloadmanager.h"
 #include "installworld.h"
 #include "progressdue.h"
+#include "support/links.h"
 #include "support/texts.h"
 
 #include <QApplication>
@@ -91,6 +92,8 @@ private slots:
     void progressDisablesAgainWhatASelectionEnabled();
     void successfulDownload();
     void successfulUpdateLeavesOnlyTheNewVersion();
+    void movedClientIsRolledBack();
+    void linkedVersionDoesNotCountAsArrived();
     void howItEnds_data();
     void howItEnds();
     void refusedConnection();
@@ -276,6 +279,48 @@ void TestClientDownload::successfulUpdateLeavesOnlyTheNewVersion()
     QCOMPARE(InstallWorld::clients(),
              names("Alpha/Beta/|Alpha/Beta/1.0/|Alpha/Beta/1.0/game.exe|Alpha/Official/|"
                    "Alpha/Official/2.1/|Alpha/Official/2.1/game.exe|Alpha/Official/notes.txt"));
+}
+
+// The games lie on another drive, and a link stands where the server's folder was.
+void TestClientDownload::movedClientIsRolledBack()
+{
+    InstallWorld world;
+    world.offer(text("Official"), text("2.1"));
+    ScratchFolder::makeFolder(text("../Drive"));
+    MAKE_LINK(text("../Drive"), text("Alpha"));
+    world.install(text("3.0"), names("game.exe|data/map.bin"));
+    world.server.serve(world.archive, gameArchive());
+    Archives::provideExtractor();
+    QVERIFY(world.start());
+    QCOMPARE(world.buttons(), text("Update Play_2"));
+    QCOMPARE(WindowDriver::click(*world.window, text("btnUpdate")), QString());
+    QVERIFY(world.waitForTheEnd());
+    QCOMPARE(world.progressText(), text("Download finished: version 2.1"));
+    QCOMPARE(world.buttons(), text("Play"));
+    QCOMPARE(world.folder.treeOutside(), names("Drive/|Drive/Official/|Drive/Official/2.1/|"
+                                               "Drive/Official/2.1/game.exe"));
+}
+
+// What lies behind the link is no version that arrived.
+void TestClientDownload::linkedVersionDoesNotCountAsArrived()
+{
+    InstallWorld world;
+    world.offer(text("Official"), text("2.1"));
+    ScratchFolder::write(text("../Elsewhere/letter.txt"), "mine");
+    ScratchFolder::makeFolder(text("Alpha/Official"));
+    MAKE_LINK(world.folder.outside() + text("/Elsewhere"), text("Alpha/Official/2.1"));
+    QVERIFY(world.start());
+    world.window->on_btnDownload_clicked();
+    QVERIFY(world.waitForTheEnd());
+    QCOMPARE(world.progressText(), text("Download failed"));
+    world.server.serve(world.archive, gameArchive());
+    Archives::provideExtractor();
+    world.window->on_btnDownload_clicked();
+    QVERIFY(world.waitForTheEnd());
+    QCOMPARE(world.progressText(), text("Download finished: version 2.1"));
+    QCOMPARE(InstallWorld::clients(),
+             names("Alpha/Official/|Alpha/Official/2.1/|Alpha/Official/2.1/game.exe"));
+    QCOMPARE(world.folder.treeOutside(), names("Elsewhere/|Elsewhere/letter.txt"));
 }
 
 void TestClientDownload::howItEnds_data()

@@ -3,6 +3,7 @@
 #include "support/archives.h"
 #include "support/consolecapture.h"
 #include "support/httpserver.h"
+#include "support/links.h"
 #include "support/scratchfolder.h"
 
 #include <QDir>
@@ -31,6 +32,11 @@ private slots:
     void withoutParentFolderTheVersionFolderLiesInTheWorkingDirectory();
     void folderOfNoPlainNameIsNotUnpackedInto_data();
     void folderOfNoPlainNameIsNotUnpackedInto();
+
+    void movedClientIsUnpackedInto_data();
+    void movedClientIsUnpackedInto();
+    void linkedVersionIsNotUnpackedThrough_data();
+    void linkedVersionIsNotUnpackedThrough();
 
     void extractorArguments_data();
     void extractorArguments();
@@ -119,6 +125,75 @@ void TestDownloadUnpacking::folderOfNoPlainNameIsNotUnpackedInto()
     QCOMPARE(manager.findChildren<QProcess *>().size(), 0);
     QCOMPARE(ScratchFolder::tree(), QStringList{text("unzip.exe")});
     QCOMPARE(folder.treeOutside(), QStringList());
+}
+
+void TestDownloadUnpacking::movedClientIsUnpackedInto_data()
+{
+    QTest::addColumn<QString>("link");
+    QTest::addColumn<QString>("target");
+    QTest::newRow("the server's folder") << text("Alpha") << text("../Drive/Alpha");
+    QTest::newRow("the client's folder")
+        << text("Alpha/Official") << text("../../Drive/Alpha/Official");
+}
+
+void TestDownloadUnpacking::movedClientIsUnpackedInto()
+{
+    QFETCH(QString, link);
+    QFETCH(QString, target);
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serve(text("client.zip"), Archives::zip({{text("game.exe"), "game"}}));
+    Archives::provideExtractor();
+    ScratchFolder::makeFolder(text("../Drive/Alpha/Official"));
+    ScratchFolder::makeFolder(QFileInfo(link).path());
+    MAKE_LINK(target, link);
+    DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
+    manager.append(QUrl(server.url(text("client.zip"))));
+    QVERIFY(runToTheEnd(manager));
+    QCOMPARE(ScratchFolder::read(text("../Drive/Alpha/Official/1.0/game.exe")), QByteArray("game"));
+    QVERIFY(QFileInfo(link).isSymLink());
+}
+
+void TestDownloadUnpacking::linkedVersionIsNotUnpackedThrough_data()
+{
+    QTest::addColumn<QString>("parent");
+    QTest::addColumn<QString>("target"); // %1: the folder around the installation folder
+    QTest::newRow("out of the installation folder")
+        << text("Alpha/Official") << text("%1/Elsewhere");
+    QTest::newRow("to the folder beside the launcher's plug-ins")
+        << text("Alpha/Official") << text("../../imageformats");
+    QTest::newRow("to another version") << text("Alpha/Official") << text("0.9");
+    QTest::newRow("to nowhere yet") << text("Alpha/Official") << text("%1/Elsewhere/new");
+    QTest::newRow("to a file") << text("Alpha/Official") << text("%1/Elsewhere/letter.txt");
+    QTest::newRow("of a client that was moved") << text("moved/Official") << text("%1/Elsewhere");
+}
+
+// The link goes, and the version has a folder of its own.
+void TestDownloadUnpacking::linkedVersionIsNotUnpackedThrough()
+{
+    QFETCH(QString, parent);
+    QFETCH(QString, target);
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serve(text("client.zip"), Archives::zip({{text("game.exe"), "game"}}));
+    Archives::provideExtractor();
+    ScratchFolder::write(text("../Elsewhere/letter.txt"), "mine");
+    ScratchFolder::makeFolder(text("../Drive/Official"));
+    ScratchFolder::makeFolder(text("Alpha/Official/0.9"));
+    ScratchFolder::makeFolder(text("imageformats"));
+    MAKE_LINK(text("../Drive"), text("moved"));
+    const QString version = parent + text("/1.0");
+    MAKE_LINK(target.replace(text("%1"), folder.outside()), version);
+    DownloadManager manager(nullptr, text("1.0"), parent);
+    manager.append(QUrl(server.url(text("client.zip"))));
+    QVERIFY(runToTheEnd(manager));
+    QVERIFY(!QFileInfo(version).isSymLink());
+    QCOMPARE(ScratchFolder::read(version + text("/game.exe")), QByteArray("game"));
+    QCOMPARE(QDir(text("../Elsewhere")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList{text("letter.txt")});
+    QCOMPARE(ScratchFolder::read(text("../Elsewhere/letter.txt")), QByteArray("mine"));
+    QVERIFY(QDir(text("imageformats")).isEmpty());
+    QVERIFY(QDir(text("Alpha/Official/0.9")).isEmpty());
 }
 
 void TestDownloadUnpacking::extractorArguments_data()

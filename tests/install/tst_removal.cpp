@@ -33,6 +33,13 @@ private slots:
     void wayThroughALink_data();
     void wayThroughALink();
     void whatIsNotThere();
+    void versionOfNoPlainName_data();
+    void versionOfNoPlainName();
+    void versionOfAMovedClient();
+    void linkedVersion_data();
+    void linkedVersion();
+    void folderThatALinkMakesAClients_data();
+    void folderThatALinkMakesAClients();
 
 private:
     QString filledIn(QString path) const;
@@ -298,6 +305,105 @@ void TestRemoval::whatIsNotThere()
     QVERIFY(!Removal::removeFile(text("missing.zip")));
     QVERIFY(!Removal::removeFolder(text("missing")));
     QVERIFY(!Removal::removeFolder(text("missing/1.0")));
+    QCOMPARE(everything(), before);
+}
+
+void TestRemoval::versionOfNoPlainName_data()
+{
+    QTest::addColumn<QString>("client");
+    QTest::addColumn<QString>("version");
+    const auto row = [](const char *client, const char *version) {
+        const QByteArray name = QByteArray(client) + '|' + version;
+        QTest::newRow(name.constData()) << text(client) << text(version);
+    };
+    row("Alpha/Official", "..");
+    row("Alpha/Official", ".");
+    row("Alpha/Official", "");
+    row("Alpha/Official", "../../../neighbour");
+    row("Alpha/..", "../neighbour");
+    row("../neighbour", "deep");
+    row("..", "neighbour");
+    row("", "../neighbour");
+    row("/", "");
+    row("%1", "neighbour");
+    row("%1/neighbour", "deep");
+    row("link/Official/1.0", "data");
+    row("link/..", "neighbour");
+}
+
+void TestRemoval::versionOfNoPlainName()
+{
+    QFETCH(QString, client);
+    QFETCH(QString, version);
+    makeFile(text("../neighbour/deep/letter.txt"));
+    makeFile(text("../neighbour/Official/1.0/data/letter.txt"));
+    if (client.startsWith(text("link"))) {
+        MAKE_LINK(text("../neighbour"), text("link"));
+    }
+    const QStringList before = everything();
+    client = filledIn(client);
+    QVERIFY(!Removal::removeVersion(client, version));
+    (void)Removal::removeVersionLink(client, version);
+    QCOMPARE(everything(), before);
+}
+
+void TestRemoval::versionOfAMovedClient()
+{
+    makeFile(text("../neighbour/Official/1.0/game.exe"));
+    makeFile(text("../neighbour/Official/2.0/game.exe"));
+    MAKE_LINK(text("../neighbour"), text("moved"));
+    MAKE_LINK(text("../../../../%2").replace(text("%2"), QFileInfo(m_scratch->path()).fileName()),
+              text("moved/Official/1.0/back"));
+    QVERIFY(Removal::removeVersion(text("moved/Official"), text("1.0")));
+    QVERIFY(!QFileInfo::exists(text("../neighbour/Official/1.0")));
+    QVERIFY(QFileInfo::exists(text("../neighbour/Official/2.0/game.exe")));
+    QVERIFY(QFileInfo::exists(text("Alpha/Official/1.0/game.exe")));
+    QVERIFY(isLink(text("moved")));
+    // The general guard knows of no such links.
+    QVERIFY(!Removal::removeFolder(text("moved/Official/2.0")));
+    QVERIFY(QFileInfo::exists(text("../neighbour/Official/2.0/game.exe")));
+}
+
+void TestRemoval::linkedVersion_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::newRow("to a folder outside") << text("../../../neighbour");
+    QTest::newRow("to another version") << text("1.0");
+    QTest::newRow("to a file") << text("../../client.zip");
+    QTest::newRow("to nowhere") << text("nowhere");
+}
+
+void TestRemoval::linkedVersion()
+{
+    QFETCH(QString, target);
+    const QStringList before = everything();
+    MAKE_LINK(target, text("Alpha/Official/3.0"));
+    QVERIFY(isLink(text("Alpha/Official/3.0")));
+    QVERIFY(Removal::removeVersionLink(text("Alpha/Official"), text("3.0")));
+    QVERIFY(!isLink(text("Alpha/Official/3.0")));
+    // A folder, or nothing, is no link.
+    QVERIFY(Removal::removeVersionLink(text("Alpha/Official"), text("2.0")));
+    QVERIFY(Removal::removeVersionLink(text("Alpha/Official"), text("3.0")));
+    QCOMPARE(everything(), before);
+}
+
+void TestRemoval::folderThatALinkMakesAClients_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<QString>("version");
+    QTest::newRow("the installation folder") << text("..") << text("Alpha");
+    QTest::newRow("the folder around it") << text("../..") << text("neighbour");
+    QTest::newRow("the root of the drive") << text("/") << text("missing");
+}
+
+// What such a link leads to is no client: it holds the launcher itself.
+void TestRemoval::folderThatALinkMakesAClients()
+{
+    QFETCH(QString, target);
+    QFETCH(QString, version);
+    MAKE_LINK(target, text("Alpha/round"));
+    const QStringList before = everything();
+    QVERIFY(!Removal::removeVersion(text("Alpha/round"), version));
     QCOMPARE(everything(), before);
 }
 
