@@ -1,6 +1,8 @@
+#include "install/gamefolder.h"
 #include "window/testform.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QIcon>
 
 int main(int argc, char *argv[])
@@ -9,6 +11,11 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral("Emberwake Online Launcher"));
     QApplication::setApplicationVersion(QStringLiteral(EMBERWAKE_VERSION));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/clienticon.ico")));
+
+    // Before anything is read. Where it cannot be entered, the launcher stays where it is.
+    const QString folder =
+        GameFolder::choose(QDir::currentPath(), QApplication::applicationDirPath());
+    (void)QDir::setCurrent(folder);
 
     testform window;
     window.show();

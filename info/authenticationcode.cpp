@@ -3,6 +3,7 @@
 #include "window/testform.h"
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QInputDialog>
 #include <QKeyEvent>
 #include <QMessageBox>
@@ -58,5 +59,9 @@ void testform::offerRestart()
     // kept: the whole argument list goes along, so the new launcher receives its own path once
     // more as its first argument. It takes no arguments; scripts around it may count them.
     const QStringList arguments = QApplication::arguments();
-    QProcess::startDetached(arguments.value(0), arguments);
+    // A relative path counts from where the launcher was started, which need not be the game's
+    // folder.
+    const QString program = arguments.value(0);
+    QProcess::startDetached(
+        QFileInfo::exists(program) ? program : QApplication::applicationFilePath(), arguments);
 }

@@ -3,7 +3,9 @@
 #include "window/testform.h"
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QIcon>
+#include <QProcess>
 #include <QTest>
 #include <QTimer>
 
@@ -14,6 +16,9 @@
 
 namespace
 {
+const QString asLauncher = QStringLiteral("--as-launcher");
+QString ownFile;
+
 struct Seen {
     QString name;
     QString version;
@@ -61,6 +66,8 @@ class TestMain : public QObject
 
 private slots:
     void identityWindowAndExitCode();
+    void worksWhereTheExtractorIs_data();
+    void worksWhereTheExtractorIs();
 };
 
 void TestMain::identityWindowAndExitCode()
@@ -81,5 +88,45 @@ void TestMain::identityWindowAndExitCode()
     QCOMPARE(QApplication::instance(), nullptr);
 }
 
-QTEST_APPLESS_MAIN(TestMain)
+void TestMain::worksWhereTheExtractorIs_data()
+{
+    QTest::addColumn<bool>("extractorHere");
+    QTest::addColumn<QString>("settings");
+    QTest::newRow("it lies beside the program alone") << false << QStringLiteral("program");
+    QTest::newRow("it lies where the launcher was started, too") << true << QStringLiteral("here");
+}
+
+// A program of its own, started from another folder: settings.txt tells where it worked.
+void TestMain::worksWhereTheExtractorIs()
+{
+    QFETCH(bool, extractorHere);
+    QFETCH(QString, settings);
+    const ScratchFolder folder;
+    const QString program =
+        folder.path() + QStringLiteral("/program/") + QFileInfo(ownFile).fileName();
+    ScratchFolder::write(QStringLiteral("program/unzip.exe"));
+    ScratchFolder::makeFolder(QStringLiteral("here"));
+    if (extractorHere) {
+        ScratchFolder::write(QStringLiteral("here/unzip.exe"));
+    }
+    QVERIFY(QFile::copy(ownFile, program));
+
+    QProcess launcher;
+    launcher.setWorkingDirectory(folder.path() + QStringLiteral("/here"));
+    launcher.start(program, {asLauncher});
+    QVERIFY(launcher.waitForFinished(60000));
+    QCOMPARE(launcher.exitCode(), 0);
+    const QStringList found = ScratchFolder::tree().filter(QStringLiteral("settings.txt"));
+    QCOMPARE(found, QStringList{settings + QStringLiteral("/settings.txt")});
+}
+
+int main(int argc, char *argv[])
+{
+    ownFile = QFileInfo(QString::fromLocal8Bit(argv[0])).absoluteFilePath();
+    if (argc == 2 && asLauncher == QLatin1String(argv[1])) {
+        return launcherMain(argc, argv);
+    }
+    TestMain test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_main.moc"
