@@ -42,6 +42,12 @@ bool wouldLieInsideWorkingDirectory(const QString &directory)
            isBelow(QDir::cleanPath(root.absoluteFilePath(directory)), root.path());
 }
 
+bool isFileOrFree(const QString &fileName)
+{
+    const QFileInfo info(fileName);
+    return !info.isSymLink() && (!info.exists() || info.isFile());
+}
+
 bool isFileOfWorkingDirectory(const QString &fileName)
 {
     if (QFileInfo(fileName).isSymLink()) {

@@ -18,6 +18,11 @@ bool liesInsideWorkingDirectory(const QString &directory);
 // The same by the path's text alone, for a directory that may not exist yet.
 bool wouldLieInsideWorkingDirectory(const QString &directory);
 
+// Whether a file of the launcher's own, existing or not, may be written under this name: no link,
+// which may lead anywhere, and nothing else that is no file, such as a pipe, at which a writer
+// would wait for ever.
+bool isFileOrFree(const QString &fileName);
+
 // Whether the file, existing or not, would lie in the working directory or below it. A link does
 // not: what it leads to may lie anywhere.
 bool isFileOfWorkingDirectory(const QString &fileName);

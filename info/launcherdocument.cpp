@@ -1,6 +1,7 @@
 // The launcher document: fetching it, its offline copy, and applying what it says to the window.
 
 #include "base/console.h"
+#include "base/pathsafety.h"
 #include "fetch/filedownloader.h"
 #include "info/launcherdocumentreader.h"
 #include "ui_testform.h"
@@ -9,6 +10,7 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QFile>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QTextStream>
 #include <QUrl>
@@ -18,7 +20,7 @@ namespace
 QString readOfflineCopy(const QString &fileName)
 {
     QFile file(fileName);
-    if (!file.exists() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+    if (!QFileInfo(fileName).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         return {};
     }
     return QTextStream(&file).readAll();
@@ -30,7 +32,7 @@ void writeOfflineCopy(const QString &fileName, const QString &text)
     QFile file(fileName);
     // kept: the file is not truncated, so a shorter document leaves the tail of a longer one
     // behind it. The copy is never read back in normal operation.
-    if (file.open(QIODevice::ReadWrite)) {
+    if (isFileOrFree(fileName) && file.open(QIODevice::ReadWrite)) {
         QTextStream(&file) << text;
     }
 }

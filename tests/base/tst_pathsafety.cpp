@@ -33,6 +33,7 @@ private slots:
     void folderToBeMade_data();
     void folderToBeMade();
     void nothingLiesInARemovedWorkingDirectory();
+    void fileOrFree();
     void fileOfWorkingDirectory_data();
     void fileOfWorkingDirectory();
     void folderItself_data();
@@ -163,6 +164,19 @@ void TestPathSafety::nothingLiesInARemovedWorkingDirectory()
     QVERIFY(!liesInsideWorkingDirectory(QStringLiteral("/tmp")));
     QVERIFY(!isFileOfWorkingDirectory(m_scratch->filePath(QStringLiteral("elsewhere/a.png"))));
     QVERIFY(!isFileOfWorkingDirectory(QStringLiteral("a.png")));
+}
+
+void TestPathSafety::fileOrFree()
+{
+    ScratchFolder::write(QStringLiteral("settings.txt"));
+    ScratchFolder::makeFolder(QStringLiteral("folder"));
+    QVERIFY(isFileOrFree(QStringLiteral("settings.txt")));
+    QVERIFY(isFileOrFree(QStringLiteral("new.txt")));
+    QVERIFY(!isFileOrFree(QStringLiteral("folder")));
+    MAKE_LINK(QStringLiteral("settings.txt"), QStringLiteral("link.txt"));
+    MAKE_LINK(QStringLiteral("nowhere.txt"), QStringLiteral("broken.txt"));
+    QVERIFY(!isFileOrFree(QStringLiteral("link.txt")));
+    QVERIFY(!isFileOrFree(QStringLiteral("broken.txt")));
 }
 
 void TestPathSafety::fileOfWorkingDirectory_data()

@@ -1,6 +1,7 @@
 #include "info/serverbutton.h"
 #include "info/world.h"
 #include "support/consolecapture.h"
+#include "support/links.h"
 #include "support/localencoding.h"
 #include "support/messagelog.h"
 #include "support/testsettings.h"
@@ -10,8 +11,15 @@
 
 #include <QLayout>
 #include <QMessageBox>
+#include <QScopeGuard>
 #include <QTest>
 #include <QThreadPool>
+
+#ifndef Q_OS_WIN
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 namespace
 {
@@ -63,6 +71,8 @@ class TestLauncherDocument : public QObject
 private slots:
     void bodyIsCopied_data();
     void bodyIsCopied();
+    void copyIsNotWrittenThroughALink();
+    void copyIsNotWrittenIntoAPipe();
     void copyThatCannotBeWrittenIsNoHindrance();
     void everyStartElementIsNamedOnStandardOutput();
     void brokenElementIsReportedAndWhatCameBeforeIsKept_data();
@@ -134,6 +144,40 @@ void TestLauncherDocument::bodyIsCopied()
     QVERIFY(World::answered(window));
     QVERIFY(QFile::exists(offlineTxt));
     QCOMPARE(ScratchFolder::read(offlineTxt), after);
+}
+
+// The player, or somebody else, may have put one there: what it leads to is no copy of ours.
+void TestLauncherDocument::copyIsNotWrittenThroughALink()
+{
+    World world;
+    world.publish({officialOf(QStringLiteral("Alpha"))});
+    ScratchFolder::write(QStringLiteral("../letter.txt"), "mine");
+    MAKE_LINK(QStringLiteral("../letter.txt"), offlineTxt);
+    testform window;
+    QVERIFY(World::answered(window));
+    QCOMPARE(columnsOf(window), 1);
+    QCOMPARE(ScratchFolder::read(QStringLiteral("../letter.txt")), QByteArray("mine"));
+}
+
+void TestLauncherDocument::copyIsNotWrittenIntoAPipe()
+{
+#ifdef Q_OS_WIN
+    QSKIP("pipes have no place in a folder here");
+#else
+    World world;
+    // More than a pipe takes before somebody reads.
+    world.publish({officialOf(QStringLiteral("Alpha")),
+                   QStringLiteral("<!-- %1 -->").arg(QString(100000, QLatin1Char('x')))});
+    QCOMPARE(mkfifo("offline.txt", 0600), 0);
+    // The writer finds a reader, who reads nothing: it would wait for ever for room.
+    const int reader = open("offline.txt", O_RDONLY | O_NONBLOCK);
+    const auto close = qScopeGuard([reader] { ::close(reader); });
+    testform window;
+    QVERIFY(World::answered(window));
+    QCOMPARE(columnsOf(window), 1);
+    char byte = 0;
+    QCOMPARE(read(reader, &byte, 1), ssize_t(0));
+#endif
 }
 
 void TestLauncherDocument::copyThatCannotBeWrittenIsNoHindrance()

@@ -1,4 +1,5 @@
 #include "info/world.h"
+#include "support/links.h"
 #include "support/localencoding.h"
 #include "support/windowdriver.h"
 #include "ui_testform.h"
@@ -15,6 +16,11 @@
 #include <QStatusBar>
 #include <QStatusTipEvent>
 #include <QTest>
+
+#ifndef Q_OS_WIN
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 namespace
 {
@@ -98,6 +104,11 @@ private slots:
     void fileIsWritten_data();
     void fileIsWritten();
     void fileThatCannotBeWrittenIsSkipped();
+    void fileIsReplacedAsAWhole();
+    void nothingIsWrittenThroughALink_data();
+    void nothingIsWrittenThroughALink();
+    void whatIsNoSettingsFileIsLeftAlone_data();
+    void whatIsNoSettingsFileIsLeftAlone();
     void whatIsWrittenIsReadBack_data();
     void whatIsWrittenIsReadBack();
 
@@ -276,6 +287,78 @@ void TestSettingsFile::fileThatCannotBeWrittenIsSkipped()
     window.writeSettings();
     QCOMPARE(ScratchFolder::tree(), before);
     QCOMPARE(ScratchFolder::read(QStringLiteral("settings.txt/within")), QByteArray("mine"));
+}
+
+// Whoever looks meanwhile, or after a kill, finds the old line or the new one: a second name of the
+// file still has the old one.
+void TestSettingsFile::fileIsReplacedAsAWhole()
+{
+#ifdef Q_OS_WIN
+    QSKIP("a second name cannot be given to a file here");
+#else
+    const ScratchFolder folder;
+    ScratchFolder::write(settingsTxt, "Alpha|Official|true|");
+    QCOMPARE(link("settings.txt", "before.txt"), 0);
+    testform window;
+    window.settings.client = QStringLiteral("Beta");
+    window.writeSettings();
+    QCOMPARE(ScratchFolder::read(settingsTxt), QByteArray("Alpha|Beta|true|"));
+    QCOMPARE(ScratchFolder::read(QStringLiteral("before.txt")), QByteArray("Alpha|Official|true|"));
+    QCOMPARE(ScratchFolder::tree(), (QStringList{QStringLiteral("before.txt"), settingsTxt}));
+#endif
+}
+
+void TestSettingsFile::nothingIsWrittenThroughALink_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::newRow("to a file elsewhere") << QStringLiteral("../letter.txt");
+    QTest::newRow("to a file in the folder") << QStringLiteral("letter.txt");
+    QTest::newRow("to nothing yet") << QStringLiteral("../new.txt");
+}
+
+void TestSettingsFile::nothingIsWrittenThroughALink()
+{
+    QFETCH(QString, target);
+    const ScratchFolder folder;
+    ScratchFolder::write(QStringLiteral("../letter.txt"), "mine");
+    ScratchFolder::write(QStringLiteral("letter.txt"), "mine");
+    MAKE_LINK(target, settingsTxt);
+    testform window;
+    window.settings.server = QStringLiteral("Alpha");
+    window.writeSettings();
+    QVERIFY(QFileInfo(settingsTxt).isSymLink());
+    QCOMPARE(ScratchFolder::read(QStringLiteral("../letter.txt")), QByteArray("mine"));
+    QCOMPARE(ScratchFolder::read(QStringLiteral("letter.txt")), QByteArray("mine"));
+    QVERIFY(!QFile::exists(QStringLiteral("../new.txt")));
+}
+
+void TestSettingsFile::whatIsNoSettingsFileIsLeftAlone_data()
+{
+    QTest::addColumn<bool>("isPipe");
+    QTest::newRow("a file that no launcher wrote: 2 MiB") << false;
+#ifndef Q_OS_WIN
+    QTest::newRow("a pipe, at which a reader would wait for ever") << true;
+#endif
+}
+
+void TestSettingsFile::whatIsNoSettingsFileIsLeftAlone()
+{
+    QFETCH(bool, isPipe);
+    const ScratchFolder folder;
+    if (isPipe) {
+#ifndef Q_OS_WIN
+        QCOMPARE(mkfifo("settings.txt", 0600), 0);
+#endif
+        testform window;
+        QCOMPARE(window.settings.server, QString());
+        window.writeSettings();
+        QVERIFY(!QFileInfo(settingsTxt).isFile());
+        return;
+    }
+    ScratchFolder::write(settingsTxt, "Alpha|Official|false|" + QByteArray(2 * 1024 * 1024, 'x'));
+    const testform window;
+    QCOMPARE(window.settings.server, QString());
+    QCOMPARE(window.settings.rememberSettings, true);
 }
 
 void TestSettingsFile::whatIsWrittenIsReadBack_data()
