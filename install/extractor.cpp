@@ -1,6 +1,7 @@
 #include "install/extractor.h"
 
 #include "base/console.h"
+#include "install/staleinput.h"
 
 #include <QDir>
 #include <QProcess>
@@ -54,6 +55,7 @@ void Extractor::unpack(const QString &archive, const QString &folder, QObject *p
         if (process->waitForStarted(-1)) {
             process->closeWriteChannel();
             process->waitForFinished(-1);
+            StaleInput::drop();
         }
         if (parent == nullptr) {
             delete process;

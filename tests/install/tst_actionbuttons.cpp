@@ -1,5 +1,7 @@
+#include "install/staleinput.h"
 #include "installworld.h"
 #include "support/links.h"
+#include "support/pointer.h"
 #include "support/texts.h"
 #include "support/urlcatcher.h"
 
@@ -59,6 +61,8 @@ private slots:
 
     void keyboardReachesNothingBeforeAChoice_data();
     void keyboardReachesNothingBeforeAChoice();
+
+    void clicksOnTheBlockedWindowAreNotObeyed();
 
     void engineBox();
     void engineDecidesTheProgram_data();
@@ -507,6 +511,45 @@ void TestActionButtons::keyboardReachesNothingBeforeAChoice()
     QCOMPARE(window.ui->downloadProgressText->text(), QString());
     QCOMPARE(opened(desktop), QStringList());
     QCOMPARE(ScratchFolder::read(text("mine.zip")), QByteArray("mine"));
+}
+
+// While the archive is unpacked nothing answers, and the player clicks again and again. Play takes
+// Download's place in the end.
+void TestActionButtons::clicksOnTheBlockedWindowAreNotObeyed()
+{
+#ifdef Q_OS_WIN
+    QSKIP("the extractor of this test moves the pointer with a tool of the other system");
+#else
+    InstallWorld world;
+    world.server.serve(world.archive, "an archive");
+    world.offer(QStringLiteral("Official"), QStringLiteral("2.1"));
+    QVERIFY(world.start());
+    const QWidget &button = *world.window->ui->btnDownload;
+    const QPoint place = button.mapToGlobal(button.rect().center());
+    // Its third argument is the folder; it ends when the display has taken all clicks.
+    ScratchFolder::write(QStringLiteral("unzip.exe"),
+                         QStringLiteral("#!/bin/sh\ntouch \"$3/game.exe\"\n"
+                                        "xdotool mousemove --sync %1 %2 click --repeat 4 1 && "
+                                        "touch clicked\n")
+                             .arg(place.x())
+                             .arg(place.y())
+                             .toUtf8());
+    QVERIFY(QFile::setPermissions(QStringLiteral("unzip.exe"),
+                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    const UrlCatcher desktop;
+    QCOMPARE(WindowDriver::click(*world.window, QStringLiteral("btnDownload")), QString());
+    QVERIFY(world.waitForTheEnd());
+    QVERIFY(QFile::exists(QStringLiteral("clicked")));
+    QCOMPARE(world.buttons(), QStringLiteral("Play"));
+
+    // What is clicked from now on counts, and nothing else.
+    QTRY_COMPARE(QCoreApplication::instance()->findChild<StaleInput *>(), nullptr);
+    QVERIFY(Pointer::moveTo(place));
+    QVERIFY(Pointer::press());
+    QVERIFY(Pointer::release());
+    QTRY_VERIFY(!desktop.opened.isEmpty());
+    QCOMPARE(opened(desktop), QStringList{QStringLiteral("file:Alpha/Official/2.1/game.exe")});
+#endif
 }
 
 void TestActionButtons::engineBox()
