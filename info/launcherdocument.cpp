@@ -1,6 +1,7 @@
 // The launcher document: fetching it, its offline copy, and applying what it says to the window.
 
 #include "base/console.h"
+#include "base/labeltext.h"
 #include "base/pathsafety.h"
 #include "fetch/filedownloader.h"
 #include "info/launcherdocumentreader.h"
@@ -43,8 +44,8 @@ void fillNewsItem(News &item, const NewsEntry &entry)
     item.description = entry.description;
     item.imageUrl = entry.imageUrl;
     item.newsUrl = entry.clickUrl;
-    item.labelTitle->setText(item.title);
-    item.labelSubtitle->setText(item.description);
+    showDocumentText(*item.labelTitle, item.title);
+    showDocumentText(*item.labelSubtitle, item.description);
 }
 } // namespace
 

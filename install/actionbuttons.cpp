@@ -1,5 +1,6 @@
 // The Play, Update and Download buttons, and starting the client.
 
+#include "base/labeltext.h"
 #include "base/pathsafety.h"
 #include "install/executables.h"
 #include "ui_testform.h"
@@ -158,7 +159,7 @@ QString testform::askGraphicsEngineFilter()
 void testform::play(QString fileName)
 {
     const QString version = getInstalledVersion();
-    ui->downloadProgressText->setText(QStringLiteral("Client version: ") + version);
+    showDocumentText(*ui->downloadProgressText, QStringLiteral("Client version: ") + version);
     if (fileName.isEmpty()) {
         fileName = Executables::any();
     }

@@ -1,5 +1,6 @@
 // The installed clients on disk: <server>/<client>/<version>/ under the working directory.
 
+#include "base/labeltext.h"
 #include "base/pathsafety.h"
 #include "base/plainname.h"
 #include "install/removal.h"
@@ -101,8 +102,8 @@ void testform::deleteInstallationFiles()
 // installed compares with what is offered.
 void testform::showClientVersion(const QString &version, const QString &installed)
 {
-    ui->labelClient->setText(selectedClientInfo.client.toUpper());
-    ui->labelClientVersion->setText(QLatin1Char('(') + version + QLatin1Char(')'));
+    showDocumentText(*ui->labelClient, selectedClientInfo.client.toUpper());
+    showDocumentText(*ui->labelClientVersion, QLatin1Char('(') + version + QLatin1Char(')'));
     ui->labelClientVersion->setStyleSheet(
         QStringLiteral("color: %1; background-color: rgba(0,0,0,0);")
             .arg(versionColour(installed, selectedClientInfo.version)));

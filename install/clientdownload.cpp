@@ -1,5 +1,6 @@
 // Downloading the selected client, and what the window shows meanwhile and at the end.
 
+#include "base/labeltext.h"
 #include "base/pathsafety.h"
 #include "install/downloadmanager.h"
 #include "ui_testform.h"
@@ -18,8 +19,8 @@ void testform::downloadClient()
         new DownloadManager(this, selectedClientInfo.version, getParentDir(), password);
 
     ui->downloadProgressBar->setVisible(true);
-    ui->downloadProgressText->setText(QStringLiteral("Downloading client version ") +
-                                      selectedClientInfo.version);
+    showDocumentText(*ui->downloadProgressText,
+                     QStringLiteral("Downloading client version ") + selectedClientInfo.version);
 
     connect(downloadManager, SIGNAL(updateProgress(QString, int)), this,
             SLOT(updateProgress(QString, int)));
@@ -29,8 +30,9 @@ void testform::downloadClient()
 
 void testform::updateProgress(QString msg, int prog)
 {
-    ui->downloadProgressText->setText(QStringLiteral("Downloading client version ") +
-                                      selectedClientInfo.version + QStringLiteral(": ") + msg);
+    showDocumentText(*ui->downloadProgressText, QStringLiteral("Downloading client version ") +
+                                                    selectedClientInfo.version +
+                                                    QStringLiteral(": ") + msg);
     ui->downloadProgressBar->setVisible(true);
     ui->downloadProgressBar->setValue(prog);
     updateButtonStates(QStringLiteral("updateProgress"));
@@ -53,10 +55,10 @@ void testform::updateFinished()
     // extraction leaves it behind. What is no plain name, or a link, was never unpacked into,
     // though a folder may be there.
     if (isPlainEntry() && isFolderItself(getClientDir(version))) {
-        ui->downloadProgressText->setText(QStringLiteral("Download finished: version ") +
-                                          selectedClientInfo.version);
+        showDocumentText(*ui->downloadProgressText, QStringLiteral("Download finished: version ") +
+                                                        selectedClientInfo.version);
     } else {
-        ui->downloadProgressText->setText(QStringLiteral("Download failed"));
+        showDocumentText(*ui->downloadProgressText, QStringLiteral("Download failed"));
     }
     showClientVersion(version, installed);
 

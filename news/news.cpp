@@ -1,6 +1,7 @@
 #include "news/news.h"
 
 #include "base/console.h"
+#include "base/labeltext.h"
 #include "fetch/imagedownloader.h"
 
 #include <QLabel>
@@ -50,8 +51,8 @@ void News::loadNews(bool isBuffer)
     } else {
         imageDownloader->downloadImage();
     }
-    labelTitle->setText(title);
-    labelSubtitle->setText(description);
+    showDocumentText(*labelTitle, title);
+    showDocumentText(*labelSubtitle, description);
 }
 
 QPixmap *News::getOriginalPixmap() const

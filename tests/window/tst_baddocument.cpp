@@ -1,13 +1,24 @@
 #include "badinputtest.h"
+#include "base/simplemarkup.h"
 #include "news/newsworld.h"
 #include "support/consolecapture.h"
+#include "support/relation.h"
 #include "support/scratchfolder.h"
 #include "ui_testform.h"
 #include "window/testform.h"
 
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QLayout>
 #include <QTest>
+
+#ifdef Q_OS_UNIX
+#include <atomic>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+#endif
 
 // What the player sees of a document that is broken, missing or none, and what it does to the disk.
 class TestBadDocument : public BadInputTest
@@ -25,6 +36,12 @@ private slots:
     void documentCutInTheMiddle();
     void documentWithClientsOnly();
     void documentWithNewsOnly();
+
+    void textThatNamesAFile_data();
+    void textThatNamesAFile();
+    void textThatTakesLong_data();
+    void textThatTakesLong();
+    void textWithSimpleMarkup();
 };
 
 // The yardstick of whatever goes wrong: with nothing wrong all of it is there.
@@ -216,6 +233,155 @@ void TestBadDocument::documentWithNewsOnly()
     QVERIFY(window.ui->serverButtonsGroup->layout() != nullptr);
     QCOMPARE(ScratchFolder::tree(),
              sorted(NewsWorld::cacheFiles() << QStringLiteral("offline.txt")));
+}
+
+void TestBadDocument::textThatNamesAFile_data()
+{
+    QTest::addColumn<QByteArray>("label");
+    for (const NewsWorld::Item &item : NewsWorld::items) {
+        QTest::addRow("the title of %s", item.description) << QByteArray(item.title);
+        QTest::addRow("the text of %s", item.description) << QByteArray(item.subtitle);
+    }
+    QTest::newRow("a client kind") << QByteArray("labelClient");
+    QTest::newRow("a version") << QByteArray("labelClientVersion");
+    QTest::newRow("a version that is downloaded") << QByteArray("downloadProgressText");
+}
+
+// Whatever a text names, nobody opens it: a pipe, on which a reader waits for ever.
+void TestBadDocument::textThatNamesAFile()
+{
+#ifdef Q_OS_UNIX
+    QFETCH(QByteArray, label);
+    const QString text = QStringLiteral("<IMG SRC='PIPE'>");
+    QCOMPARE(mkfifo("PIPE", 0600), 0);
+    NewsWorld world;
+    const bool inClient = label.startsWith("labelClient") || label == "downloadProgressText";
+    QStringList elements = world.elements();
+    for (int number = 0; number < NewsWorld::numItems; ++number) {
+        const NewsWorld::Item &item = NewsWorld::itemNumber(number);
+        elements[number] = Documents::news(
+            item.isSlide ? QStringLiteral("homenews") : QStringLiteral("news"),
+            label == item.title ? text : NewsWorld::titleOf(item),
+            label == item.subtitle ? text : NewsWorld::subtitleOf(item), world.pictureUrl(item));
+    }
+    const QString kind = label == "labelClient" ? text : QStringLiteral("OFFICIAL");
+    const QString version = inClient && label != "labelClient" ? text : QStringLiteral("1.0");
+    elements.prepend(Documents::client(alpha, kind, version));
+    world.publish(elements);
+
+    // Lets a reader go, so that a failure does not hang.
+    std::atomic<bool> isOver{false};
+    std::atomic<bool> wasOpened{false};
+    std::thread writer([&] {
+        while (!isOver) {
+            const int pipe = open("PIPE", O_WRONLY | O_CLOEXEC);
+            wasOpened = wasOpened || !isOver;
+            close(pipe);
+        }
+    });
+    {
+        Session session;
+        testform &window = session.window;
+        const ConsoleCapture console;
+        const bool shown =
+            session.show() && QTest::qWaitFor(
+                                  [&] {
+                                      return window.ui->labelConnecting->isHidden() &&
+                                             allPicturesAreAnswered(window);
+                                  },
+                                  limit);
+        if (inClient) {
+            window.onServerSelect(alpha + QLatin1Char('|') + kind);
+        }
+        if (label == "downloadProgressText") {
+            window.updateProgress(QStringLiteral("50 %"), 50);
+        }
+        const auto *const shownOn = NewsWorld::labelOf(window, label.constData());
+        window.setMenuState(inClient || label.startsWith("homeNews") ? 0 : 1);
+        window.ui->serverButtonsGroup->hide();
+        const QImage picture = window.grab().toImage();
+        const QString said = shownOn->text();
+        const QSize asked = shownOn->sizeHint();
+        isOver = true;
+        const int pipe = open("PIPE", O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        writer.join();
+        close(pipe);
+        QVERIFY(shown);
+        QVERIFY(!picture.isNull());
+        QVERIFY(asked.isValid());
+        QVERIFY2(said.contains(text), qPrintable(said));
+        QCOMPARE(shownOn->textFormat(), Qt::PlainText);
+    }
+    QVERIFY2(!wasOpened, "the file that a text names was opened");
+#else
+    QSKIP("there are no named pipes in a folder here");
+#endif
+}
+
+void TestBadDocument::textThatTakesLong_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("tables in tables")
+        << QStringLiteral("<table><tr><td>").repeated(28) + QStringLiteral("fire");
+    QTest::newRow("a text without an end") << QStringLiteral("fire ").repeated(400000);
+    QTest::newRow("a word without an end") << QString(2000000, QLatin1Char('x'));
+    QTest::newRow("lists in lists") << QStringLiteral("<ul><li>").repeated(1000);
+    QTest::newRow("the deepest lists, as often as possible")
+        << (QStringLiteral("<ul><li>").repeated(deepestMarkup / 2) +
+            QStringLiteral("</ul>").repeated(deepestMarkup / 2))
+               .repeated(48);
+    QTest::newRow("as many lines as possible")
+        << QStringLiteral("<p>").repeated(longestShownText / 3);
+    QTest::newRow("large letters") << QStringLiteral("<span style=\"font-size:999px\">") +
+                                          QString(longestShownText - 100, QLatin1Char('W'));
+    QTest::newRow("letters of many parts")
+        << QStringLiteral("x") + QString(longestShownText, QChar(0x0301));
+}
+
+// Each is painted within a tenth of a second or so; the limit leaves room for a busy machine.
+void TestBadDocument::textThatTakesLong()
+{
+    QFETCH(QString, text);
+    NewsWorld world;
+    world.publish({Documents::news(QStringLiteral("homenews"), QStringLiteral("Title"), text),
+                   Documents::news(QStringLiteral("news"), text, QStringLiteral("Text"))});
+    Session session;
+    testform &window = session.window;
+    const ConsoleCapture console;
+    QVERIFY(session.show());
+    QTRY_VERIFY_WITH_TIMEOUT(window.ui->labelConnecting->isHidden(), limit);
+    window.ui->serverButtonsGroup->hide();
+    const QLabel *const labels[] = {window.ui->homeNewsDescription, window.ui->titleNewsBig};
+    for (const QLabel *label : labels) {
+        window.setMenuState(label == labels[0] ? 0 : 1);
+        QElapsedTimer clock;
+        clock.start();
+        (void)label->sizeHint();
+        QVERIFY(!window.grab().isNull());
+        VERIFY_RELATION(label->text().size(), <=, longestShownText);
+        VERIFY_RELATION(clock.elapsed(), <, 5000);
+    }
+}
+
+// What an operator may have used all along.
+void TestBadDocument::textWithSimpleMarkup()
+{
+    const QString text = QStringLiteral("<span style=\"background-color:#ff0000; color:#ff0000\">"
+                                        "Fair</span><br/><b>tonight</b>");
+    NewsWorld world;
+    world.publish({Documents::news(QStringLiteral("homenews"), QStringLiteral("Title"), text)});
+    Session session;
+    testform &window = session.window;
+    const ConsoleCapture console;
+    QVERIFY(session.show());
+    QTRY_VERIFY_WITH_TIMEOUT(window.ui->labelConnecting->isHidden(), limit);
+    const QLabel *const label = window.ui->homeNewsDescription;
+    QCOMPARE(label->text(), text);
+    QCOMPARE(label->textFormat(), Qt::AutoText);
+    window.ui->serverButtonsGroup->hide();
+    const QRect ground(label->mapTo(&window, QPoint()), label->size());
+    const QImage picture = window.grab(ground).toImage();
+    QVERIFY(picture.pixel(2, 10) == 0xffff0000);
 }
 
 QTEST_MAIN(TestBadDocument)

@@ -1,0 +1,16 @@
+#include "base/labeltext.h"
+
+#include "base/simplemarkup.h"
+
+#include <QLabel>
+
+void showDocumentText(QLabel &label, const QString &text)
+{
+    const Qt::TextFormat format = isSimpleMarkup(text) ? Qt::AutoText : Qt::PlainText;
+    if (label.textFormat() != format) {
+        // The text of now must not be read by the rule of the next.
+        label.clear();
+        label.setTextFormat(format);
+    }
+    label.setText(shownPartOf(text));
+}
