@@ -83,11 +83,13 @@ private:
         if (!isPictureOfReasonableSize(body.data())) {
             m_findings << errorAt(
                 place, "picture-too-large",
-                QStringLiteral("the %1 %2 has too many pixels: players see an empty place")
+                QStringLiteral("the %1 %2 is too large or takes too long to decode: players see an "
+                               "empty place")
                     .arg(what, url.toString()),
-                QStringLiteral("publish no more than %1 million pixels")
+                QStringLiteral(
+                    "publish no more than %1 million pixels, saved anew by a common program")
                     .arg(largestPicture / 1000000));
-        } else if (QImage::fromData(body.data()).isNull()) {
+        } else if (decodedPicture(body.data()).isNull()) {
             m_findings << errorAt(
                 place, "not-a-picture",
                 QStringLiteral("the %1 %2 is no picture: players see an empty place")

@@ -31,11 +31,7 @@ QString nameOf(const QLabel *label)
 // can ask for gigabytes of memory.
 QPixmap decoded(const QByteArray &bytes)
 {
-    QPixmap picture;
-    if (isPictureOfReasonableSize(bytes)) {
-        (void)picture.loadFromData(bytes);
-    }
-    return picture;
+    return QPixmap::fromImage(decodedPicture(bytes));
 }
 // While it lives, the pool has room as if the thread it stands in were none of its own. Decoding a
 // picture borrows the same pool, and waits for it: behind the writers, the window would stand still

@@ -1,9 +1,14 @@
 #include "fetch/picturesize.h"
 
+#include "fetch/pictureparts.h"
+
 #include <QBuffer>
+#include <QImage>
 #include <QImageReader>
 #include <QSize>
 #include <QtEndian>
+
+#include <algorithm>
 
 namespace
 {
@@ -42,6 +47,45 @@ bool holdsItsIcons(const QByteArray &bytes)
     }
     return true;
 }
+
+// The formats of letters take the decoder fifty times as long as bytes of others.
+bool isOfLetters(const QByteArray &format, const QByteArray &bytes)
+{
+    const bool ofNumbers = bytes.size() > 1 && bytes.at(0) == 'P' && bytes.at(1) <= '3';
+    return ofNumbers || format == "xbm" || format == "xpm";
+}
+
+// Progressive pictures have about ten scans. Going over the largest picture once takes 35 ms.
+bool hasReasonableScans(const QByteArray &bytes, qint64 pixels)
+{
+    constexpr qint64 mostScans = 100;
+    constexpr qint64 scansOfLargest = 16;
+    const qint64 allowed = scansOfLargest * largestPicture / std::max<qint64>(pixels, 1);
+    return scansOfJpeg(bytes) <= std::min(mostScans, allowed);
+}
+
+// What the decoder is given.
+QByteArray essenceOf(const QByteArray &bytes)
+{
+    return withoutRestOfPng(withoutIconAround(bytes));
+}
+
+bool isReasonable(QByteArray essence)
+{
+    QBuffer buffer(&essence);
+    if (!buffer.open(QIODevice::ReadOnly)) {
+        return false;
+    }
+    // The size as the header tells it, before anything is decoded.
+    QImageReader reader(&buffer);
+    const QByteArray format = reader.format();
+    const QSize size =
+        reader.size().expandedTo(screenOfGif(essence)).expandedTo(sizeInIcon(essence));
+    const qint64 pixels = size.isValid() ? qint64(size.width()) * size.height() : 0;
+    return pixels <= largestPicture && hasReasonableScans(essence, pixels) &&
+           pixelsInGif(essence) <= largestPicture &&
+           (!isOfLetters(format, essence) || essence.size() <= longestPictureOfLetters);
+}
 } // namespace
 
 bool isPictureOfReasonableSize(const QByteArray &bytes)
@@ -49,12 +93,11 @@ bool isPictureOfReasonableSize(const QByteArray &bytes)
     if (!holdsItsIcons(bytes)) {
         return false;
     }
-    QByteArray data = bytes;
-    QBuffer buffer(&data);
-    if (!buffer.open(QIODevice::ReadOnly)) {
-        return false;
-    }
-    // The size as the header tells it, before anything is decoded.
-    const QSize size = QImageReader(&buffer).size().expandedTo(screenOfGif(bytes));
-    return !size.isValid() || qint64(size.width()) * size.height() <= largestPicture;
+    return isReasonable(essenceOf(bytes));
+}
+
+QImage decodedPicture(const QByteArray &bytes)
+{
+    const QByteArray essence = essenceOf(bytes);
+    return holdsItsIcons(bytes) && isReasonable(essence) ? QImage::fromData(essence) : QImage();
 }

@@ -1,5 +1,6 @@
 #include "fetch/imagedownloader.h"
 #include "fetch/picturesize.h"
+#include "picturefiles.h"
 #include "picturetest.h"
 #include "support/consolecapture.h"
 #include "support/httpserver.h"
@@ -10,6 +11,7 @@
 #include <QBuffer>
 #include <QFile>
 #include <QImage>
+#include <QImageWriter>
 #include <QPixmap>
 #include <QSignalSpy>
 #include <QTest>
@@ -25,6 +27,12 @@ private slots:
     void sizeThatIsNotTold();
     void sizeThatTheFrameHides();
     void iconThatAsksForMore();
+    void iconWhosePictureIsLarge();
+    void unreasonableWork_data();
+    void unreasonableWork();
+    void partsThatAreNotShown_data();
+    void partsThatAreNotShown();
+    void manyScans();
 
     void noPicture_data();
     void noPicture();
@@ -39,8 +47,10 @@ void TestPictureLimits::reasonableSize_data()
     QTest::addColumn<int>("width");
     QTest::addColumn<int>("height");
     QTest::addColumn<bool>("reasonable");
-    QTest::newRow("the largest") << 8000 << 2000 << true;
-    QTest::newRow("one row more") << 8000 << 2001 << false;
+    QTest::newRow("the largest") << 8000 << 4500 << true;
+    QTest::newRow("one row more") << 8000 << 4501 << false;
+    QTest::newRow("the largest screen") << 7680 << 4320 << true;
+    QTest::newRow("a strip") << 20000 << 900 << true;
     QTest::newRow("a ribbon") << 30000 << 533 << true;
     QTest::newRow("both sides long") << 12000 << 12000 << false;
 }
@@ -109,6 +119,103 @@ void TestPictureLimits::iconThatAsksForMore()
     QByteArray withoutEntries = bytes.left(6);
     QVERIFY(!isPictureOfReasonableSize(withoutEntries));
     QVERIFY(isPictureOfReasonableSize(bytes.left(5)));
+}
+
+// The entry leaves the size to the picture, or holds a whole PNG file.
+void TestPictureLimits::iconWhosePictureIsLarge()
+{
+    QByteArray head(40, '\0');
+    head[0] = 40;
+    head[6] = 1; // 65536
+    head[9] = 2; // 512, for picture and mask
+    QVERIFY(isPictureOfReasonableSize(PictureFiles::iconAround(head)));
+    head[10] = 1;
+    QVERIFY(!isPictureOfReasonableSize(PictureFiles::iconAround(head)));
+    const QByteArray png = encoded(busyImage(300, 200), "PNG");
+    QCOMPARE(plain(decodedPicture(PictureFiles::iconAround(png))), decoded(png));
+    const QByteArray large = PictureFiles::pngHead(60000, 60000) + png.mid(33);
+    QVERIFY(!isPictureOfReasonableSize(PictureFiles::iconAround(large)));
+}
+
+void TestPictureLimits::unreasonableWork_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("60000 x 60000 pixels")
+        << PictureFiles::pngHead(60000, 60000) + busyPicture(5, 5).mid(33);
+    // Three seconds to unpack, for a picture of 100 x 100.
+    QTest::newRow("data for more pixels than the picture has") << PictureFiles::gifBomb(100000);
+    QTest::newRow("numbers without an end")
+        << "P3 3000 1900 255\n" + QByteArray("9 ").repeated(3000 * 1900 * 3);
+}
+
+void TestPictureLimits::unreasonableWork()
+{
+    QFETCH(QByteArray, bytes);
+    QVERIFY(!isPictureOfReasonableSize(bytes));
+    QVERIFY(decodedPicture(bytes).isNull());
+    PictureLabel label({20, 10});
+    ImageDownloader downloader(url(bytes), &label);
+    QVERIFY(download(downloader));
+    QVERIFY(downloader.getOriginalPixmap()->isNull());
+    QVERIFY(label.pixmap(Qt::ReturnByValue).isNull());
+}
+
+void TestPictureLimits::partsThatAreNotShown_data()
+{
+    QTest::addColumn<int>("times");
+    QTest::addColumn<bool>("inIcon");
+    QTest::newRow("a text") << 1 << false;
+    QTest::newRow("texts that unpack to hundreds of megabytes") << 40 << false;
+    QTest::newRow("the same in an icon") << 40 << true;
+}
+
+// The decoder would unpack them all, and the toolkit keep them with the picture.
+void TestPictureLimits::partsThatAreNotShown()
+{
+    QFETCH(int, times);
+    QFETCH(bool, inIcon);
+    const QByteArray picture = busyPicture(9, 7);
+    constexpr int behindHead = 33;
+    QByteArray bytes = picture;
+    bytes.insert(behindHead, PictureFiles::pngText(7900000).repeated(times));
+    PictureLabel label({20, 10});
+    ImageDownloader downloader(url(inIcon ? PictureFiles::iconAround(bytes) : bytes), &label);
+    QVERIFY(download(downloader));
+    QCOMPARE(originalOf(downloader), decoded(picture));
+    QCOMPARE(downloader.getOriginalPixmap()->toImage().textKeys(), QStringList());
+    QCOMPARE(shownOn(label), stretched(picture, {20, 10}));
+}
+
+// A progressive picture has about ten of them; small ones may have more than large ones.
+void TestPictureLimits::manyScans()
+{
+    const auto progressive = [](const QSize &size) {
+        QImage image(size, QImage::Format_RGB32);
+        image.fill(Qt::gray);
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        QImageWriter writer(&buffer, "jpg");
+        writer.setProgressiveScanWrite(true);
+        return writer.write(image) ? bytes : QByteArray();
+    };
+    // The last scan so many times more.
+    const auto withScans = [](const QByteArray &bytes, int more) {
+        const int last = bytes.lastIndexOf("\xff\xda");
+        return bytes.left(bytes.size() - 2) +
+               bytes.mid(last, bytes.size() - 2 - last).repeated(more) + bytes.right(2);
+    };
+    const QByteArray small = progressive({80, 60});
+    QVERIFY(!decodedPicture(small).isNull());
+    QVERIFY(!decodedPicture(withScans(small, 50)).isNull());
+    QVERIFY(decodedPicture(withScans(small, 3000)).isNull());
+    QVERIFY(!isPictureOfReasonableSize(withScans(small, 3000)));
+    const QByteArray large = progressive({7680, 4320});
+    QVERIFY(isPictureOfReasonableSize(large));
+    QVERIFY(!isPictureOfReasonableSize(withScans(large, 50)));
+    PictureLabel label({20, 10});
+    ImageDownloader downloader(url(withScans(small, 3000)), &label);
+    QVERIFY(download(downloader));
+    QVERIFY(downloader.getOriginalPixmap()->isNull());
 }
 
 void TestPictureLimits::noPicture_data()
