@@ -71,13 +71,19 @@ ImageDownloader::ImageDownloader(QUrl pictureUrl, QString name)
 // kept: px is not freed here. A downloader lives as long as the window, and so does its picture.
 ImageDownloader::~ImageDownloader()
 {
+    if (m_newestWaits) {
+        QtConcurrent::run(&ImageDownloader::writeArrivedInPool, cacheFileName(),
+                          fd->downloadedData());
+    }
     delete px_orig;
 }
 
 void ImageDownloader::downloadImage()
 {
     if (!isDownloaded) {
-        fetch();
+        if (!m_newestWaits) {
+            fetch();
+        }
     } else if (label != nullptr && px != nullptr) {
         showOnLabel(*px);
     }
@@ -85,6 +91,7 @@ void ImageDownloader::downloadImage()
 
 void ImageDownloader::fetch()
 {
+    m_newestWaits = false;
     fd = new FileDownloader(url, this);
     connect(fd, &FileDownloader::downloaded, this, &ImageDownloader::takeTurn);
 }
@@ -93,21 +100,35 @@ void ImageDownloader::fetch()
 void ImageDownloader::takeTurn()
 {
     ++m_waiting;
-    OnePerTurn::take(this, [this, asked = m_picturesAsked] {
-        // Another picture may have been asked for meanwhile.
-        if (asked == m_picturesAsked) {
+    m_newestWaits = m_newestWaits || sender() == fd;
+    OnePerTurn::take(this, [this, round = m_round] {
+        // Another picture may have been asked for meanwhile, or this one loaded.
+        if (round == m_round) {
             --m_waiting;
             loadData();
         }
     });
 }
 
+void ImageDownloader::loadArrived()
+{
+    if (!m_newestWaits) {
+        return;
+    }
+    const int round = ++m_round;
+    // Each arrival is announced, and whoever hears of it may ask for another picture.
+    for (int arrivals = std::exchange(m_waiting, 0); arrivals > 0 && round == m_round; --arrivals) {
+        loadData();
+    }
+}
+
 void ImageDownloader::downloadNewImage(QUrl newUrl, QLabel *newLabel)
 {
     if ((isDownloaded || m_waiting > 0) && fd != nullptr) {
         disconnect(fd, &FileDownloader::downloaded, this, &ImageDownloader::takeTurn);
-        ++m_picturesAsked;
+        ++m_round;
         m_waiting = 0;
+        m_newestWaits = false;
         // Deleted in a later turn of the event loop: the caller may be answering loadedImage()
         // while the fetch is still emitting its own signal.
         fd->deleteLater();
@@ -125,6 +146,7 @@ void ImageDownloader::downloadNewImage(QUrl newUrl, QLabel *newLabel)
 void ImageDownloader::loadData()
 {
     isDownloaded = true;
+    m_newestWaits = false;
     if (px_orig == nullptr) {
         px_orig = new QPixmap;
     }
@@ -153,6 +175,12 @@ void ImageDownloader::writeCacheFileInPool(const QString &fileName, const QImage
     const RoomInPool room;
     const QMutexLocker locker(&turn);
     writeCacheFile(fileName, picture);
+}
+
+// Nobody sees it any more, so it is decoded here as well.
+void ImageDownloader::writeArrivedInPool(const QString &fileName, const QByteArray &bytes)
+{
+    writeCacheFileInPool(fileName, decodedPicture(bytes));
 }
 
 // The file is written in place, and no lock guards it: whoever calls saveBuffer() may write it at

@@ -30,12 +30,16 @@ public:
     ImageDownloader(QUrl pictureUrl, QLabel *pictureLabel);
     // For a picture that is shown elsewhere; name is that of the cache file.
     ImageDownloader(QUrl pictureUrl, QString name);
+    // The cache file of a picture that has arrived is still written.
     ~ImageDownloader() override;
 
-    // Starts the fetch; once the picture is loaded it only rescales it to the label's size.
+    // Starts the fetch; once the picture is loaded it only rescales it to the label's size. One
+    // that has arrived and waits for its turn is not fetched again.
     void downloadImage();
     // Another picture for another label (or the same).
     void downloadNewImage(QUrl newUrl, QLabel *newLabel);
+    // Loads a picture that has arrived and waits for its turn now; does nothing for any other.
+    void loadArrived();
     // Shows the cached picture now and announces it; does nothing when there is no cache file.
     void loadBuffer();
     // Writes the original to the cache file.
@@ -63,6 +67,7 @@ private:
     void takeTurn();
     void showOnLabel(const QPixmap &picture);
     static void writeCacheFile(const QString &fileName, const QImage &picture);
+    static void writeArrivedInPool(const QString &fileName, const QByteArray &bytes);
     static void writeCacheFileInPool(const QString &fileName, const QImage &picture);
 
     QPointer<QLabel> label; // where the picture is shown; null for none, or when it is gone
@@ -72,7 +77,8 @@ private:
     QUrl url;
     FileDownloader *fd = nullptr; // a child; the newest fetch
     int m_waiting = 0;            // fetches that have ended and wait for their turn
-    int m_picturesAsked = 0;      // grows when another picture replaces one that has arrived
+    bool m_newestWaits = false;   // the newest fetch is one of them
+    int m_round = 0;              // grows when those that wait have nothing to do any more
     bool enableLoadBuffer = true;
     bool createdPixmap; // made for a label
 };

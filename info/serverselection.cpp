@@ -146,6 +146,8 @@ void testform::showServerLogo()
     if (server == nullptr) {
         return;
     }
+    // What has arrived is newer than any file.
+    server->getImageDownloader()->loadArrived();
     if (server->getPixmap() == nullptr) {
         server->load(true);
     }

@@ -6,6 +6,7 @@
 #include "support/scratchfolder.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QPointer>
 #include <QSignalSpy>
 #include <QTest>
@@ -35,6 +36,9 @@ private slots:
     void newImageWhileTheFirstPictureWaitsForItsTurn();
     void picturesThatComeTogetherAreLoadedOneByOne();
     void downloaderGoneWhileItsPictureWaits();
+    void secondDownloadWhileThePictureWaits();
+    void waitingPictureIsLoadedOnDemand();
+    void newImageFromWithinLoadingOnDemand();
 
 private:
     // Nothing waits for a later turn of the event loop any more.
@@ -299,10 +303,98 @@ void TestSeveralPictures::downloaderGoneWhileItsPictureWaits()
     emit first.fd->downloaded();
     emit second->fd->downloaded();
     QCOMPARE(loaded.count(), 0);
+    // What has arrived is kept for the next start.
+    QVERIFY(QFile::remove(QStringLiteral("otherPicture.png")));
     second.reset();
+    QVERIFY(cacheIsWritten());
+    QCOMPARE(ScratchFolder::read(QStringLiteral("otherPicture.png")), busyPicture(5, 5));
     ImageDownloader later(QUrl(pictureUrl()), QStringLiteral("later"));
     QVERIFY(download(later));
     QCOMPARE(loaded.count(), 0);
+}
+
+void TestSeveralPictures::secondDownloadWhileThePictureWaits()
+{
+    const QByteArray source = busyPicture(5, 5);
+    PictureLabel label({20, 10});
+    ImageDownloader downloader(url(source), &label);
+    QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
+    int waited = 0;
+    downloader.downloadImage();
+    connect(downloader.fd, &FileDownloader::downloaded, this, [&] {
+        waited += loaded.isEmpty() ? 1 : 0;
+        downloader.downloadImage();
+    });
+    QVERIFY(turnsAreFree());
+    auto busy = std::make_unique<QObject>();
+    const std::function<void()> work = [&busy, &work] { OnePerTurn::take(busy.get(), work); };
+    work();
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.count(), 1, limit);
+    busy.reset();
+    QCOMPARE(waited, 1);
+    QVERIFY(turnsAreFree());
+    QCOMPARE(downloader.findChildren<FileDownloader *>().size(), 1);
+    QCOMPARE(loaded.count(), 1);
+    QCOMPARE(shownOn(label), stretched(source, {20, 10}));
+    QVERIFY(cacheIsWritten());
+    QCOMPARE(requests(), 1);
+}
+
+void TestSeveralPictures::waitingPictureIsLoadedOnDemand()
+{
+    const QByteArray source = busyPicture(5, 5);
+    PictureLabel label({20, 10});
+    ImageDownloader first(url(source), QStringLiteral("first"));
+    ImageDownloader second(QUrl(pictureUrl()), &label);
+    // Neither before the fetch nor during it is there anything to load.
+    second.loadArrived();
+    QCOMPARE(second.fd, nullptr);
+    QVERIFY(download(first));
+    QVERIFY(download(second));
+    QSignalSpy loaded(&second, &ImageDownloader::loadedImage);
+    second.loadArrived();
+    QCOMPARE(loaded.count(), 0);
+    QVERIFY(turnsAreFree());
+    emit first.fd->downloaded();
+    emit second.fd->downloaded();
+    emit second.fd->downloaded();
+    QCOMPARE(loaded.count(), 0);
+    label.clear();
+    second.loadArrived();
+    QCOMPARE(loaded.count(), 2);
+    QCOMPARE(shownOn(label), stretched(source, {20, 10}));
+    second.loadArrived();
+    // Its turn comes, and finds nothing to do.
+    QVERIFY(turnsAreFree());
+    QCOMPARE(loaded.count(), 2);
+    QVERIFY(cacheIsWritten());
+}
+
+void TestSeveralPictures::newImageFromWithinLoadingOnDemand()
+{
+    const QByteArray source = busyPicture(6, 7);
+    m_server->serve(QStringLiteral("other"), source);
+    PictureLabel label({20, 10});
+    ImageDownloader first(url(busyPicture(5, 5)), QStringLiteral("first"));
+    ImageDownloader second(QUrl(pictureUrl()), &label);
+    QVERIFY(download(first));
+    QVERIFY(download(second));
+    QSignalSpy loaded(&second, &ImageDownloader::loadedImage);
+    connect(&second, &ImageDownloader::loadedImage, this, [&] {
+        if (loaded.count() == 1) {
+            second.downloadNewImage(QUrl(m_server->url(QStringLiteral("other"))), &label);
+        }
+    });
+    QVERIFY(turnsAreFree());
+    emit first.fd->downloaded();
+    emit second.fd->downloaded();
+    emit second.fd->downloaded();
+    second.loadArrived();
+    QCOMPARE(loaded.count(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(loaded.count(), 2, limit);
+    QCOMPARE(shownOn(label), stretched(source, {20, 10}));
+    QVERIFY(turnsAreFree());
+    QCOMPARE(loaded.count(), 2);
 }
 
 QTEST_MAIN(TestSeveralPictures)

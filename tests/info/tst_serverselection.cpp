@@ -1,4 +1,6 @@
+#include "fetch/filedownloader.h"
 #include "fetch/imagedownloader.h"
+#include "fetch/oneperturn.h"
 #include "info/serverbutton.h"
 #include "info/world.h"
 #include "support/messagelog.h"
@@ -11,8 +13,12 @@
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QPainter>
+#include <QSignalSpy>
 #include <QTest>
 #include <QThreadPool>
+
+#include <functional>
+#include <memory>
 
 namespace
 {
@@ -157,6 +163,8 @@ private slots:
     void logoIsFetchedAndCachedUnderTheServersName();
     void lateLogoLeavesTheLabelAsItWas();
     void cachedLogoIsShownUntilTheDownloadArrives();
+    void logoThatWaitsForItsTurnIsShown_data();
+    void logoThatWaitsForItsTurnIsShown();
     void failedLogo_data();
     void failedLogo();
     void targetLabelReceivesTheNextPicture();
@@ -833,6 +841,57 @@ void TestServerSelection::cachedLogoIsShownUntilTheDownloadArrives()
     QCOMPARE(WindowDriver::click(window, QStringLiteral("btnSelectServer")), QString());
     QCOMPARE(WindowDriver::click(window, *column.upper), QString());
     QVERIFY(showsColour(window.ui->labelServer, green));
+}
+
+void TestServerSelection::logoThatWaitsForItsTurnIsShown_data()
+{
+    QTest::addColumn<bool>("cachedIsShown");
+    QTest::newRow("over a cache file") << false;
+    QTest::newRow("over a cached logo that was shown before") << true;
+}
+
+// The bytes are there; only the picture of another is loaded first.
+void TestServerSelection::logoThatWaitsForItsTurnIsShown()
+{
+    QFETCH(bool, cachedIsShown);
+    World world;
+    const QString logo = QStringLiteral("Alpha.png");
+    world.server.serveHeld(logo, Documents::png(32, 15, green));
+    world.publish({entry(alpha, official)});
+    ScratchFolder::write(logo, Documents::png(8, 8, red));
+    OpenLauncher launcher;
+    QVERIFY(launcher.open());
+    testform &window = launcher.window;
+    const QString key = alpha + QLatin1Char('|') + official;
+    if (cachedIsShown) {
+        window.onServerSelect(key);
+        QVERIFY(showsColour(window.ui->labelServer, red));
+    }
+    ImageDownloader *downloader = window.serverButtons[alpha]->getImageDownloader();
+    QSignalSpy loaded(downloader, &ImageDownloader::loadedImage);
+    bool waited = false;
+    bool shown = false;
+    connect(downloader->fd, &FileDownloader::downloaded, this, [&] {
+        waited = loaded.isEmpty();
+        window.onServerSelect(key);
+        shown = showsColour(window.ui->labelServer, green);
+    });
+    // Keeps the turns taken: each asks for the next.
+    auto busy = std::make_unique<QObject>();
+    const std::function<void()> work = [&busy, &work] { OnePerTurn::take(busy.get(), work); };
+    work();
+    world.server.release(logo);
+    QTRY_COMPARE(loaded.count(), 1);
+    busy.reset();
+    QVERIFY(waited);
+    QVERIFY(shown);
+    // Its turn comes as well, and changes nothing.
+    bool turnCame = false;
+    OnePerTurn::take(this, [&turnCame] { turnCame = true; });
+    QTRY_VERIFY(turnCame);
+    QCOMPARE(loaded.count(), 1);
+    QThreadPool::globalInstance()->waitForDone();
+    QCOMPARE(ScratchFolder::read(logo), Documents::png(32, 15, green));
 }
 
 void TestServerSelection::failedLogo_data()

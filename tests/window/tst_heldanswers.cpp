@@ -2,8 +2,10 @@
 #include "fetch/filedownloader.h"
 #include "news/newsworld.h"
 #include "support/consolecapture.h"
+#include "support/relation.h"
 #include "support/scratchfolder.h"
 
+#include <QFile>
 #include <QSignalSpy>
 #include <QTest>
 #include <QThreadPool>
@@ -16,6 +18,7 @@ class TestHeldAnswers : public BadInputTest
 private slots:
     void windowGoesWhileSomethingIsHeld_data();
     void windowGoesWhileSomethingIsHeld();
+    void windowGoesWhilePicturesWaitForTheirTurn();
 };
 
 void TestHeldAnswers::windowGoesWhileSomethingIsHeld_data()
@@ -89,6 +92,46 @@ void TestHeldAnswers::windowGoesWhileSomethingIsHeld()
     QVERIFY(downloaded.wait(limit));
     QVERIFY(QThreadPool::globalInstance()->waitForDone(limit));
     QCOMPARE(ScratchFolder::tree(), sorted(expected));
+}
+
+// What has arrived is written for the next start, though nobody has seen it.
+void TestHeldAnswers::windowGoesWhilePicturesWaitForTheirTurn()
+{
+    NewsWorld world;
+    const QByteArray logo = Documents::png(40, 30, 0xff305080);
+    world.server.serve(logoPath(alpha), logo);
+    world.server.serve(logoPath(omega), logo);
+    world.publish(twoClients() + world.elements());
+    const QStringList files = sorted(NewsWorld::cacheFiles() << logoPath(alpha) << logoPath(omega)
+                                                             << QStringLiteral("offline.txt"));
+    {
+        Session session;
+        testform &window = session.window;
+        const ConsoleCapture console;
+        QVERIFY(session.show());
+        QTRY_VERIFY_WITH_TIMEOUT(window.ui->labelConnecting->isHidden(), limit);
+        QTRY_VERIFY_WITH_TIMEOUT(allPicturesAreAnswered(window), limit);
+        QCOMPARE(ScratchFolder::tree(), files);
+        // All of them once more, in one turn.
+        for (const QString &file : files) {
+            QVERIFY(QFile::remove(file));
+        }
+        ScratchFolder::write(QStringLiteral("offline.txt"));
+        for (const NewsWorld::Item &item : NewsWorld::items) {
+            emit NewsWorld::itemOf(window, item).imageDownloader->fd->downloaded();
+        }
+        for (ServerButton *server : qAsConst(window.serverButtons)) {
+            emit server->getImageDownloader()->fd->downloaded();
+        }
+        VERIFY_RELATION(ScratchFolder::tree().size(), <, files.size());
+    }
+    QVERIFY(QThreadPool::globalInstance()->waitForDone(limit));
+    QCOMPARE(ScratchFolder::tree(), files);
+    QCOMPARE(ScratchFolder::read(logoPath(omega)), logo);
+    for (const NewsWorld::Item &item : NewsWorld::items) {
+        QCOMPARE(ScratchFolder::read(NewsWorld::cacheFile(item)),
+                 Documents::png(40, 30, item.colour));
+    }
 }
 
 QTEST_MAIN(TestHeldAnswers)
