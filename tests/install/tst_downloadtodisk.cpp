@@ -3,6 +3,7 @@
 #include "progressdue.h"
 #include "support/archives.h"
 #include "support/consolecapture.h"
+#include "support/holdings.h"
 #include "support/httpserver.h"
 #include "support/links.h"
 #include "support/scratchfolder.h"
@@ -24,31 +25,6 @@
 namespace
 {
 #ifdef Q_OS_LINUX
-// A value of this process's status in bytes, for example the memory it holds now (VmRSS).
-qint64 processStatus(const char *name)
-{
-    QFile status(text("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly)) {
-        return -1;
-    }
-    const QList<QByteArray> lines = status.readAll().split('\n');
-    for (const QByteArray &line : lines) {
-        if (line.startsWith(name)) {
-            return line.mid(line.indexOf(':') + 1).simplified().split(' ').value(0).toLongLong() *
-                   1024;
-        }
-    }
-    return -1;
-}
-
-void forgetPeakOfMemory()
-{
-    QFile file(text("/proc/self/clear_refs"));
-    if (file.open(QIODevice::WriteOnly)) {
-        file.write("5");
-    }
-}
-
 // A disk that takes no more than so many bytes of one file, as long as the object lives.
 class SmallDisk
 {
@@ -341,8 +317,8 @@ void TestDownloadToDisk::memoryStaysBounded()
     server.serveLarge(text("client.zip"), size);
     Archives::provideExtractorScript("keep kept.zip");
     DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
-    forgetPeakOfMemory();
-    const qint64 before = processStatus("VmRSS");
+    Holdings::forgetPeakOfMemory();
+    const qint64 before = Holdings::memory();
     QVERIFY(before > 0);
 
     // A slow disk: the launcher comes to nothing for a while, and all the time the server sends.
@@ -355,14 +331,14 @@ void TestDownloadToDisk::memoryStaysBounded()
         busy = true;
         QElapsedTimer waited;
         waited.start();
-        while (!waited.hasExpired(1500) && processStatus("VmRSS") - before < allowed) {
+        while (!waited.hasExpired(1500) && Holdings::memory() - before < allowed) {
         }
     });
     manager.append(QUrl(server.url(text("client.zip"))));
     QSignalSpy finished(&manager, &DownloadManager::finished);
     QVERIFY(finished.wait(90000));
     QVERIFY(busy);
-    const qint64 grown = processStatus("VmHWM") - before;
+    const qint64 grown = Holdings::peakOfMemory() - before;
     QVERIFY2(grown < allowed, qPrintable(text("%1 bytes").arg(grown)));
 
     QFile kept(text("kept.zip"));

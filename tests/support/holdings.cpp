@@ -7,6 +7,7 @@
 #include <tlhelp32.h>
 #else
 #include <QDir>
+#include <QFile>
 
 #include <cerrno>
 #include <malloc.h>
@@ -30,6 +31,18 @@ void forEach(DWORD kind, BOOL(WINAPI *first)(HANDLE, Entry *), BOOL(WINAPI *next
     CloseHandle(snapshot);
 }
 } // namespace
+
+qint64 Holdings::memory()
+{
+    return -1;
+}
+
+qint64 Holdings::peakOfMemory()
+{
+    return -1;
+}
+
+void Holdings::forgetPeakOfMemory() {}
 
 qint64 Holdings::heap()
 {
@@ -77,6 +90,47 @@ int Holdings::children()
     return count;
 }
 #else
+namespace
+{
+// A value of this process's status in bytes, for example the memory it holds now (VmRSS).
+qint64 processStatus(const char *name)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    Q_UNUSED(name)
+#else
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (status.open(QIODevice::ReadOnly)) {
+        const QList<QByteArray> lines = status.readAll().split('\n');
+        for (const QByteArray &line : lines) {
+            if (line.startsWith(name)) {
+                const QByteArray value = line.mid(line.indexOf(':') + 1).simplified();
+                return value.split(' ').value(0).toLongLong() * 1024;
+            }
+        }
+    }
+#endif
+    return -1;
+}
+} // namespace
+
+qint64 Holdings::memory()
+{
+    return processStatus("VmRSS");
+}
+
+qint64 Holdings::peakOfMemory()
+{
+    return processStatus("VmHWM");
+}
+
+void Holdings::forgetPeakOfMemory()
+{
+    QFile file(QStringLiteral("/proc/self/clear_refs"));
+    if (file.open(QIODevice::WriteOnly)) {
+        file.write("5");
+    }
+}
+
 qint64 Holdings::heap()
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)

@@ -8,6 +8,12 @@ namespace Holdings
 // Bytes in use on the heap, large blocks included. -1 under a sanitizer: its heap keeps what was
 // freed.
 qint64 heap();
+// Memory of this process in bytes: what it holds now, and the most it held since the peak was last
+// forgotten. -1 where the system cannot be asked (only Linux lets a peak be forgotten) and under a
+// sanitizer.
+qint64 memory();
+qint64 peakOfMemory();
+void forgetPeakOfMemory();
 // Descriptors: files, sockets, pipes; on Windows all handles. Wine counts none.
 int descriptors();
 int threads();

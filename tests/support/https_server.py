@@ -6,7 +6,9 @@
 Makes two test authorities in FOLDER, and a certificate of each for a server of
 its own. Both serve /client.zip (48 MiB, every MiB of it one letter: a, b, c
 ...), and /closing.zip (6 MiB of the same), behind which they close the
-connection. The command finds in its environment
+connection. /bomb.png is 4 MiB that unpack to 4 GiB of zeros, as their encoding
+says they are to be; /chunked.png is the same in one chunk, without a length.
+The command finds in its environment
 
     EMBERWAKE_TEST_HTTPS      the first server's address, ending in a slash
     EMBERWAKE_TEST_AUTHORITY  the certificate of its authority (PEM)
@@ -22,6 +24,7 @@ import ssl
 import subprocess
 import sys
 import threading
+import zlib
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 from pathlib import Path
 
@@ -30,11 +33,23 @@ MEGABYTES = 48
 CLOSING_MEGABYTES = 6
 
 
+def packed_zeros(size: int) -> bytes:
+    """So many bytes that unpack to a thousand times as many zeros."""
+    packer = zlib.compressobj(9, zlib.DEFLATED, zlib.MAX_WBITS | 16)
+    short = packer.compress(bytes(MEGABYTE)) + packer.flush()
+    # In the middle of it a zero byte stands for 1,032 zeros: more of them are more of these.
+    middle = short.index(bytes(200)) + 100
+    return short[:middle] + bytes(size) + short[middle:]
+
+
 class Handler(BaseHTTPRequestHandler):
     # Keeps the connection, as web servers do.
     protocol_version = "HTTP/1.1"
 
     def do_GET(self) -> None:
+        if self.path in ("/bomb.png", "/chunked.png"):
+            self.send_bomb(chunked=self.path == "/chunked.png")
+            return
         megabytes = {"/client.zip": MEGABYTES, "/closing.zip": CLOSING_MEGABYTES}.get(self.path)
         if megabytes is None:
             self.send_error(404)
@@ -51,6 +66,21 @@ class Handler(BaseHTTPRequestHandler):
             for number in range(megabytes):
                 for _ in range(16):
                     self.wfile.write(bytes([ord("a") + number % 26]) * (MEGABYTE // 16))
+        except OSError:
+            pass  # the test has seen enough
+
+    def send_bomb(self, chunked: bool) -> None:
+        bomb = packed_zeros(4 * MEGABYTE)
+        self.send_response(200)
+        self.send_header("Content-Encoding", "gzip")
+        if chunked:
+            self.send_header("Transfer-Encoding", "chunked")
+            bomb = b"%x\r\n%b\r\n0\r\n\r\n" % (len(bomb), bomb)
+        else:
+            self.send_header("Content-Length", str(len(bomb)))
+        self.end_headers()
+        try:
+            self.wfile.write(bomb)
         except OSError:
             pass  # the test has seen enough
 

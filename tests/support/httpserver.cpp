@@ -20,6 +20,7 @@ struct Answer {
     std::string body;
     std::string location;
     std::size_t bytes = 0;
+    std::string encoding;
 };
 
 std::string key(const QString &path)
@@ -69,6 +70,9 @@ struct HttpServer::Private {
         response.status = found.status;
         if (!found.location.empty()) {
             response.set_header("Location", found.location);
+        }
+        if (!found.encoding.empty()) {
+            response.set_header("Content-Encoding", found.encoding);
         }
         send(request.path, found, response);
     }
@@ -171,32 +175,38 @@ QString HttpServer::url(const QString &path) const
 
 void HttpServer::serve(const QString &path, const QByteArray &body, int status)
 {
-    d->set(path, {Kind::Plain, status, body.toStdString(), {}, 0});
+    d->set(path, {Kind::Plain, status, body.toStdString(), {}, 0, {}});
 }
 
 void HttpServer::redirect(const QString &path, const QString &target, const QByteArray &body)
 {
-    d->set(path, {Kind::Plain, 302, body.toStdString(), target.toStdString(), 0});
+    d->set(path, {Kind::Plain, 302, body.toStdString(), target.toStdString(), 0, {}});
+}
+
+void HttpServer::serveEncoded(const QString &path, const QByteArray &body,
+                              const QByteArray &encoding)
+{
+    d->set(path, {Kind::Plain, 200, body.toStdString(), {}, 0, encoding.toStdString()});
 }
 
 void HttpServer::serveWithoutLength(const QString &path, const QByteArray &body)
 {
-    d->set(path, {Kind::WithoutLength, 200, body.toStdString(), {}, 0});
+    d->set(path, {Kind::WithoutLength, 200, body.toStdString(), {}, 0, {}});
 }
 
 void HttpServer::serveCut(const QString &path, const QByteArray &body, int bytes)
 {
-    d->set(path, {Kind::Cut, 200, body.toStdString(), {}, static_cast<std::size_t>(bytes)});
+    d->set(path, {Kind::Cut, 200, body.toStdString(), {}, static_cast<std::size_t>(bytes), {}});
 }
 
 void HttpServer::serveHeld(const QString &path, const QByteArray &body, int bytes)
 {
-    d->set(path, {Kind::Held, 200, body.toStdString(), {}, static_cast<std::size_t>(bytes)});
+    d->set(path, {Kind::Held, 200, body.toStdString(), {}, static_cast<std::size_t>(bytes), {}});
 }
 
 void HttpServer::serveLarge(const QString &path, qint64 bytes)
 {
-    d->set(path, {Kind::Large, 200, {}, {}, static_cast<std::size_t>(bytes)});
+    d->set(path, {Kind::Large, 200, {}, {}, static_cast<std::size_t>(bytes), {}});
 }
 
 void HttpServer::release(const QString &path)

@@ -22,6 +22,8 @@ public:
 
     void serve(const QString &path, const QByteArray &body, int status = 200);
     void redirect(const QString &path, const QString &target, const QByteArray &body = {});
+    // The bytes as they are, with a Content-Encoding that tells how to unpack them.
+    void serveEncoded(const QString &path, const QByteArray &body, const QByteArray &encoding);
     // Without a Content-Length.
     void serveWithoutLength(const QString &path, const QByteArray &body);
     // Announces the whole body and drops the connection after so many bytes of it.
