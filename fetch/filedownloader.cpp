@@ -1,5 +1,6 @@
 #include "fetch/filedownloader.h"
 
+#include "base/localaddress.h"
 #include "fetch/oneperturn.h"
 
 #include <QNetworkReply>
@@ -19,6 +20,12 @@ constexpr qint64 pieceSize = 64 * 1024;
 FileDownloader::FileDownloader(QUrl imageUrl, QObject *parent)
     : QObject(parent)
 {
+    if (!mayBeFetched(imageUrl)) {
+        // Before there is a request: the toolkit opens a file at once, and may wait for it for
+        // ever.
+        QMetaObject::invokeMethod(this, &FileDownloader::downloaded, Qt::QueuedConnection);
+        return;
+    }
     // In a later turn: whoever answers downloaded() may delete this object, and with it the
     // manager, which is not done with itself while it says that a reply has finished.
     connect(&m_WebCtrl, &QNetworkAccessManager::finished, this, &FileDownloader::fileDownloaded,

@@ -29,7 +29,7 @@ public:
 
 signals:
     // Emitted once, whatever the outcome: success, HTTP error, redirect, no network, an answer
-    // without end. Who answers it may delete this object.
+    // without end, an address that may not be fetched. Who answers it may delete this object.
     void downloaded();
 
 private slots:

@@ -1,6 +1,7 @@
 #include "install/downloadmanager.h"
 
 #include "base/console.h"
+#include "base/localaddress.h"
 #include "base/pathsafety.h"
 #include "base/plainname.h"
 #include "install/extractor.h"
@@ -110,6 +111,10 @@ void DownloadManager::startNextDownload()
         return; // skip this download
     }
     m_writeError.clear();
+    if (!mayBeFetched(url)) {
+        refuse(url);
+        return;
+    }
 
     // A request without attributes of its own: a redirect is not followed, it ends the download
     // with whatever body it carries.
@@ -135,6 +140,18 @@ QString DownloadManager::openSaveFile()
     // Unbuffered: a block is on its way to the disk when its write returns, and errors show there.
     return output.open(QIODevice::WriteOnly | QIODevice::Unbuffered) ? QString()
                                                                      : output.errorString();
+}
+
+// As if the transfer had failed, before there is one: the toolkit opens a file at once, and may
+// wait for it for ever.
+void DownloadManager::refuse(const QUrl &url)
+{
+    output.close();
+    Console::out(QStringLiteral("Downloading %1...\n").arg(encoded(url)));
+    Console::error(QStringLiteral("Failed: Error opening %1: not a file of this computer\n")
+                       .arg(encoded(url)));
+    emit updateFinished();
+    startNextDownload();
 }
 
 void DownloadManager::downloadProgress(qint64 bytesReceived, qint64 bytesTotal)

@@ -54,6 +54,7 @@ private slots:
 
 private:
     QString openSaveFile();
+    void refuse(const QUrl &url);
     bool takeReceivedBytes(qint64 turnLength);
     void writeBlock(const char *data, qint64 size);
     void install();

@@ -3,8 +3,10 @@
 #include "support/holdings.h"
 #include "support/httpserver.h"
 #include "support/relation.h"
+#include "support/scratchfolder.h"
 #include "support/testsettings.h"
 
+#include <QFile>
 #include <QNetworkReply>
 #include <QPointer>
 #include <QSignalSpy>
@@ -12,6 +14,10 @@
 
 #include <memory>
 #include <vector>
+
+#ifndef Q_OS_WIN
+#include <sys/stat.h>
+#endif
 
 namespace
 {
@@ -50,6 +56,9 @@ private slots:
     void bodyIsBounded();
     void unpackedBodyIsBounded();
     void endlessBodyFillsNoMemory();
+    void addressThatIsNotFetched_data();
+    void addressThatIsNotFetched();
+    void localFileArrives();
     void mayBeDeletedByWhoAnswers_data();
     void mayBeDeletedByWhoAnswers();
 };
@@ -323,6 +332,59 @@ void TestFileDownloader::mayBeDeletedByWhoAnswers()
     QTRY_VERIFY_WITH_TIMEOUT(there.isNull(), limit);
     QCOMPARE(size, large ? largest : 4);
     QVERIFY(oneMoreFetch(server));
+}
+
+void TestFileDownloader::addressThatIsNotFetched_data()
+{
+    QTest::addColumn<QString>("url");
+    // %1: the scratch folder
+    QTest::newRow("a share") << QStringLiteral("file://127.0.0.1/share/p.png");
+    QTest::newRow("a folder") << QStringLiteral("file://%1");
+#ifndef Q_OS_WIN
+    QTest::newRow("a device that never ends") << QStringLiteral("file:///dev/zero");
+    QTest::newRow("a pipe that nobody writes to") << QStringLiteral("file://%1/pipe");
+#endif
+}
+
+void TestFileDownloader::addressThatIsNotFetched()
+{
+    QFETCH(QString, url);
+    const ScratchFolder folder;
+#ifndef Q_OS_WIN
+    QCOMPARE(mkfifo("pipe", 0600), 0);
+#endif
+    if (url.contains(QLatin1Char('%'))) {
+        url = url.arg(folder.path());
+    }
+    FileDownloader downloader{QUrl(url)};
+    QSignalSpy spy(&downloader, &FileDownloader::downloaded);
+    QCOMPARE(spy.count(), 0);
+    QVERIFY(spy.wait(limit));
+    QCOMPARE(downloader.downloadedData(), QByteArray());
+
+    HttpServer server;
+    QVERIFY(oneMoreFetch(server));
+    QCOMPARE(spy.count(), 1);
+}
+
+void TestFileDownloader::localFileArrives()
+{
+    const ScratchFolder folder;
+    ScratchFolder::write(QStringLiteral("p.png"), "a picture");
+    FileDownloader downloader{QUrl::fromLocalFile(folder.path() + QStringLiteral("/p.png"))};
+    QSignalSpy spy(&downloader, &FileDownloader::downloaded);
+    QVERIFY(spy.wait(limit));
+    QCOMPARE(downloader.downloadedData(), QByteArray("a picture"));
+
+    QFile large(QStringLiteral("large"));
+    QVERIFY(large.open(QIODevice::WriteOnly) && large.resize(2LL * largest));
+    FileDownloader other{QUrl::fromLocalFile(folder.path() + QStringLiteral("/large"))};
+    QSignalSpy end(&other, &FileDownloader::downloaded);
+    QVERIFY(end.wait(limit));
+    QCOMPARE(other.downloadedData().size(), largest);
+    HttpServer server;
+    QVERIFY(oneMoreFetch(server));
+    QCOMPARE(end.count(), 1);
 }
 
 QTEST_GUILESS_MAIN(TestFileDownloader)

@@ -10,6 +10,10 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#ifndef Q_OS_WIN
+#include <sys/stat.h>
+#endif
+
 namespace
 {
 // One redraw of the moving bar.
@@ -27,6 +31,8 @@ private slots:
     void refusedConnection();
     void brokenAddress_data();
     void brokenAddress();
+    void addressThatIsNotFetched_data();
+    void addressThatIsNotFetched();
     void redirectIsNotFollowed();
 };
 
@@ -146,6 +152,54 @@ void TestDownloadFaults::brokenAddress()
     QVERIFY2(out.endsWith("\n0/1 files downloaded successfully\n"), out.constData());
     QCOMPARE(ended.count(), 1);
     QCOMPARE(ScratchFolder::tree(), QStringList{name});
+}
+
+void TestDownloadFaults::addressThatIsNotFetched_data()
+{
+    QTest::addColumn<QString>("url");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("a share") << text("file://127.0.0.1/share/client.zip") << text("client.zip");
+#ifndef Q_OS_WIN
+    QTest::newRow("a pipe that nobody writes to") << text("file://%1/pipe") << text("pipe.0.zip");
+    QTest::newRow("a device that never ends") << text("file:///dev/zero") << text("zero");
+#endif
+}
+
+void TestDownloadFaults::addressThatIsNotFetched()
+{
+    QFETCH(QString, url);
+    QFETCH(QString, name);
+    const ScratchFolder folder;
+#ifndef Q_OS_WIN
+    QCOMPARE(mkfifo("pipe", 0600), 0);
+#endif
+    if (url.contains(QLatin1Char('%'))) {
+        url = url.arg(folder.path());
+    }
+    const QUrl address(url);
+    DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
+    QSignalSpy ended(&manager, &DownloadManager::updateFinished);
+    QSignalSpy finished(&manager, &DownloadManager::finished);
+    QByteArray out;
+    QByteArray err;
+    {
+        ConsoleCapture console;
+        manager.append(address);
+        QCOMPARE(ended.count(), 0);
+        finished.wait(30000);
+        out = console.out();
+        err = console.err();
+    }
+    QCOMPARE(QString::fromUtf8(err), text("Failed: Error opening %1: not a file of this computer\n")
+                                         .arg(QString::fromLatin1(address.toEncoded())));
+    QCOMPARE(out,
+             "Downloading " + address.toEncoded() + "...\n0/1 files downloaded successfully\n");
+    QCOMPARE(ended.count(), 1);
+    QCOMPARE(finished.count(), 1);
+    // What a failed transfer leaves: no folder, and the empty file.
+    QCOMPARE(ScratchFolder::read(name), QByteArray());
+    QVERIFY2(ScratchFolder::tree().contains(name), qPrintable(ScratchFolder::tree().join(u',')));
+    QVERIFY(!QFileInfo::exists(text("Alpha")));
 }
 
 void TestDownloadFaults::redirectIsNotFollowed()
