@@ -54,6 +54,15 @@ Finding missesAttributes(const DocumentElement &broken, const QString &lost)
                    QStringLiteral("add the attribute, empty if need be"));
 }
 
+Finding hasTooManyAttributes(const DocumentEnd &end)
+{
+    return errorAt({end.line, end.column}, "too-many-attributes",
+                   QStringLiteral("the element has more than %1 attributes: it is lost, and so is "
+                                  "what follows")
+                       .arg(DocumentLimits::attributes),
+                   QStringLiteral("leave out the attributes that the launcher does not know"));
+}
+
 Finding isBehindTheNinth(const DocumentElement &first, const QString &lost)
 {
     static_assert(DocumentLimits::newsElements == 9, "the finding says ninth");
@@ -132,6 +141,8 @@ void checkEnd(const DocumentContent &content, Findings &findings)
         findings << stopsBeingXml(content.end);
     } else if (content.end.reason == DocumentEnd::BrokenElement) {
         findings << missesAttributes(content.broken, lost);
+    } else if (content.end.reason == DocumentEnd::TooManyAttributes) {
+        findings << hasTooManyAttributes(content.end);
     } else if (content.end.reason == DocumentEnd::EnoughNews && !lost.isEmpty()) {
         findings << isBehindTheNinth(content.lost.constFirst(), lost);
     }

@@ -3,6 +3,7 @@
 #include "base/documentlimits.h"
 
 #include <QCryptographicHash>
+#include <QRegularExpression>
 #include <QXmlStreamReader>
 
 #include <algorithm>
@@ -44,13 +45,93 @@ private:
     int m_lineBegin = 0;
 };
 
+// Finds the first element, or document type, that holds more quoted values than an element may have
+// attributes. Where it is not sure, the text is no XML, and the toolkit ends there by itself.
+class AttributeCounter
+{
+public:
+    explicit AttributeCounter(const QString &text)
+        : m_text(text)
+    {
+    }
+
+    // The place of its "<", or -1.
+    int findTooMany()
+    {
+        for (m_at = m_text.indexOf(QLatin1Char('<')); m_at >= 0;
+             m_at = m_text.indexOf(QLatin1Char('<'), m_at)) {
+            const int begin = m_at;
+            if (!skipUnread() && countInTag() > DocumentLimits::attributes) {
+                return begin;
+            }
+            if (m_at < 0) {
+                break;
+            }
+        }
+        return -1;
+    }
+
+private:
+    // Passes what may hold quotes that mean nothing.
+    bool skipUnread()
+    {
+        return skip("<!--", "-->") || skip("<![CDATA[", "]]>") || skip("<?", "?>");
+    }
+
+    bool skip(const char *begin, const char *end)
+    {
+        const QLatin1String first(begin);
+        if (QStringView(m_text).mid(m_at, first.size()) != first) {
+            return false;
+        }
+        goBehind(m_text.indexOf(QLatin1String(end), m_at + first.size()),
+                 static_cast<int>(qstrlen(end)));
+        return true;
+    }
+
+    void goBehind(int place, int length) { m_at = place < 0 ? -1 : place + length; }
+
+    // Declarations of a document type lie within it; they may give elements attributes, too.
+    int countInTag()
+    {
+        int count = 0;
+        int depth = 0;
+        while (m_at >= 0 && m_at < m_text.size() && count <= DocumentLimits::attributes) {
+            const QChar letter = m_text.at(m_at);
+            if (letter == QLatin1Char('"') || letter == QLatin1Char('\'')) {
+                ++count;
+                goBehind(m_text.indexOf(letter, m_at + 1), 1);
+                continue;
+            }
+            if (letter == QLatin1Char('<')) {
+                if (depth > 0 && skipUnread()) {
+                    continue;
+                }
+                ++depth;
+            } else if (letter == QLatin1Char('>')) {
+                --depth;
+            }
+            ++m_at;
+            if (depth == 0) {
+                break;
+            }
+        }
+        return count;
+    }
+
+    const QString m_text;
+    int m_at = 0;
+};
+
 class Reader
 {
 public:
     Reader(const QString &text, const QString &authCode, LauncherDocumentHandler &handler,
            LauncherDocumentObserver *observer)
         : m_text(text)
-        , m_xml(text)
+        , m_cut(AttributeCounter(text).findTooMany())
+        // The toolkit may not see what would cost it seconds.
+        , m_xml(m_cut < 0 ? text : text.left(m_cut))
         , m_codeSum(authCodeSum(authCode))
         , m_handler(handler)
         , m_observer(observer)
@@ -82,7 +163,33 @@ private:
                 return endHere(DocumentEnd::BrokenElement);
             }
         }
+        if (isBeforeTooMany()) {
+            return endBeforeTooMany();
+        }
         return endHere(m_xml.hasError() ? DocumentEnd::NotXml : DocumentEnd::EndOfDocument);
+    }
+
+    bool isBeforeTooMany() const
+    {
+        return m_cut >= 0 && (!m_xml.hasError() ||
+                              m_xml.error() == QXmlStreamReader::PrematureEndOfDocumentError);
+    }
+
+    // The lines for broken elements fit clients, slides and tiles; any other ends the reading
+    // without a word.
+    DocumentEnd endBeforeTooMany()
+    {
+        static const QRegularExpression nameHere(QStringLiteral("<(?:[^\\s/>:]*:)?([^\\s/>:]*)"));
+        const QString name = nameHere.match(m_text, m_cut).captured(1);
+        if (name == QLatin1String("client")) {
+            m_handler.elementStarted(name);
+            m_handler.brokenClient();
+        } else if (name == QLatin1String("homenews") || name == QLatin1String("news")) {
+            m_handler.elementStarted(name);
+            m_handler.brokenNews();
+        }
+        m_lines.countTo(m_cut);
+        return {DocumentEnd::TooManyAttributes, QString(), m_lines.line(), m_lines.columnOf(m_cut)};
     }
 
     // Behind any other end there is nothing that could be lost.
@@ -100,7 +207,7 @@ private:
                 m_observer->elementLost(elementHere());
             }
         }
-        if (m_xml.hasError()) {
+        if (m_xml.hasError() && !isBeforeTooMany()) {
             m_observer->restIsNotXml(endHere(DocumentEnd::NotXml));
         }
     }
@@ -206,6 +313,7 @@ private:
     }
 
     const QString m_text;
+    const int m_cut; // before an element with too many attributes, or -1
     QXmlStreamReader m_xml;
     const QString m_codeSum;
     LauncherDocumentHandler &m_handler;

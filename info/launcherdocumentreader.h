@@ -24,7 +24,7 @@ struct DocumentElement {
 
 // Why and where reading ended.
 struct DocumentEnd {
-    enum Reason { EndOfDocument, NotXml, EnoughNews, BrokenElement };
+    enum Reason { EndOfDocument, NotXml, EnoughNews, BrokenElement, TooManyAttributes };
     Reason reason = EndOfDocument;
     QString error; // the reader's words when the text is not XML
     int line = 0;
@@ -76,9 +76,10 @@ public:
 };
 
 // Reads the launcher document from its decoded text. authCode is the player's authentication code.
-// Ends at the end of the document, after nine slides and tiles together, at a broken element or
-// where the text stops being XML; what was reported before stands. Without an observer nobody looks
-// for the places of elements, which costs about as much as reading them, nor behind the end.
+// Ends at the end of the document, after nine slides and tiles together, at a broken element,
+// before an element with too many attributes or where the text stops being XML; what was reported
+// before stands. Without an observer nobody looks for the places of elements, which costs about as
+// much as reading them, nor behind the end.
 void readLauncherDocument(const QString &text, const QString &authCode,
                           LauncherDocumentHandler &handler,
                           LauncherDocumentObserver *observer = nullptr);

@@ -66,6 +66,15 @@ QString document(const QString &elements, const char *version = "1")
            QStringLiteral("\n</launcher>\n");
 }
 
+QString manyAttributes(int count)
+{
+    QString attributes;
+    for (int i = 0; i < count; ++i) {
+        attributes += QStringLiteral(" a%1=''").arg(i);
+    }
+    return attributes;
+}
+
 // "error id line:column", one line each.
 QStringList linesOf(const Findings &findings)
 {
@@ -174,6 +183,9 @@ void TestFindings::found_data()
 
     row("not well-formed", QStringLiteral("<launcher>\n <client a=1/></launcher>"),
         "error not-well-formed 2:12");
+    row("more attributes than are read",
+        QStringLiteral("<launcher>\n <x") + manyAttributes(1001) + QStringLiteral("/></launcher>"),
+        "error too-many-attributes 2:2");
     row("cut off", QStringLiteral("<launcher>\n"), "error not-well-formed 2:1");
     in("a client without its url", QStringLiteral("<client version=\"1\"/>"),
        "error missing-attribute 2:1");

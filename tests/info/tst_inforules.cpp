@@ -7,6 +7,7 @@
 #include "support/relation.h"
 
 #include <QCryptographicHash>
+#include <QElapsedTimer>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -118,6 +119,27 @@ QStringList saidBy(const QString &document, const QString &code = {})
     return notes.said();
 }
 
+// Behind a client that is read; then one that is not.
+QString withElement(const QString &element)
+{
+    return QStringLiteral("<l>") +
+           Documents::client(QStringLiteral("A"), QStringLiteral("O"), QStringLiteral("1"),
+                             QStringLiteral("u")) +
+           element +
+           Documents::client(QStringLiteral("Z"), QStringLiteral("O"), QStringLiteral("1"),
+                             QStringLiteral("u")) +
+           QStringLiteral("</l>");
+}
+
+QString withAttributes(const char *begin, int count, const char *end = "/>")
+{
+    QString element = QLatin1String(begin);
+    for (int i = 0; i < count; ++i) {
+        element += QStringLiteral(" a%1='>'").arg(i);
+    }
+    return element + QLatin1String(end);
+}
+
 QString inLauncher(const QString &elements)
 {
     return QStringLiteral("<launcher>") + elements + QStringLiteral("</launcher>");
@@ -187,6 +209,11 @@ private slots:
     void readingEndsWhereTheTextIsNoXml_data();
     void readingEndsWhereTheTextIsNoXml();
     void everyCutKeepsWhatCameBefore();
+
+    void tooManyAttributesEndTheReading_data();
+    void tooManyAttributesEndTheReading();
+    void quotesElsewhereAreNoAttributes();
+    void manyAttributesCostNoTime();
 
     void elementsAreToldWithTheirPlaces_data();
     void elementsAreToldWithTheirPlaces();
@@ -814,6 +841,61 @@ void TestInfoRules::elementsAreToldToThoseWhoWantThemOnly()
              (QStringList{QStringLiteral("element launcher"), QStringLiteral("written launcher"),
                           QStringLiteral("version 0"), QStringLiteral("element client"),
                           QStringLiteral("written client"), QStringLiteral("broken client")}));
+}
+
+void TestInfoRules::tooManyAttributesEndTheReading_data()
+{
+    QTest::addColumn<QString>("element");
+    QTest::addColumn<QStringList>("said");
+    const QString first = QStringLiteral("client A|O|1|u|");
+    const QString last = QStringLiteral("client Z|O|1|u|");
+    const auto row = [&](const char *name, const QString &element, const char *said) {
+        QTest::newRow(name) << element
+                            << (QStringList{first} + QString::fromLatin1(said).split(
+                                                         QLatin1Char('+'), Qt::SkipEmptyParts));
+    };
+    QTest::newRow("as many as there may be")
+        << withAttributes("<x", 1000) << QStringList{first, last};
+    row("one more", withAttributes("<x", 1001), "");
+    row("one more, in a namespace", withAttributes("<n:client xmlns:n='n'", 1000), "broken client");
+    row("a client", withAttributes("<client version='' url=''", 999), "broken client");
+    row("a slide", withAttributes("<homenews", 1001), "broken news");
+    row("a tile", withAttributes("<news\n", 1001), "broken news");
+    row("without an end", withAttributes("<x", 1001, ""), "");
+}
+
+void TestInfoRules::tooManyAttributesEndTheReading()
+{
+    QFETCH(QString, element);
+    QFETCH(QStringList, said);
+    QCOMPARE(saidBy(withElement(element)), said);
+}
+
+void TestInfoRules::quotesElsewhereAreNoAttributes()
+{
+    const QString quotes = QStringLiteral("'a' \"b\" ").repeated(2000);
+    const QString text =
+        QStringLiteral("<!DOCTYPE launcher [<!-- ") + quotes + QStringLiteral("--><?p ") + quotes +
+        QStringLiteral("?>]>") +
+        withElement(QStringLiteral("<!-- < ") + quotes + QStringLiteral("--><![CDATA[ < ") +
+                    quotes + QStringLiteral("]]><?p < ") + quotes + QStringLiteral("?>") + quotes);
+    QCOMPARE(saidBy(text),
+             (QStringList{QStringLiteral("client A|O|1|u|"), QStringLiteral("client Z|O|1|u|")}));
+}
+
+void TestInfoRules::manyAttributesCostNoTime()
+{
+    QElapsedTimer time;
+    time.start();
+    QCOMPARE(saidBy(withElement(withAttributes("<x", 100 * 1000))).size(), 1);
+    QString declared = QStringLiteral("<!DOCTYPE launcher [<!ATTLIST x");
+    for (int i = 0; i < 100 * 1000; ++i) {
+        declared += QStringLiteral(" a%1 CDATA ''").arg(i);
+    }
+    declared += QStringLiteral(">]>");
+    QCOMPARE(saidBy(declared + withElement(QStringLiteral("<x/>"))), QStringList());
+    // It took many times as long when the toolkit read them.
+    VERIFY_RELATION(time.elapsed(), <, 5000);
 }
 
 void TestInfoRules::elementsAreToldWithTheirPlaces_data()
