@@ -7,7 +7,8 @@ Makes two test authorities in FOLDER, and a certificate of each for a server of
 its own. Both serve /client.zip (48 MiB, every MiB of it one letter: a, b, c
 ...), and /closing.zip (6 MiB of the same), behind which they close the
 connection. /bomb.png is 4 MiB that unpack to 4 GiB of zeros, as their encoding
-says they are to be; /chunked.png is the same in one chunk, without a length.
+says they are to be; /chunked.png is the same in one chunk, without a length,
+and /packed.zip is a sixteenth of it.
 The command finds in its environment
 
     EMBERWAKE_TEST_HTTPS      the first server's address, ending in a slash
@@ -47,8 +48,9 @@ class Handler(BaseHTTPRequestHandler):
     protocol_version = "HTTP/1.1"
 
     def do_GET(self) -> None:
-        if self.path in ("/bomb.png", "/chunked.png"):
-            self.send_bomb(chunked=self.path == "/chunked.png")
+        if self.path in ("/bomb.png", "/chunked.png", "/packed.zip"):
+            size = MEGABYTE // 4 if self.path == "/packed.zip" else 4 * MEGABYTE
+            self.send_bomb(packed_zeros(size), chunked=self.path == "/chunked.png")
             return
         megabytes = {"/client.zip": MEGABYTES, "/closing.zip": CLOSING_MEGABYTES}.get(self.path)
         if megabytes is None:
@@ -69,8 +71,7 @@ class Handler(BaseHTTPRequestHandler):
         except OSError:
             pass  # the test has seen enough
 
-    def send_bomb(self, chunked: bool) -> None:
-        bomb = packed_zeros(4 * MEGABYTE)
+    def send_bomb(self, bomb: bytes, chunked: bool) -> None:
         self.send_response(200)
         self.send_header("Content-Encoding", "gzip")
         if chunked:
