@@ -32,16 +32,18 @@ fi
 # One target, in a process of its own. Its line goes to the terminal, the rest to its log.
 run_target() {
   local target=$1 name=${1#fuzz_}
+  # What the reader of documents reads are the documents of the window.
+  local input=${name%reader}
   # Whole paths: a target may work in another folder.
   local findings=$PWD/build/fuzz/findings/$name
-  local corpus=("$PWD/build/fuzz/corpus/$name" "$PWD/tests/fuzz/corpus/$name")
+  local corpus=("$PWD/build/fuzz/corpus/$name" "$PWD/tests/fuzz/corpus/$input")
   mkdir -p "$findings" "${corpus[0]}"
   local log=build/fuzz/$target.log
   local options=(
     -timeout=12 -rss_limit_mb=512 -max_len=65536 -print_final_stats=1
     "-artifact_prefix=$findings/"
   )
-  [ ! -f "tests/fuzz/$name.dict" ] || options+=("-dict=tests/fuzz/$name.dict")
+  [ ! -f "tests/fuzz/$input.dict" ] || options+=("-dict=tests/fuzz/$input.dict")
   # What lives until the window closes by design is a leak to nobody.
   export LSAN_OPTIONS="suppressions='$PWD/tests/support/leaks.supp':print_suppressions=0"
   # An allocation that cannot be had is answered as it is to a player: by nothing. Freed memory is
