@@ -50,8 +50,8 @@ private:
 class AttributeCounter
 {
 public:
-    explicit AttributeCounter(const QString &text)
-        : m_text(text)
+    explicit AttributeCounter(QString text)
+        : m_text(std::move(text))
     {
     }
 
