@@ -44,8 +44,8 @@ void testform::writeSettings()
     QTextStream stream(&file);
     stream << formatSettings(settings);
     stream.flush();
-    // What cannot be written leaves the file as it was. On a full disk that shows when the buffer is
-    // emptied, which commit() would not look at.
+    // What cannot be written leaves the file as it was. On a full disk that shows when the buffer
+    // is emptied, which commit() would not look at.
     if (!file.flush()) {
         file.cancelWriting();
     }
