@@ -1,5 +1,7 @@
 #include "support/windowdriver.h"
 
+#include "install/staleinput.h"
+
 #include <QApplication>
 #include <QDialog>
 #include <QElapsedTimer>
@@ -24,6 +26,10 @@ QString WindowDriver::click(QWidget &window, const QString &objectName)
 
 QString WindowDriver::click(QWidget &window, QWidget &target)
 {
+    // No player clicks in the very turn in which a block ended: that click would count as an old
+    // one.
+    (void)QTest::qWaitFor(
+        [] { return QCoreApplication::instance()->findChild<StaleInput *>() == nullptr; });
     const QString name = target.objectName();
     if (!target.isVisible()) {
         return name + QStringLiteral(" is hidden");
