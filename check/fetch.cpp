@@ -1,6 +1,7 @@
 #include "check/fetch.h"
 
 #include "check/terminal.h"
+#include "fetch/replybody.h"
 
 #include <QEventLoop>
 #include <QIODevice>
@@ -11,20 +12,28 @@
 namespace
 {
 constexpr int millisecondsPerSecond = 1000;
-constexpr qint64 receiveBufferSize = 1024 * 1024;
+constexpr int pieceSize = 64 * 1024;
 
 // Takes over what has arrived. Returns why it cannot go on, or an empty text.
-QString takeBytes(QNetworkReply &reply, QIODevice &to, qint64 &taken, qint64 limit)
+QString takeBytes(ReplyBody &body, QIODevice &to, qint64 &taken, qint64 limit)
 {
-    const QByteArray bytes = reply.readAll();
-    taken += bytes.size();
-    if (taken > limit) {
-        return QStringLiteral("it is longer than %1 MiB").arg(limit / 1024 / 1024);
+    QByteArray piece(pieceSize, Qt::Uninitialized);
+    for (;;) {
+        const qint64 count = body.read(piece.data(), piece.size());
+        taken += count;
+        if (taken > limit) {
+            return QStringLiteral("it is longer than %1 MiB").arg(limit / 1024 / 1024);
+        }
+        if (to.write(piece.constData(), count) != count) {
+            return QStringLiteral("it cannot be kept: ") + to.errorString();
+        }
+        if (body.isBroken()) {
+            return QStringLiteral("what the server packed for the way cannot be unpacked");
+        }
+        if (count == 0) {
+            return {};
+        }
     }
-    if (to.write(bytes) != bytes.size()) {
-        return QStringLiteral("it cannot be kept: ") + to.errorString();
-    }
-    return {};
 }
 } // namespace
 
@@ -37,12 +46,13 @@ Fetcher::Fetcher(int secondsOfSilence)
 Fetched Fetcher::fetch(const QUrl &url, QIODevice &to, Limits limits)
 {
     QNetworkReply *reply = m_network.get(QNetworkRequest(url));
-    reply->setReadBufferSize(receiveBufferSize);
+    reply->setReadBufferSize(NetworkAccess::receiveBufferSize);
+    ReplyBody body(reply);
     QEventLoop loop;
     QString givenUp;
     qint64 taken = 0;
     const auto take = [&] {
-        const QString problem = takeBytes(*reply, to, taken, limits.bytes);
+        const QString problem = takeBytes(body, to, taken, limits.bytes);
         if (givenUp.isEmpty() && !problem.isEmpty()) {
             givenUp = problem;
             reply->abort();
@@ -72,11 +82,11 @@ Fetched Fetcher::fetch(const QUrl &url, QIODevice &to, Limits limits)
     result.redirected = target.isValid();
     result.target = url.resolved(target.toUrl()).toString();
     result.distrusted = reply->error() == QNetworkReply::SslHandshakeFailedError;
-    // A body that is packed for the way has a length of its own, which does not help the launcher.
-    result.sizeStated = reply->header(QNetworkRequest::ContentLengthHeader).isValid() &&
-                        !reply->hasRawHeader("Content-Encoding");
+    result.sizeStated = reply->header(QNetworkRequest::ContentLengthHeader).isValid();
     if (!givenUp.isEmpty()) {
         result.error = givenUp;
+    } else if (reply->error() == QNetworkReply::NoError && body.isCutShort()) {
+        result.error = QStringLiteral("the server closed before the end");
     } else if (reply->error() == QNetworkReply::OperationCanceledError) {
         result.error = QStringLiteral("nothing came for %1 seconds").arg(m_secondsOfSilence);
     } else if (reply->error() != QNetworkReply::NoError) {

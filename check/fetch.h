@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QNetworkAccessManager>
+#include "fetch/networkaccess.h"
+
 #include <QString>
 #include <QUrl>
 
@@ -36,6 +37,6 @@ public:
     Fetched fetch(const QUrl &url, QIODevice &to, Limits limits);
 
 private:
-    QNetworkAccessManager m_network;
+    NetworkAccess m_network;
     int m_secondsOfSilence;
 };

@@ -9,10 +9,6 @@
 
 namespace
 {
-// What the toolkit keeps before it is taken over, in bytes. With a limit it reads on only when that
-// has been done: of an encrypted answer 64 KiB at a time, which unpack to 64 MiB at worst. Over
-// plain http it unpacks at once whatever the system has received.
-constexpr qint64 receiveBufferSize = 1024 * 1024;
 // What is worth taking over before the end.
 constexpr qint64 pieceSize = 64 * 1024;
 } // namespace
@@ -32,7 +28,8 @@ FileDownloader::FileDownloader(QUrl imageUrl, QObject *parent)
             Qt::QueuedConnection);
     // Default settings: redirects are not followed, the body of the redirect itself arrives.
     QNetworkReply *const reply = m_WebCtrl.get(QNetworkRequest(imageUrl));
-    reply->setReadBufferSize(receiveBufferSize);
+    reply->setReadBufferSize(NetworkAccess::receiveBufferSize);
+    m_body = std::make_unique<ReplyBody>(reply);
     connect(reply, &QNetworkReply::readyRead, this, [this, reply] { readyRead(reply); });
 }
 
@@ -49,24 +46,30 @@ void FileDownloader::readyRead(QNetworkReply *reply)
         return;
     }
     takeReceivedBytes(reply);
-    if (m_received.size() >= largestBody && reply->bytesAvailable() > 0) {
+    if (m_received.size() >= largestBody || m_body->isBroken()) {
         reply->abort();
     }
 }
 
+// One piece after the other: what is packed tells its size by being unpacked.
 void FileDownloader::takeReceivedBytes(QNetworkReply *reply)
 {
-    m_received += reply->read(qMin(reply->bytesAvailable(), largestBody - m_received.size()));
+    qint64 taken = 1;
+    while (taken > 0 && m_received.size() < largestBody) {
+        const qint64 before = m_received.size();
+        const qint64 step = qMax(pieceSize, reply->bytesAvailable());
+        m_received.resize(static_cast<int>(qMin(largestBody, before + step)));
+        taken = m_body->read(m_received.data() + before, m_received.size() - before);
+        m_received.resize(static_cast<int>(before + taken));
+    }
 }
 
 void FileDownloader::fileDownloaded(QNetworkReply *pReply)
 {
     // kept: neither status nor error is looked at. Users of this class cope with an empty or
     // foreign body, so every outcome ends in the same signal.
-    // Nothing can be read of a reply that was given up.
-    if (pReply->isOpen()) {
-        takeReceivedBytes(pReply);
-    }
+    takeReceivedBytes(pReply);
+    m_body.reset();
     m_DownloadedData.swap(m_received);
     pReply->deleteLater();
     const QPointer<FileDownloader> self(this);

@@ -1,9 +1,13 @@
 #pragma once
 
+#include "fetch/networkaccess.h"
+#include "fetch/replybody.h"
+
 #include <QByteArray>
-#include <QNetworkAccessManager>
 #include <QObject>
 #include <QUrl>
+
+#include <memory>
 
 class QNetworkReply;
 
@@ -39,7 +43,8 @@ private:
     void readyRead(QNetworkReply *reply);
     void takeReceivedBytes(QNetworkReply *reply);
 
-    QNetworkAccessManager m_WebCtrl;
+    NetworkAccess m_WebCtrl;
+    std::unique_ptr<ReplyBody> m_body; // of the reply, while there is one
     QByteArray m_DownloadedData;
     QByteArray m_received; // of the body so far
 };

@@ -4,6 +4,7 @@
 #include "base/localaddress.h"
 #include "base/pathsafety.h"
 #include "base/plainname.h"
+#include "fetch/replybody.h"
 #include "install/extractor.h"
 #include "install/removal.h"
 #include "install/savefilename.h"
@@ -20,14 +21,10 @@
 
 namespace
 {
-// What the network may deliver ahead of the disk, in bytes. Without a limit a fast server and a
-// slow disk would fill the memory with the archive.
-constexpr qint64 receiveBufferSize = 1024 * 1024;
 constexpr std::size_t writeBlockSize = 128 * 1024;
 // How long one turn of the event loop goes on taking bytes, in milliseconds; the rest waits in the
 // buffer. With a fast server, or a slow disk, the window could neither paint nor answer otherwise.
 constexpr qint64 longestTurn = 4;
-constexpr qint64 unlimited = -1;
 
 QString encoded(const QUrl &url)
 {
@@ -110,7 +107,8 @@ void DownloadManager::startNextDownload()
         startNextDownload();
         return; // skip this download
     }
-    m_writeError.clear();
+    m_bodyError.clear();
+    m_transferEnded = false;
     if (!mayBeFetched(url)) {
         refuse(url);
         return;
@@ -119,7 +117,9 @@ void DownloadManager::startNextDownload()
     // A request without attributes of its own: a redirect is not followed, it ends the download
     // with whatever body it carries.
     currentDownload = manager.get(QNetworkRequest(url));
-    currentDownload->setReadBufferSize(receiveBufferSize);
+    // Without a limit a fast server and a slow disk would fill the memory with the archive.
+    currentDownload->setReadBufferSize(NetworkAccess::receiveBufferSize);
+    m_body = std::make_unique<ReplyBody>(currentDownload);
     connect(currentDownload, &QNetworkReply::downloadProgress, this,
             &DownloadManager::downloadProgress);
     connect(currentDownload, &QNetworkReply::finished, this, &DownloadManager::downloadFinished);
@@ -165,11 +165,21 @@ void DownloadManager::downloadProgress(qint64 bytesReceived, qint64 bytesTotal)
 
 void DownloadManager::downloadReadyRead()
 {
+    takeTurn();
+}
+
+void DownloadManager::takeTurn()
+{
     if (!m_turnEnd.isActive()) {
         m_turnEnd.start(0, this);
         m_turnTime.start();
     }
-    if (!takeReceivedBytes(longestTurn)) {
+    const bool isAllTaken = takeReceivedBytes();
+    if (m_transferEnded) {
+        if (isAllTaken) {
+            end();
+        }
+    } else if (!m_bodyError.isEmpty()) {
         // A disk that takes no more ends the transfer; finished() follows at once.
         currentDownload->abort();
     }
@@ -182,30 +192,36 @@ void DownloadManager::timerEvent(QTimerEvent *event)
         return;
     }
     m_turnEnd.stop();
-    if (currentDownload != nullptr && currentDownload->bytesAvailable() > 0) {
-        downloadReadyRead();
+    if (currentDownload != nullptr && m_moreToTake) {
+        takeTurn();
     }
 }
 
-// Moves what has arrived into the file. A write that comes up short is an error of the download:
-// unpacking a cut archive would leave a broken client that looks finished.
-bool DownloadManager::takeReceivedBytes(qint64 turnLength)
+// Moves what has arrived into the file, until the turn is over. Returns whether that was all. A
+// write that comes up short is an error of the download: unpacking a cut archive would leave a
+// broken client that looks finished.
+bool DownloadManager::takeReceivedBytes()
 {
     // One for all downloads, which share the GUI thread: clearing a new one each time took 7 % of a
     // download's processor time.
     static std::array<char, writeBlockSize> block;
-    while (m_writeError.isEmpty()) {
-        if (m_turnTime.hasExpired(turnLength)) {
+    m_moreToTake = false;
+    while (m_bodyError.isEmpty()) {
+        if (m_turnTime.hasExpired(longestTurn)) {
             // The buffer fills, and then the server waits.
-            return true;
+            m_moreToTake = true;
+            return false;
         }
-        const qint64 count = currentDownload->read(block.data(), block.size());
+        const qint64 count = m_body->read(block.data(), block.size());
+        if (m_body->isBroken()) {
+            m_bodyError = QStringLiteral("What the server packed for the way cannot be unpacked");
+        }
         if (count <= 0) {
-            return true;
+            break;
         }
         writeBlock(block.data(), count);
     }
-    return false;
+    return true;
 }
 
 void DownloadManager::writeBlock(const char *data, qint64 size)
@@ -214,7 +230,7 @@ void DownloadManager::writeBlock(const char *data, qint64 size)
     while (size > 0) {
         const qint64 written = output.write(data, size);
         if (written <= 0) {
-            m_writeError = output.errorString();
+            m_bodyError = output.errorString();
             return;
         }
         data += written;
@@ -227,16 +243,21 @@ void DownloadManager::downloadFinished()
     // A transfer given up while its bytes arrive may still report progress; nobody may hear of it
     // after the end.
     currentDownload->disconnect(this);
+    m_transferEnded = true;
+    // The limited buffer may still hold the end of the archive, and that may unpack to much.
+    takeTurn();
+}
+
+void DownloadManager::end()
+{
     m_turnEnd.stop();
-    // The limited buffer may still hold the end of the archive.
-    (void)takeReceivedBytes(unlimited);
     progressBar.clear();
     output.close();
 
-    if (!m_writeError.isEmpty()) {
-        Console::error(QStringLiteral("Failed: %1\n").arg(m_writeError));
-    } else if (currentDownload->error() != QNetworkReply::NoError) {
-        Console::error(QStringLiteral("Failed: %1\n").arg(currentDownload->errorString()));
+    const QString error = whyFailed();
+    m_body.reset();
+    if (!error.isEmpty()) {
+        Console::error(QStringLiteral("Failed: %1\n").arg(error));
     } else {
         Console::out(QStringLiteral("Succeeded.\n\n"));
         ++downloadedCount;
@@ -247,6 +268,18 @@ void DownloadManager::downloadFinished()
     currentDownload->deleteLater();
     currentDownload = nullptr;
     startNextDownload();
+}
+
+// Empty when the archive is whole on the disk.
+QString DownloadManager::whyFailed() const
+{
+    if (!m_bodyError.isEmpty()) {
+        return m_bodyError;
+    }
+    if (currentDownload->error() != QNetworkReply::NoError) {
+        return currentDownload->errorString();
+    }
+    return m_body->isCutShort() ? QStringLiteral("The server closed before the end") : QString();
 }
 
 // Unpacks the archive into the version directory and removes it. Blocks until the extractor ends.

@@ -1,18 +1,21 @@
 #pragma once
 
+#include "fetch/networkaccess.h"
 #include "install/textprogressbar.h"
 
 #include <QBasicTimer>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QNetworkAccessManager>
 #include <QObject>
 #include <QQueue>
 #include <QString>
 #include <QStringList>
 #include <QUrl>
 
+#include <memory>
+
 class QNetworkReply;
+class ReplyBody;
 
 // Fetches client archives one after another into the working directory and unpacks each into its
 // version directory. The window makes one for every click and keeps it until it closes.
@@ -55,13 +58,17 @@ private slots:
 private:
     QString openSaveFile();
     void refuse(const QUrl &url);
-    bool takeReceivedBytes(qint64 turnLength);
+    void takeTurn();
+    bool takeReceivedBytes();
+    void end();
+    QString whyFailed() const;
     void writeBlock(const char *data, qint64 size);
     void install();
 
-    QNetworkAccessManager manager;
+    NetworkAccess manager;
     QQueue<QUrl> downloadQueue;
     QNetworkReply *currentDownload = nullptr; // the manager's; deleted later when it has ended
+    std::unique_ptr<ReplyBody> m_body;        // of the current download
     QFile output;
     QElapsedTimer downloadTime;
     QElapsedTimer m_turnTime; // since the first bytes of this turn of the event loop
@@ -71,7 +78,9 @@ private:
     QString clientVersion;
     QString password;
     QString dir;
-    int downloadedCount = 0; // ended without error
-    int totalCount = 0;      // ever appended
-    QString m_writeError;    // why the archive could not be written; empty while it can
+    int downloadedCount = 0;   // ended without error
+    int totalCount = 0;        // ever appended
+    bool m_moreToTake = false; // than one turn could
+    bool m_transferEnded = false;
+    QString m_bodyError; // why the archive is not whole on the disk; empty while it can be
 };

@@ -11,7 +11,7 @@
 
 # What the program is built from.
 build_packages=(
-  cmake ninja-build g++ qtbase5-dev qtbase5-dev-tools
+  cmake ninja-build g++ qtbase5-dev qtbase5-dev-tools zlib1g-dev
 )
 # What operators pack archives and look into them with, and try their world with.
 operator_packages=(
@@ -49,7 +49,7 @@ source_packages=(
 )
 # What the Windows program is built from and packed with.
 windows_packages=(
-  cmake ninja-build g++ make g++-mingw-w64-x86-64-posix librsvg2-bin python3 perl
+  cmake ninja-build g++ make g++-mingw-w64-x86-64-posix libz-mingw-w64-dev librsvg2-bin python3 perl
   nsis zip unzip file
 )
 # What its tests run on.

@@ -52,10 +52,6 @@ private slots:
     void replyIsDeletedAfterTheSignal();
     void goesWithItsParentInMidFetch();
     void endedFetchHoldsNoThread();
-    void bodyIsBounded_data();
-    void bodyIsBounded();
-    void unpackedBodyIsBounded();
-    void endlessBodyFillsNoMemory();
     void addressThatIsNotFetched_data();
     void addressThatIsNotFetched();
     void localFileArrives();
@@ -243,66 +239,6 @@ void TestFileDownloader::endedFetchHoldsNoThread()
     QTRY_COMPARE_WITH_TIMEOUT(ended, 10, limit);
     TRY_VERIFY_RELATION(Holdings::threads(), <=, threads, limit);
     TRY_VERIFY_RELATION(Holdings::descriptors(), <=, descriptors, limit);
-}
-
-void TestFileDownloader::bodyIsBounded_data()
-{
-    QTest::addColumn<int>("size");
-    QTest::addColumn<int>("arrives");
-    QTest::newRow("the largest one that arrives whole") << largest << largest;
-    QTest::newRow("a byte more") << largest + 1 << largest;
-    QTest::newRow("much more") << 3 * largest << largest;
-}
-
-void TestFileDownloader::bodyIsBounded()
-{
-    QFETCH(int, size);
-    QFETCH(int, arrives);
-    HttpServer server;
-    server.serveLarge(QStringLiteral("large"), size);
-    FileDownloader downloader(QUrl(server.url(QStringLiteral("large"))));
-    QSignalSpy spy(&downloader, &FileDownloader::downloaded);
-    QVERIFY(spy.wait(limit));
-    QCOMPARE(downloader.downloadedData().size(), arrives);
-    QCOMPARE(downloader.downloadedData().count('e'), arrives);
-
-    QVERIFY(oneMoreFetch(server));
-    QCOMPARE(spy.count(), 1);
-    QCOMPARE(downloader.downloadedData().size(), arrives);
-}
-
-// What counts is what it unpacks to.
-void TestFileDownloader::unpackedBodyIsBounded()
-{
-    HttpServer server;
-    // The toolkit puts the length before what the encoding asks for.
-    server.serveEncoded(QStringLiteral("packed"), qCompress(QByteArray(2 * largest, 'e')).mid(4),
-                        "deflate");
-    FileDownloader downloader(QUrl(server.url(QStringLiteral("packed"))));
-    QSignalSpy spy(&downloader, &FileDownloader::downloaded);
-    QVERIFY(spy.wait(limit));
-    QCOMPARE(downloader.downloadedData().size(), largest);
-    QCOMPARE(downloader.downloadedData().count('e'), largest);
-
-    QVERIFY(oneMoreFetch(server));
-    QCOMPARE(spy.count(), 1);
-}
-
-void TestFileDownloader::endlessBodyFillsNoMemory()
-{
-    if (Holdings::memory() < 0) {
-        QSKIP("memory cannot be measured here");
-    }
-    HttpServer server;
-    server.serveLarge(QStringLiteral("endless"), 1024LL * 1024 * 1024);
-    Holdings::forgetPeakOfMemory();
-    const qint64 before = Holdings::memory();
-    FileDownloader downloader(QUrl(server.url(QStringLiteral("endless"))));
-    QSignalSpy spy(&downloader, &FileDownloader::downloaded);
-    QVERIFY(spy.wait(limit));
-    QCOMPARE(downloader.downloadedData().size(), largest);
-    // What came, and a copy of it.
-    VERIFY_RELATION(Holdings::peakOfMemory() - before, <, 4 * qint64(largest));
 }
 
 void TestFileDownloader::mayBeDeletedByWhoAnswers_data()

@@ -21,7 +21,26 @@ struct Answer {
     std::string location;
     std::size_t bytes = 0;
     std::string encoding;
+    std::vector<std::string> challenges = {};
 };
+
+struct Seen {
+    std::string path;
+    std::vector<std::string> headers;
+};
+
+// Without what the server's library adds about the connection.
+std::vector<std::string> headerLines(const httplib::Request &request)
+{
+    std::vector<std::string> lines;
+    for (const auto &[name, value] : request.headers) {
+        if (name.rfind("REMOTE_", 0) != 0 && name.rfind("LOCAL_", 0) != 0) {
+            lines.push_back(name + ": " + value);
+        }
+    }
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
 
 std::string key(const QString &path)
 {
@@ -38,7 +57,7 @@ struct HttpServer::Private {
     std::condition_variable released;
     std::map<std::string, Answer> answers;
     std::map<std::string, bool> open;
-    std::vector<std::string> log;
+    std::vector<Seen> log;
     bool stopping = false;
 
     void set(const QString &path, Answer answer)
@@ -59,7 +78,7 @@ struct HttpServer::Private {
         Answer found;
         {
             const std::lock_guard<std::mutex> lock(mutex);
-            log.push_back(request.path);
+            log.push_back({request.path, headerLines(request)});
             const auto place = answers.find(request.path);
             if (place == answers.end()) {
                 response.status = 404;
@@ -73,6 +92,9 @@ struct HttpServer::Private {
         }
         if (!found.encoding.empty()) {
             response.set_header("Content-Encoding", found.encoding);
+        }
+        for (const std::string &challenge : found.challenges) {
+            response.headers.emplace("WWW-Authenticate", challenge);
         }
         send(request.path, found, response);
     }
@@ -189,6 +211,16 @@ void HttpServer::serveEncoded(const QString &path, const QByteArray &body,
     d->set(path, {Kind::Plain, 200, body.toStdString(), {}, 0, encoding.toStdString()});
 }
 
+void HttpServer::serveChallenges(const QString &path, const QList<QByteArray> &challenges,
+                                 const QByteArray &body)
+{
+    Answer answer{Kind::Plain, 401, body.toStdString(), {}, 0, {}, {}};
+    for (const QByteArray &challenge : challenges) {
+        answer.challenges.push_back(challenge.toStdString());
+    }
+    d->set(path, answer);
+}
+
 void HttpServer::serveWithoutLength(const QString &path, const QByteArray &body)
 {
     d->set(path, {Kind::WithoutLength, 200, body.toStdString(), {}, 0, {}});
@@ -218,18 +250,42 @@ void HttpServer::release(const QString &path)
     d->released.notify_all();
 }
 
+void HttpServer::setEncoding(const QString &path, const QByteArray &encoding)
+{
+    const std::lock_guard<std::mutex> lock(d->mutex);
+    d->answers[key(path)].encoding = encoding.toStdString();
+}
+
 int HttpServer::requests(const QString &path) const
 {
     const std::lock_guard<std::mutex> lock(d->mutex);
-    return static_cast<int>(std::count(d->log.begin(), d->log.end(), key(path)));
+    return static_cast<int>(
+        std::count_if(d->log.begin(), d->log.end(),
+                      [asked = key(path)](const Seen &seen) { return seen.path == asked; }));
+}
+
+QList<QStringList> HttpServer::headers(const QString &path) const
+{
+    const std::lock_guard<std::mutex> lock(d->mutex);
+    QList<QStringList> requests;
+    for (const Seen &seen : d->log) {
+        if (seen.path == key(path)) {
+            QStringList lines;
+            for (const std::string &line : seen.headers) {
+                lines << QString::fromStdString(line);
+            }
+            requests << lines;
+        }
+    }
+    return requests;
 }
 
 QStringList HttpServer::log() const
 {
     const std::lock_guard<std::mutex> lock(d->mutex);
     QStringList paths;
-    for (const std::string &path : d->log) {
-        paths << QString::fromStdString(path);
+    for (const Seen &seen : d->log) {
+        paths << QString::fromStdString(seen.path);
     }
     return paths;
 }
