@@ -1,5 +1,6 @@
 #pragma once
 
+#include "fetch/filedownloader.h"
 #include "fetch/networkaccess.h"
 
 #include <QString>
@@ -26,7 +27,8 @@ public:
         qint64 bytes = 0;
         int seconds = 0;
     };
-    static constexpr Limits smallThings{64LL * 1024 * 1024, 120};
+    // As much as the launcher takes of one.
+    static constexpr Limits smallThings{FileDownloader::largestBody, 120};
     static constexpr Limits archives{64LL * 1024 * 1024 * 1024, 4 * 3600};
 
     // Gives a fetch up after so many seconds without a byte.

@@ -1,7 +1,10 @@
 #include "check/news.h"
 
 #include "base/documentlimits.h"
+#include "base/simplemarkup.h"
 #include "check/addresses.h"
+
+#include <QRegularExpression>
 
 namespace
 {
@@ -31,6 +34,28 @@ void checkText(const NewsItem &item, const QString &attribute, const QString &wr
     }
 }
 
+// What the window does with a text that it shows.
+void checkShownText(const NewsItem &item, const QString &attribute, const QString &shown,
+                    Findings &findings)
+{
+    static const QRegularExpression tag(QStringLiteral("<[/!?]?[A-Za-z]"));
+    if (!isSimpleMarkup(shown) && tag.match(shown).hasMatch()) {
+        findings << warningAt(
+            item.place, "markup-as-letters",
+            QStringLiteral("the %1's markup is not simple: players read its tags, letter by letter")
+                .arg(attribute),
+            QStringLiteral("use nothing but b, i, u, s, em, strong, br, p, span, font, ul, ol and "
+                           "li, well formed, with attributes that only say how letters look"));
+    }
+    if (shownPartOf(shown) != shown) {
+        findings << warningAt(item.place, "text-cut",
+                              QStringLiteral("players see only the first %1 characters of the %2")
+                                  .arg(shownPartOf(shown).size())
+                                  .arg(attribute),
+                              QStringLiteral("say it in fewer words"));
+    }
+}
+
 void checkItem(const NewsItem &item, const NewsKind &kind, Findings &findings)
 {
     if (item.index >= kind.room) {
@@ -44,6 +69,8 @@ void checkItem(const NewsItem &item, const NewsKind &kind, Findings &findings)
     }
     checkText(item, QStringLiteral("title"), item.title, kind.losesLetters, findings);
     checkText(item, QStringLiteral("description"), item.description, kind.losesLetters, findings);
+    checkShownText(item, QStringLiteral("title"), item.shown.title, findings);
+    checkShownText(item, QStringLiteral("description"), item.shown.description, findings);
     checkAddress(item.place, QStringLiteral("imageUrl"), QUrl(item.shown.imageUrl),
                  QStringLiteral("there is no picture"), findings);
     checkAddress(item.place, QStringLiteral("clickUrl"), QUrl(item.shown.clickUrl),

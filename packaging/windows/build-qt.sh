@@ -44,6 +44,8 @@ options=(
   # The system's own encryption, with the system's own certificates.
   -schannel -no-openssl
   -no-sql-sqlite -no-sql-odbc
+  # No answer with the player's account to a host that asks who is there.
+  -no-feature-sspi
   # Its header is not part of the distribution's source.
   -no-feature-tabletevent
 )

@@ -356,7 +356,7 @@ void TestCheckProgram::endlessPictureIsGivenUp()
     const Run run =
         check({QStringLiteral("--deep"), QStringLiteral("--json"), server.url(documentName)});
     QCOMPARE(idsIn(run), QStringList{QStringLiteral("unreachable")});
-    QVERIFY(run.output.contains(QStringLiteral("it is longer than 64 MiB")));
+    QVERIFY(run.output.contains(QStringLiteral("it is longer than 32 MiB")));
 }
 
 void TestCheckProgram::certificates_data()

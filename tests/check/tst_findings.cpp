@@ -130,6 +130,9 @@ void TestFindings::clean_data()
     row("two kinds on two servers",
         ofServer("A") + ofServer("B") +
             client(QStringLiteral("B"), QStringLiteral("Beta"), QStringLiteral("1.0")));
+    row("simple markup in a tile", news("news", "<b>Why</b> now"));
+    row("a sign that is no tag", news("news", "1 < 2"));
+    row("the longest text", news("news", QByteArray(10000, 'w').constData()));
     row("letters beyond ASCII in a server's name", ofServer("\xC3\x84\xD0\x96"));
     row("two dots in the middle of a version", ofVersion("1..2"));
     row("a name that only begins like a device", ofServer("CONTEST") + ofServer("COM10"));
@@ -317,6 +320,10 @@ void TestFindings::found_data()
     in("a question mark before a slide", news("homenews", "?Why"),
        "warning leading-question-mark 2:1");
     in("a question mark before a tile", news("news", "?Why"), "warning leading-question-mark 2:1");
+    in("a picture in a tile's text", news("news", "<img src='x'>"),
+       "warning markup-as-letters 2:1");
+    in("broken markup in a slide", news("homenews", "<b Why"), "warning markup-as-letters 2:1");
+    in("a longer text", news("news", QByteArray(10001, 'w').constData()), "warning text-cut 2:1");
     in("an element of the wrong letters", QStringLiteral("<Client server='S'/>"),
        "warning unknown-element 2:1");
 }

@@ -121,6 +121,8 @@ private slots:
     void accentInASlide();
     void leadingQuestionMark_data();
     void leadingQuestionMark();
+    void markupThatIsNotSimple();
+    void longText();
 
     void pictureThatDoesNotArrive_data();
     void pictureThatDoesNotArrive();
@@ -602,6 +604,23 @@ void TestWarnings::leadingQuestionMark()
                 "leading-question-mark");
     const Ui::testform &ui = *stage.window->ui;
     QCOMPARE((slide ? ui.homeNewsTitle : ui.titleNewsBig)->text(), QStringLiteral("Why?"));
+}
+
+void TestWarnings::markupThatIsNotSimple()
+{
+    Stage stage;
+    LOAD_WARNED(stage, (QStringList{news("news", QStringLiteral("<table>Why"))}),
+                "markup-as-letters");
+    const QLabel *title = stage.window->ui->titleNewsBig;
+    QCOMPARE(title->textFormat(), Qt::PlainText);
+    QCOMPARE(title->text(), QStringLiteral("<table>Why"));
+}
+
+void TestWarnings::longText()
+{
+    Stage stage;
+    LOAD_WARNED(stage, (QStringList{news("news", QString(10001, QLatin1Char('w')))}), "text-cut");
+    QCOMPARE(stage.window->ui->titleNewsBig->text(), QString(10000, QLatin1Char('w')));
 }
 
 void TestWarnings::pictureThatDoesNotArrive_data()
