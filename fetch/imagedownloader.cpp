@@ -33,6 +33,17 @@ QPixmap decoded(const QByteArray &bytes)
 {
     return QPixmap::fromImage(decodedPicture(bytes));
 }
+
+// Empty when it is larger than the file of any picture that is decoded.
+QByteArray contentOf(const QString &fileName)
+{
+    constexpr int bytesOfPixel = 4;
+    QFile file(fileName);
+    return file.size() <= 2 * bytesOfPixel * largestPicture && file.open(QIODevice::ReadOnly)
+               ? file.readAll()
+               : QByteArray();
+}
+
 // While it lives, the pool has room as if the thread it stands in were none of its own. Decoding a
 // picture borrows the same pool, and waits for it: behind the writers, the window would stand still
 // until the last of them has packed its picture.
@@ -205,7 +216,8 @@ void ImageDownloader::loadBuffer()
         return;
     }
     // kept: a previous original is dropped without being freed; a logo button may still show it.
-    px_orig = new QPixmap(cacheFileName());
+    // By its name a cache file may be another's: an archive that broke off, called like a server.
+    px_orig = new QPixmap(decoded(contentOf(cacheFileName())));
     if (label != nullptr) {
         showOnLabel(*px_orig);
     }

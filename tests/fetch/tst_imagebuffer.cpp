@@ -1,4 +1,5 @@
 #include "fetch/imagedownloader.h"
+#include "picturefiles.h"
 #include "picturetest.h"
 #include "support/consolecapture.h"
 #include "support/messagelog.h"
@@ -114,6 +115,11 @@ void TestImageBuffer::bufferWithACacheFileThatIsNoPicture_data()
     QTest::newRow("an empty file") << QByteArray();
     QTest::newRow("a text file") << QByteArray("no picture");
     QTest::newRow("a binary file") << QByteArray(1000, '\0');
+    // Files that the launcher did not write: an archive may have been called so.
+    QImage wall(8000, 8000, QImage::Format_Mono);
+    wall.fill(0);
+    QTest::newRow("far too many pixels") << encoded(wall, "PNG");
+    QTest::newRow("far too much work") << PictureFiles::gifBomb(2000 * 1000);
 }
 
 void TestImageBuffer::bufferWithACacheFileThatIsNoPicture()
