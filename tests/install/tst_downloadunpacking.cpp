@@ -41,6 +41,7 @@ private slots:
     void extractorArguments_data();
     void extractorArguments();
     void extractorRunsBeforeTheEndIsReported();
+    void otherDownloadOutlastsTheUnpacking();
     void noArchiveIsSilent();
     void missingExtractorLeavesTheEmptyFolder();
 };
@@ -242,6 +243,28 @@ void TestDownloadUnpacking::extractorRunsBeforeTheEndIsReported()
     manager.append(QUrl(server.url(text("client.zip"))));
     QVERIFY(runToTheEnd(manager));
     QCOMPARE(seen, (QStringList{text("end"), text("none"), text("game"), text("empty")}));
+}
+
+// While one archive is unpacked nobody reads the other: its server waits, as long as it likes to.
+void TestDownloadUnpacking::otherDownloadOutlastsTheUnpacking()
+{
+    constexpr qint64 size = 200LL * 1000 * 1000;
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serve(text("short.zip"), "short");
+    server.serveLarge(text("long.zip"), size);
+    Archives::provideExtractorScript("sleep 2000\nkeep kept.zip");
+    DownloadManager first(nullptr, text("1"), text("Alpha/Official"));
+    DownloadManager second(nullptr, text("1"), text("Beta/Official"));
+    bool isUnderWay = false;
+    connect(&first, &DownloadManager::updateFinished, this,
+            [&] { isUnderWay = second.currentDownload != nullptr; });
+    second.append(QUrl(server.url(text("long.zip"))));
+    first.append(QUrl(server.url(text("short.zip"))));
+    QVERIFY(runToTheEnd(second));
+    QVERIFY(isUnderWay);
+    QCOMPARE(second.downloadedCount, 1);
+    QCOMPARE(QFileInfo(text("kept.zip")).size(), size);
 }
 
 void TestDownloadUnpacking::noArchiveIsSilent()
