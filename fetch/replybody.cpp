@@ -69,7 +69,7 @@ bool ReplyBody::Unpacking::fill(QNetworkReply *reply)
     if (m_stream.total_in == 0 && reply->bytesAvailable() < 2 && !reply->isFinished()) {
         return false;
     }
-    m_filled = reply->read(m_packed.data(), m_packed.size());
+    m_filled = reply->read(m_packed.data(), static_cast<qint64>(m_packed.size()));
     if (m_filled <= 0) {
         return false;
     }

@@ -212,7 +212,7 @@ bool DownloadManager::takeReceivedBytes()
             m_moreToTake = true;
             return false;
         }
-        const qint64 count = m_body->read(block.data(), block.size());
+        const qint64 count = m_body->read(block.data(), static_cast<qint64>(block.size()));
         if (m_body->isBroken()) {
             m_bodyError = QStringLiteral("What the server packed for the way cannot be unpacked");
         }
