@@ -279,6 +279,9 @@ void TestFileDownloader::addressThatIsNotFetched_data()
 #ifndef Q_OS_WIN
     QTest::newRow("a device that never ends") << QStringLiteral("file:///dev/zero");
     QTest::newRow("a pipe that nobody writes to") << QStringLiteral("file://%1/pipe");
+    // The toolkit takes the one for a drive, the other for a folder's short name.
+    QTest::newRow("a pipe like a drive's") << QStringLiteral("x:pipe");
+    QTest::newRow("a pipe like a short name's") << QStringLiteral("xy:pipe");
 #endif
 }
 
@@ -288,6 +291,8 @@ void TestFileDownloader::addressThatIsNotFetched()
     const ScratchFolder folder;
 #ifndef Q_OS_WIN
     QCOMPARE(mkfifo("pipe", 0600), 0);
+    QCOMPARE(mkfifo("x:pipe", 0600), 0);
+    QCOMPARE(mkfifo("xy:pipe", 0600), 0);
 #endif
     if (url.contains(QLatin1Char('%'))) {
         url = url.arg(folder.path());
