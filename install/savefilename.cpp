@@ -11,17 +11,28 @@
 
 namespace
 {
-// What Windows or the toolkit loads or starts from the launcher's folder without being asked, or on
-// a click. A download that breaks off leaves its file behind, whatever came.
+// What Windows, the toolkit or the launcher itself loads or starts from the launcher's folder
+// without being asked, or on a click. A download that breaks off leaves its file behind, whatever
+// came.
 bool isLoadedOrStarted(QString name)
 {
     while (isCutByWindows(name)) {
         name.chop(1);
     }
-    static constexpr std::array<const char *, 12> endings = {".exe", ".dll", ".com",      ".bat",
-                                                             ".cmd", ".scr", ".msi",      ".pif",
-                                                             ".cpl", ".lnk", ".manifest", ".local"};
-    return name.compare(QLatin1String("qt.conf"), Qt::CaseInsensitive) == 0 ||
+    static constexpr std::array<const char *, 32> endings = {
+        ".exe", ".dll", ".com", ".bat", ".cmd", ".scr", ".msi", ".pif", ".cpl", ".lnk", ".manifest",
+        ".local", ".exe.config",
+        // Started on a click, in a folder that players look into.
+        ".msp", ".msc", ".hta", ".js", ".jse", ".vbs", ".vbe", ".wsf", ".wsh", ".ps1", ".reg",
+        ".jar", ".appref-ms",
+        // What the system reads when it shows the folder, and asks other computers for.
+        ".url", ".scf", ".library-ms", ".search-ms", ".searchconnector-ms", ".desktop"};
+    static constexpr std::array<const char *, 4> names = {"qt.conf", "desktop.ini", "settings.txt",
+                                                          "offline.txt"};
+    return std::any_of(names.begin(), names.end(),
+                       [&name](const char *whole) {
+                           return name.compare(QLatin1String(whole), Qt::CaseInsensitive) == 0;
+                       }) ||
            std::any_of(endings.begin(), endings.end(), [&name](const char *ending) {
                return name.endsWith(QLatin1String(ending), Qt::CaseInsensitive);
            });
@@ -39,6 +50,11 @@ QString whyNotSavedAnywhereAs(const QString &name)
     }
     return {};
 }
+// A link that leads nowhere is there as well: what is written under its name lands elsewhere.
+bool isTaken(const QString &name)
+{
+    return QFile::exists(name) || QFileInfo(name).isSymLink();
+}
 } // namespace
 
 QString wantedSaveFileName(const QUrl &url)
@@ -50,14 +66,14 @@ QString wantedSaveFileName(const QUrl &url)
 QString freeSaveFileName(const QUrl &url)
 {
     QString name = wantedSaveFileName(url);
-    if (!QFile::exists(name)) {
+    if (!isTaken(name)) {
         return name;
     }
     // kept: the extension is doubled ("client.zip.0.zip"), and ends in ".zip" whatever the name,
     // so that the archive clean-up finds the file.
     for (int number = 0;; ++number) {
         QString candidate = QStringLiteral("%1.%2.zip").arg(name, QString::number(number));
-        if (!QFile::exists(candidate)) {
+        if (!isTaken(candidate)) {
             return candidate;
         }
     }

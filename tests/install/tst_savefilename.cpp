@@ -1,4 +1,5 @@
 #include "install/savefilename.h"
+#include "support/links.h"
 #include "support/scratchfolder.h"
 #include "support/texts.h"
 
@@ -42,6 +43,7 @@ private slots:
 
     void saveFileName_data();
     void saveFileName();
+    void linkThatLeadsNowhereIsTaken();
     void saveFileNameCreatesNothing();
     void refusedName_data();
     void refusedName();
@@ -116,6 +118,16 @@ void TestSaveFileName::saveFileName()
     QCOMPARE(freeSaveFileName(QUrl(url)), name);
 }
 
+// What is written under its name would land where it leads.
+void TestSaveFileName::linkThatLeadsNowhereIsTaken()
+{
+    const QUrl url(text("http://h.test/client.zip"));
+    MAKE_LINK(text("../nowhere.zip"), text("client.zip"));
+    QCOMPARE(freeSaveFileName(url), text("client.zip.0.zip"));
+    MAKE_LINK(text("../nowhere.zip"), text("client.zip.0.zip"));
+    QCOMPARE(freeSaveFileName(url), text("client.zip.1.zip"));
+}
+
 void TestSaveFileName::saveFileNameCreatesNothing()
 {
     (void)freeSaveFileName(QUrl(QStringLiteral("http://h.test/client.zip")));
@@ -138,7 +150,10 @@ void TestSaveFileName::refusedName_data()
     for (const char *name :
          {"client.exe", "version.dll", "VERSION.DLL", "a.com", "a.bat", "a.Cmd", "a.scr", "a.msi",
           "a.pif", "a.cpl", "a.lnk", "emberwake-launcher.exe.manifest",
-          "emberwake-launcher.exe.local", "qt.conf", "QT.Conf", ".exe", "client.zip.exe",
+          "emberwake-launcher.exe.local", "emberwake-launcher.exe.config", "a.msp", "a.hta", "a.js",
+          "a.vbs", "a.wsf", "a.ps1", "a.reg", "a.jar", "a.msc", "a.URL", "a.scf", "a.library-ms",
+          "a.search-ms", "Desktop.ini", "settings.txt", "OFFLINE.TXT", "qt.conf", "QT.Conf", ".exe",
+          "client.zip.exe",
           // Windows drops what stands behind.
           "version.dll.", "version.dll ", "qt.conf. ."}) {
         row(text(name), program);
