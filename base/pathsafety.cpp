@@ -48,16 +48,6 @@ bool isFileOrFree(const QString &fileName)
     return !info.isSymLink() && (!info.exists() || info.isFile());
 }
 
-bool isFileOfWorkingDirectory(const QString &fileName)
-{
-    if (QFileInfo(fileName).isSymLink()) {
-        return false;
-    }
-    const QString folder = QFileInfo(fileName).dir().canonicalPath();
-    const QString root = QDir::current().canonicalPath();
-    return !root.isEmpty() && (folder == root || isBelow(folder, root));
-}
-
 bool isLinkOrJunction(const QFileInfo &entry)
 {
     return entry.isSymLink() || entry.isJunction();

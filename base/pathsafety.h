@@ -23,10 +23,6 @@ bool wouldLieInsideWorkingDirectory(const QString &directory);
 // would wait for ever.
 bool isFileOrFree(const QString &fileName);
 
-// Whether the file, existing or not, would lie in the working directory or below it. A link does
-// not: what it leads to may lie anywhere.
-bool isFileOfWorkingDirectory(const QString &fileName);
-
 // Whether the entry is a link, or on Windows a junction, wherever it leads.
 bool isLinkOrJunction(const QFileInfo &entry);
 

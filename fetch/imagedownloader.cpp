@@ -1,11 +1,13 @@
 #include "fetch/imagedownloader.h"
 
 #include "base/pathsafety.h"
+#include "base/plainname.h"
 #include "fetch/filedownloader.h"
 #include "fetch/oneperturn.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QFutureWatcher>
 #include <QImage>
 #include <QLabel>
 #include <QMutex>
@@ -27,13 +29,6 @@ QString nameOf(const QLabel *label)
     return label->objectName();
 }
 
-// Empty when the bytes are no picture, or one too large to be meant well: a file of a few kilobytes
-// can ask for gigabytes of memory.
-QPixmap decoded(const QByteArray &bytes)
-{
-    return QPixmap::fromImage(decodedPicture(bytes));
-}
-
 // Empty when it is larger than the file of any picture that is decoded.
 QByteArray contentOf(const QString &fileName)
 {
@@ -42,6 +37,14 @@ QByteArray contentOf(const QString &fileName)
     return file.size() <= 2 * bytesOfPixel * largestPicture && file.open(QIODevice::ReadOnly)
                ? file.readAll()
                : QByteArray();
+}
+
+// The name may come from the document (a server's name). Only a plain one is asked for: another may
+// be that of a picture in an installed game, or of another computer, to which the question alone
+// would be a connection.
+bool mayBeCacheFile(const QString &fileName)
+{
+    return isPlainName(fileName) && isFileOrFree(fileName);
 }
 
 // While it lives, the pool has room as if the thread it stands in were none of its own. Decoding a
@@ -54,7 +57,18 @@ public:
     ~RoomInPool() { QThreadPool::globalInstance()->reserveThread(); }
     Q_DISABLE_COPY_MOVE(RoomInPool)
 };
+
+// In the pool, one at a time: the largest take hundreds of megabytes on the way.
+QImage decodedInTurn(const QByteArray &bytes)
+{
+    static QMutex turn;
+    const RoomInPool room;
+    const QMutexLocker locker(&turn);
+    return decodedPicture(bytes);
+}
 } // namespace
+
+qint64 ImageDownloader::s_pixels = 0;
 
 QPixmap scaledToSize(const QPixmap &picture, QSize size)
 {
@@ -86,6 +100,7 @@ ImageDownloader::~ImageDownloader()
         QtConcurrent::run(&ImageDownloader::writeArrivedInPool, cacheFileName(),
                           fd->downloadedData());
     }
+    s_pixels -= m_pixels;
     delete px_orig;
 }
 
@@ -107,18 +122,40 @@ void ImageDownloader::fetch()
     connect(fd, &FileDownloader::downloaded, this, &ImageDownloader::takeTurn);
 }
 
-// Decoding keeps the window waiting: pictures that arrive together are loaded one by one.
+// Decoding keeps the window waiting: pictures that arrive together are loaded one by one, and what
+// takes long is decoded elsewhere first.
 void ImageDownloader::takeTurn()
 {
     ++m_waiting;
     m_newestWaits = m_newestWaits || sender() == fd;
     OnePerTurn::take(this, [this, round = m_round] {
         // Another picture may have been asked for meanwhile, or this one loaded.
-        if (round == m_round) {
+        if (round != m_round) {
+            return;
+        }
+        if (m_newestWaits && takesLongToDecode(fd->downloadedData())) {
+            decodeInPool(round);
+        } else {
             --m_waiting;
             loadData();
         }
     });
+}
+
+// It still counts as waiting for its turn: whoever needs it at once decodes it at once.
+void ImageDownloader::decodeInPool(int round)
+{
+    auto *watcher = new QFutureWatcher<QImage>(this);
+    connect(watcher, &QFutureWatcher<QImage>::finished, this, [this, watcher, round] {
+        watcher->deleteLater();
+        OnePerTurn::take(this, [this, round, picture = watcher->result()] {
+            if (round == m_round) {
+                --m_waiting;
+                show(picture);
+            }
+        });
+    });
+    watcher->setFuture(QtConcurrent::run(&decodedInTurn, fd->downloadedData()));
 }
 
 void ImageDownloader::loadArrived()
@@ -156,12 +193,17 @@ void ImageDownloader::downloadNewImage(QUrl newUrl, QLabel *newLabel)
 
 void ImageDownloader::loadData()
 {
+    show(decodedPicture(fd->downloadedData()));
+}
+
+void ImageDownloader::show(const QImage &picture)
+{
     isDownloaded = true;
     m_newestWaits = false;
     if (px_orig == nullptr) {
         px_orig = new QPixmap;
     }
-    *px_orig = decoded(fd->downloadedData());
+    keep(QPixmap::fromImage(picture));
     if (label != nullptr && px != nullptr) {
         // The same picture, decoded once: neither of the two is ever painted upon.
         *px = *px_orig;
@@ -173,6 +215,20 @@ void ImageDownloader::loadData()
     emit loadedImage();
 }
 
+// Into the original, which is there.
+void ImageDownloader::keep(QPixmap picture)
+{
+    s_pixels -= std::exchange(m_pixels, 0);
+    const qint64 pixels = qint64(picture.width()) * picture.height();
+    if (s_pixels + pixels > mostPixels) {
+        *px_orig = QPixmap();
+        return;
+    }
+    s_pixels += pixels;
+    m_pixels = pixels;
+    *px_orig = std::move(picture);
+}
+
 void ImageDownloader::saveBuffer() const
 {
     writeCacheFile(cacheFileName(), px_orig != nullptr ? px_orig->toImage() : QImage());
@@ -182,10 +238,15 @@ void ImageDownloader::writeCacheFileInPool(const QString &fileName, const QImage
 {
     // One at a time: with a thread for each they would leave the window no processor. It is the
     // turn that is locked; picture and name are this call's own.
-    static QMutex turn;
     const RoomInPool room;
-    const QMutexLocker locker(&turn);
+    const QMutexLocker locker(&cacheTurn());
     writeCacheFile(fileName, picture);
+}
+
+QMutex &ImageDownloader::cacheTurn()
+{
+    static QMutex turn;
+    return turn;
 }
 
 // Nobody sees it any more, so it is decoded here as well.
@@ -198,9 +259,7 @@ void ImageDownloader::writeArrivedInPool(const QString &fileName, const QByteArr
 // the same time as the pool does, and the next start fetches it anew anyway.
 void ImageDownloader::writeCacheFile(const QString &fileName, const QImage &picture)
 {
-    // The name may come from the document (a server's name): it must not reach a picture of the
-    // player's somewhere else on the disk.
-    if (!isFileOfWorkingDirectory(fileName)) {
+    if (!mayBeCacheFile(fileName)) {
         return;
     }
     QFile file(fileName);
@@ -212,12 +271,14 @@ void ImageDownloader::writeCacheFile(const QString &fileName, const QImage &pict
 
 void ImageDownloader::loadBuffer()
 {
-    if (!enableLoadBuffer || !fileExists(cacheFileName())) {
+    if (!enableLoadBuffer || !mayBeCacheFile(cacheFileName()) || !fileExists(cacheFileName())) {
         return;
     }
     // kept: a previous original is dropped without being freed; a logo button may still show it.
     // By its name a cache file may be another's: an archive that broke off, called like a server.
-    px_orig = new QPixmap(decoded(contentOf(cacheFileName())));
+    px_orig = new QPixmap;
+    m_pixels = 0;
+    keep(QPixmap::fromImage(decodedPicture(contentOf(cacheFileName()))));
     if (label != nullptr) {
         showOnLabel(*px_orig);
     }

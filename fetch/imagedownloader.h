@@ -11,6 +11,7 @@
 class FileDownloader;
 class QImage;
 class QLabel;
+class QMutex;
 class QPixmap;
 
 // The picture scaled to exactly this size in pixels, aspect ratio ignored, not smoothed. An empty
@@ -65,7 +66,11 @@ private:
     QString cacheFileName() const;
     void fetch();
     void takeTurn();
+    void decodeInPool(int round);
+    void show(const QImage &picture);
+    void keep(QPixmap picture);
     void showOnLabel(const QPixmap &picture);
+    static QMutex &cacheTurn();
     static void writeCacheFile(const QString &fileName, const QImage &picture);
     static void writeArrivedInPool(const QString &fileName, const QByteArray &bytes);
     static void writeCacheFileInPool(const QString &fileName, const QImage &picture);
@@ -74,6 +79,7 @@ private:
     QString objectName;
     QPixmap *px = nullptr;      // display copy, from which the label is rescaled
     QPixmap *px_orig = nullptr; // unscaled original
+    qint64 m_pixels = 0;        // of those counted below, in the original of now
     QUrl url;
     FileDownloader *fd = nullptr; // a child; the newest fetch
     int m_waiting = 0;            // fetches that have ended and wait for their turn
@@ -81,4 +87,9 @@ private:
     int m_round = 0;              // grows when those that wait have nothing to do any more
     bool enableLoadBuffer = true;
     bool createdPixmap; // made for a label
+
+    // In all originals together; the window's thread alone counts. One beyond the most is as one
+    // that cannot be decoded: a document may name any number of pictures, of a few kilobytes each.
+    static constexpr qint64 mostPixels = 4 * largestPicture;
+    static qint64 s_pixels;
 };

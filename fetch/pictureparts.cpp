@@ -253,7 +253,9 @@ int scansOfJpeg(const QByteArray &bytes)
             break;
         }
         ++at;
-        const bool standsAlone = marker == 1 || (marker >= 0xd0 && marker <= 0xd7);
+        // A decoder that looks for its place again, within a scan, steps over the lowest ones
+        // alone.
+        const bool standsAlone = marker < 0xc0 || (marker >= 0xd0 && marker <= 0xd7);
         if (!standsAlone) {
             scans += marker == startOfScan ? 1 : 0;
             at += std::max(byteOf(bytes, at) * 256 + byteOf(bytes, at + 1), 2);

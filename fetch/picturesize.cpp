@@ -1,6 +1,7 @@
 #include "fetch/picturesize.h"
 
 #include "fetch/pictureparts.h"
+#include "fetch/pngdata.h"
 
 #include <QBuffer>
 #include <QImage>
@@ -70,21 +71,31 @@ QByteArray essenceOf(const QByteArray &bytes)
     return withoutRestOfPng(withoutIconAround(bytes));
 }
 
-bool isReasonable(QByteArray essence)
+struct Head {
+    QByteArray format;
+    qint64 pixels = 0;
+};
+
+// As the picture's header tells it, before anything is decoded.
+Head headOf(QByteArray essence)
 {
     QBuffer buffer(&essence);
     if (!buffer.open(QIODevice::ReadOnly)) {
-        return false;
+        return {};
     }
-    // The size as the header tells it, before anything is decoded.
     QImageReader reader(&buffer);
     const QByteArray format = reader.format();
     const QSize size =
         reader.size().expandedTo(screenOfGif(essence)).expandedTo(sizeInIcon(essence));
-    const qint64 pixels = size.isValid() ? qint64(size.width()) * size.height() : 0;
-    return pixels <= largestPicture && hasReasonableScans(essence, pixels) &&
-           pixelsInGif(essence) <= largestPicture &&
-           (!isOfLetters(format, essence) || essence.size() <= longestPictureOfLetters);
+    return {format, size.isValid() ? qint64(size.width()) * size.height() : 0};
+}
+
+bool isReasonable(const QByteArray &essence)
+{
+    const Head head = headOf(essence);
+    return head.pixels <= largestPicture && hasReasonableScans(essence, head.pixels) &&
+           pixelsInGif(essence) <= largestPicture && !unpacksBeyondItsRows(essence) &&
+           (!isOfLetters(head.format, essence) || essence.size() <= longestPictureOfLetters);
 }
 } // namespace
 
@@ -94,6 +105,14 @@ bool isPictureOfReasonableSize(const QByteArray &bytes)
         return false;
     }
     return isReasonable(essenceOf(bytes));
+}
+
+bool takesLongToDecode(const QByteArray &bytes)
+{
+    constexpr int manyBytes = 512 * 1024;
+    constexpr qint64 manyPixels = 4 * 1000 * 1000;
+    return bytes.size() > manyBytes ||
+           headOf(bytes).pixels * std::max(scansOfJpeg(bytes), 1) > manyPixels;
 }
 
 QImage decodedPicture(const QByteArray &bytes)

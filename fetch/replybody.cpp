@@ -45,7 +45,7 @@ private:
 
 qint64 ReplyBody::Unpacking::read(QNetworkReply *reply, char *data, qint64 size)
 {
-    m_stream.next_out = reinterpret_cast<Bytef *>(data);
+    m_stream.next_out = static_cast<Bytef *>(static_cast<void *>(data));
     m_stream.avail_out = static_cast<uInt>(qMin<qint64>(size, std::numeric_limits<int>::max()));
     const uInt room = m_stream.avail_out;
     while (!m_ended && !m_broken && m_stream.avail_out > 0) {
@@ -73,7 +73,7 @@ bool ReplyBody::Unpacking::fill(QNetworkReply *reply)
     if (m_filled <= 0) {
         return false;
     }
-    m_stream.next_in = reinterpret_cast<Bytef *>(m_packed.data());
+    m_stream.next_in = static_cast<Bytef *>(static_cast<void *>(m_packed.data()));
     m_stream.avail_in = static_cast<uInt>(m_filled);
     return true;
 }
@@ -97,7 +97,7 @@ bool ReplyBody::Unpacking::beginAgainWithoutHeader()
     if (inflateReset2(&m_stream, withoutHeader) != Z_OK) {
         return false;
     }
-    m_stream.next_in = reinterpret_cast<Bytef *>(m_packed.data());
+    m_stream.next_in = static_cast<Bytef *>(static_cast<void *>(m_packed.data()));
     m_stream.avail_in = static_cast<uInt>(m_filled);
     return true;
 }

@@ -34,8 +34,6 @@ private slots:
     void folderToBeMade();
     void nothingLiesInARemovedWorkingDirectory();
     void fileOrFree();
-    void fileOfWorkingDirectory_data();
-    void fileOfWorkingDirectory();
     void folderItself_data();
     void folderItself();
 
@@ -162,8 +160,6 @@ void TestPathSafety::nothingLiesInARemovedWorkingDirectory()
     }
     QVERIFY(!liesInsideWorkingDirectory(m_scratch->filePath(QStringLiteral("elsewhere"))));
     QVERIFY(!liesInsideWorkingDirectory(QStringLiteral("/tmp")));
-    QVERIFY(!isFileOfWorkingDirectory(m_scratch->filePath(QStringLiteral("elsewhere/a.png"))));
-    QVERIFY(!isFileOfWorkingDirectory(QStringLiteral("a.png")));
 }
 
 void TestPathSafety::fileOrFree()
@@ -177,44 +173,6 @@ void TestPathSafety::fileOrFree()
     MAKE_LINK(QStringLiteral("nowhere.txt"), QStringLiteral("broken.txt"));
     QVERIFY(!isFileOrFree(QStringLiteral("link.txt")));
     QVERIFY(!isFileOrFree(QStringLiteral("broken.txt")));
-}
-
-void TestPathSafety::fileOfWorkingDirectory_data()
-{
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<bool>("inside");
-    QTest::newRow("a file in it") << QStringLiteral("settings.txt") << true;
-    QTest::newRow("a file that does not exist yet") << QStringLiteral("new.png") << true;
-    QTest::newRow("a file further down") << QStringLiteral("Alpha/logo.png") << true;
-    QTest::newRow("a way that comes back in") << QStringLiteral("../installation/a.png") << true;
-    QTest::newRow("a file above") << QStringLiteral("../a.png") << false;
-    QTest::newRow("a file beside it") << QStringLiteral("../elsewhere/a.png") << false;
-    QTest::newRow("a file beside it whose folder's name goes on")
-        << QStringLiteral("../installation2/a.png") << false;
-    QTest::newRow("a file at the root of the drive") << QStringLiteral("/a.png") << false;
-    QTest::newRow("a file behind a link that leads out") << QStringLiteral("outer/a.png") << false;
-    QTest::newRow("a link to a file outside") << QStringLiteral("out.txt") << false;
-    QTest::newRow("a link to a file inside") << QStringLiteral("in.txt") << false;
-    QTest::newRow("a link that leads nowhere yet") << QStringLiteral("broken.txt") << false;
-    QTest::newRow("a file in a folder that does not exist")
-        << QStringLiteral("Beta/a.png") << false;
-}
-
-void TestPathSafety::fileOfWorkingDirectory()
-{
-    QFETCH(QString, file);
-    QFETCH(bool, inside);
-    ScratchFolder::makeFolder(QStringLiteral("Alpha"));
-    ScratchFolder::makeFolder(QStringLiteral("../installation2"));
-    ScratchFolder::write(QStringLiteral("settings.txt"));
-    ScratchFolder::write(QStringLiteral("../elsewhere/letter.txt"));
-    if (needsLinks()) {
-        MAKE_LINK(QStringLiteral("../elsewhere"), QStringLiteral("outer"));
-        MAKE_LINK(QStringLiteral("../elsewhere/letter.txt"), QStringLiteral("out.txt"));
-        MAKE_LINK(QStringLiteral("settings.txt"), QStringLiteral("in.txt"));
-        MAKE_LINK(QStringLiteral("../elsewhere/new.txt"), QStringLiteral("broken.txt"));
-    }
-    QCOMPARE(isFileOfWorkingDirectory(file), inside);
 }
 
 void TestPathSafety::folderItself_data()

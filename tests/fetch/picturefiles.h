@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/packedbytes.h"
+
 #include <QByteArray>
 #include <QtEndian>
 
@@ -27,10 +29,11 @@ inline QByteArray chunk(const QByteArray &name, const QByteArray &data)
 }
 
 // Signature and head of a PNG file in true colour.
-inline QByteArray pngHead(quint32 width, quint32 height)
+inline QByteArray pngHead(quint32 width, quint32 height, bool interlaced = false)
 {
     return QByteArray("\x89PNG\r\n\x1a\n") +
-           chunk("IHDR", bigNumber(width) + bigNumber(height) + QByteArray("\x08\x02\0\0\0", 5));
+           chunk("IHDR", bigNumber(width) + bigNumber(height) + QByteArray("\x08\x02\0\0", 4) +
+                             (interlaced ? '\1' : '\0'));
 }
 
 // A text that unpacks to so many bytes.
@@ -39,6 +42,14 @@ inline QByteArray pngText(int bytes)
     constexpr int length = 4; // in front of what the toolkit packs
     return chunk("zTXt",
                  QByteArray("Comment\0\0", 9) + qCompress(QByteArray(bytes, 'a'), 9).mid(length));
+}
+
+// A PNG file of one pixel, behind whose row so many bytes of data unpack to a thousand times as
+// many.
+inline QByteArray pngBomb(int bytes)
+{
+    return pngHead(1, 1) + chunk("IDAT", PackedBytes::zeros(bytes, PackedBytes::Deflate)) +
+           chunk("IEND", {});
 }
 
 // A GIF file of 100 x 100 pixels, the data of which have so many codes, each unpacking to as many

@@ -1,3 +1,4 @@
+#include "busypool.h"
 #include "fetch/imagedownloader.h"
 #include "picturetest.h"
 #include "support/consolecapture.h"
@@ -17,44 +18,10 @@
 #include <thread>
 
 #ifdef Q_OS_UNIX
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #endif
-
-namespace
-{
-// Keeps the only thread of the pool busy, so that what is started meanwhile waits for its turn.
-class BusyPool
-{
-public:
-    BusyPool()
-        : m_threads(QThreadPool::globalInstance()->maxThreadCount())
-    {
-        QThreadPool::globalInstance()->setMaxThreadCount(1);
-        QtConcurrent::run([this] { m_release.acquire(); });
-    }
-    ~BusyPool()
-    {
-        release();
-        QThreadPool::globalInstance()->waitForDone();
-        QThreadPool::globalInstance()->setMaxThreadCount(m_threads);
-    }
-    BusyPool(const BusyPool &) = delete;
-    BusyPool &operator=(const BusyPool &) = delete;
-
-    void release()
-    {
-        if (!m_released) {
-            m_released = true;
-            m_release.release();
-        }
-    }
-
-private:
-    QSemaphore m_release;
-    int m_threads;
-    bool m_released = false;
-};
-} // namespace
 
 // Writing a fetched picture to its cache file.
 class TestImageCache : public PictureTest
@@ -77,6 +44,7 @@ private slots:
     void saveBufferWithoutAnOriginal();
 
     void aSlowDiskDoesNotHoldUpTheNextPicture();
+    void cacheFileThatIsAPipe();
     void downloaderGoneBeforeTheCacheFileIsWritten();
     void cachedPictureIsItsOwnCopy();
     void originalIsReplacedWhileItIsWritten();
@@ -125,9 +93,11 @@ void TestImageCache::cacheFileName_data()
         << QStringList{QStringLiteral("a.png.png"), QStringLiteral("sub/")};
     QTest::newRow("an empty name")
         << QString() << QStringList{QStringLiteral(".png"), QStringLiteral("sub/")};
+    // A folder of the launcher's is a server's, with installed games in it.
     QTest::newRow("a name in a folder that exists")
-        << QStringLiteral("sub/logo")
-        << QStringList{QStringLiteral("sub/"), QStringLiteral("sub/logo.png")};
+        << QStringLiteral("sub/logo") << QStringList{QStringLiteral("sub/")};
+    QTest::newRow("a name that no file should have")
+        << QStringLiteral("a\tb") << QStringList{QStringLiteral("sub/")};
 }
 
 void TestImageCache::cacheFileName()
@@ -245,12 +215,20 @@ void TestImageCache::saveBufferWithoutAnOriginal()
 
 void TestImageCache::aSlowDiskDoesNotHoldUpTheNextPicture()
 {
-#ifdef Q_OS_UNIX
-    // One place in the pool, and what takes it cannot open its file until somebody reads from it.
+    // One place in the pool, and what takes it waits for the disk.
     QThreadPool *pool = QThreadPool::globalInstance();
     const int places = pool->maxThreadCount();
     pool->setMaxThreadCount(1);
-    QCOMPARE(mkfifo("slow.png", 0600), 0);
+    // Lets go in the end, so that a failure does not hang.
+    QSemaphore diskIsSlow;
+    QSemaphore nextIsThere;
+    bool inTime = false;
+    std::thread disk([&] {
+        const QMutexLocker locker(&ImageDownloader::cacheTurn());
+        diskIsSlow.release();
+        inTime = nextIsThere.tryAcquire(1, limit / 2);
+    });
+    diskIsSlow.acquire();
     // Half transparent, and large enough that the toolkit decodes it on several threads.
     QImage image(800, 600, QImage::Format_ARGB32);
     image.fill(qRgba(200, 100, 50, 128));
@@ -258,31 +236,36 @@ void TestImageCache::aSlowDiskDoesNotHoldUpTheNextPicture()
     ImageDownloader slow(QUrl(m_server->url(QStringLiteral("slow"))), QStringLiteral("slow"));
     QSignalSpy slowLoaded(&slow, &ImageDownloader::loadedImage);
     slow.downloadImage();
-    QVERIFY(slowLoaded.wait(limit));
-
-    // Lets go in the end, so that a failure does not hang.
-    QSemaphore nextIsThere;
-    bool inTime = false;
-    std::thread reader([&] {
-        inTime = nextIsThere.tryAcquire(1, limit / 2);
-        QFile pipe(QStringLiteral("slow.png"));
-        if (pipe.open(QIODevice::ReadOnly)) {
-            (void)pipe.readAll();
-        }
-    });
+    const bool slowIsLoaded = slowLoaded.wait(limit);
     ImageDownloader next(QUrl(m_server->url(QStringLiteral("slow"))), QStringLiteral("next"));
     QSignalSpy nextLoaded(&next, &ImageDownloader::loadedImage);
     next.downloadImage();
-    const bool loaded = nextLoaded.wait(limit);
+    const bool nextIsLoaded = nextLoaded.wait(limit);
     nextIsThere.release();
-    reader.join();
+    disk.join();
     const bool written = cacheIsWritten();
     pool->setMaxThreadCount(places);
-    QVERIFY(loaded);
+    QVERIFY(slowIsLoaded);
+    QVERIFY(nextIsLoaded);
     QVERIFY2(inTime, "the picture waited for the file of another one");
     QVERIFY(written);
     QCOMPARE(originalOf(next).size(), image.size());
     QCOMPARE(QImage(QStringLiteral("next.png")).size(), image.size());
+}
+
+void TestImageCache::cacheFileThatIsAPipe()
+{
+#ifdef Q_OS_UNIX
+    QCOMPARE(mkfifo("picture.png", 0600), 0);
+    PictureLabel label({20, 10});
+    ImageDownloader downloader(url(busyPicture(5, 5)), &label);
+    QVERIFY(download(downloader));
+    const bool written = cacheIsWritten();
+    // Lets a writer go that waits for a reader, so that a failure does not hang.
+    const int reader = open("picture.png", O_RDONLY | O_NONBLOCK);
+    QVERIFY(QThreadPool::globalInstance()->waitForDone(limit));
+    close(reader);
+    QVERIFY2(written, "the writer waits for somebody who reads");
 #else
     QSKIP("there are no named pipes in a folder here");
 #endif

@@ -13,8 +13,13 @@
 #include <QImage>
 #include <QImageWriter>
 #include <QPixmap>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
+
+#include <array>
+#include <utility>
+#include <vector>
 
 // Pictures that are too large, broken, or none at all.
 class TestPictureLimits : public PictureTest
@@ -34,6 +39,8 @@ private slots:
     void partsThatAreNotShown();
     void manyScans();
 
+    void dataOfHonestPictures_data();
+    void dataOfHonestPictures();
     void noPicture_data();
     void noPicture();
     void brokenPicture_data();
@@ -144,6 +151,10 @@ void TestPictureLimits::unreasonableWork_data()
         << PictureFiles::pngHead(60000, 60000) + busyPicture(5, 5).mid(33);
     // Three seconds to unpack, for a picture of 100 x 100.
     QTest::newRow("data for more pixels than the picture has") << PictureFiles::gifBomb(100000);
+    // A gigabyte.
+    const QByteArray behind = PictureFiles::pngBomb(1000 * 1000);
+    QTest::newRow("data behind the last row") << behind;
+    QTest::newRow("the same in an icon") << PictureFiles::iconAround(behind);
     QTest::newRow("numbers without an end")
         << "P3 3000 1900 255\n" + QByteArray("9 ").repeated(3000 * 1900 * 3);
 }
@@ -209,6 +220,13 @@ void TestPictureLimits::manyScans()
     QVERIFY(!decodedPicture(withScans(small, 50)).isNull());
     QVERIFY(decodedPicture(withScans(small, 3000)).isNull());
     QVERIFY(!isPictureOfReasonableSize(withScans(small, 3000)));
+    // A decoder that looks for its place again passes markers that mean nothing, and reads on
+    // behind.
+    const int data = small.lastIndexOf("\xff\xda");
+    const QByteArray hidden = small.left(small.size() - 2) + QByteArray("\xff\x02\xfe\xfe") +
+                              small.mid(data, small.size() - 2 - data).repeated(3000) +
+                              small.right(2);
+    QVERIFY(!isPictureOfReasonableSize(hidden));
     const QByteArray large = progressive({7680, 4320});
     QVERIFY(isPictureOfReasonableSize(large));
     QVERIFY(!isPictureOfReasonableSize(withScans(large, 50)));
@@ -216,6 +234,48 @@ void TestPictureLimits::manyScans()
     ImageDownloader downloader(url(withScans(small, 3000)), &label);
     QVERIFY(download(downloader));
     QVERIFY(downloader.getOriginalPixmap()->isNull());
+}
+
+// What decoders ask for and what they are given, in every kind of PNG file.
+void TestPictureLimits::dataOfHonestPictures_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QImage noise(700, 500, QImage::Format_RGBA64);
+    for (int y = 0; y < noise.height(); ++y) {
+        auto *row = reinterpret_cast<quint32 *>(noise.scanLine(y));
+        QRandomGenerator(static_cast<quint32>(y)).fillRange(row, noise.bytesPerLine() / 4);
+    }
+    const std::vector<std::pair<const char *, QImage::Format>> formats{
+        {"sixteen bits", QImage::Format_RGBA64},
+        {"transparent", QImage::Format_ARGB32},
+        {"true colour", QImage::Format_RGB32},
+        {"grey", QImage::Format_Grayscale8},
+        {"a table of colours", QImage::Format_Indexed8}};
+    for (const auto &[name, format] : formats) {
+        QTest::newRow(name) << encoded(noise.convertToFormat(format), "PNG");
+    }
+    QTest::newRow("one bit") << encoded(
+        QImage(6000, 5900, QImage::Format_Mono).convertToFormat(QImage::Format_Mono), "PNG");
+    // Each of seven pictures holds a part of the pixels, in true colour; the numbers are theirs.
+    constexpr std::array<std::pair<int, int>, 7> parts{
+        {{88, 63}, {87, 63}, {175, 62}, {175, 125}, {350, 125}, {350, 250}, {700, 250}}};
+    QByteArray rows;
+    for (const auto &[width, height] : parts) {
+        for (int row = 0; row < height; ++row) {
+            rows += '\0' + QByteArray(3 * width, '\x55');
+        }
+    }
+    QByteArray packed = PackedBytes::pack(rows, PackedBytes::Deflate);
+    QTest::newRow("interlaced") << PictureFiles::pngHead(700, 500, true) +
+                                       PictureFiles::chunk("IDAT", packed) +
+                                       PictureFiles::chunk("IEND", {});
+}
+
+void TestPictureLimits::dataOfHonestPictures()
+{
+    QFETCH(QByteArray, bytes);
+    QVERIFY(isPictureOfReasonableSize(bytes));
+    QVERIFY(!decodedPicture(bytes).isNull());
 }
 
 void TestPictureLimits::noPicture_data()

@@ -27,9 +27,9 @@ inline QByteArray pack(const QByteArray &bytes, Form form)
 }
 
 // So many bytes that unpack to a thousand times as many zeros, to whose end the sum does not fit.
-inline QByteArray zeros(int packedSize)
+inline QByteArray zeros(int packedSize, Form form = Gzip)
 {
-    const QByteArray whole = pack(QByteArray(1024 * 1024, '\0'), Gzip);
+    const QByteArray whole = pack(QByteArray(1024 * 1024, '\0'), form);
     // In the middle of it a zero byte stands for 1,032 zeros: more of them are more of these.
     const int middle = whole.indexOf(QByteArray(200, '\0')) + 100;
     return whole.left(middle) + QByteArray(packedSize, '\0') + whole.mid(middle);
