@@ -136,6 +136,11 @@ QString DownloadManager::openSaveFile()
     if (!refusal.isEmpty()) {
         return refusal;
     }
+    // One that leads nowhere is no file that exists, and the archive would be written where it
+    // leads.
+    if (!isFileOrFree(filename)) {
+        return QStringLiteral("The name is that of a link");
+    }
     output.setFileName(filename);
     // Unbuffered: a block is on its way to the disk when its write returns, and errors show there.
     return output.open(QIODevice::WriteOnly | QIODevice::Unbuffered) ? QString()

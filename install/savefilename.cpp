@@ -50,11 +50,6 @@ QString whyNotSavedAnywhereAs(const QString &name)
     }
     return {};
 }
-// A link that leads nowhere is there as well: what is written under its name lands elsewhere.
-bool isTaken(const QString &name)
-{
-    return QFile::exists(name) || QFileInfo(name).isSymLink();
-}
 } // namespace
 
 QString wantedSaveFileName(const QUrl &url)
@@ -66,14 +61,14 @@ QString wantedSaveFileName(const QUrl &url)
 QString freeSaveFileName(const QUrl &url)
 {
     QString name = wantedSaveFileName(url);
-    if (!isTaken(name)) {
+    if (!QFile::exists(name)) {
         return name;
     }
     // kept: the extension is doubled ("client.zip.0.zip"), and ends in ".zip" whatever the name,
     // so that the archive clean-up finds the file.
     for (int number = 0;; ++number) {
         QString candidate = QStringLiteral("%1.%2.zip").arg(name, QString::number(number));
-        if (!isTaken(candidate)) {
+        if (!QFile::exists(candidate)) {
             return candidate;
         }
     }

@@ -1,5 +1,4 @@
 #include "install/savefilename.h"
-#include "support/links.h"
 #include "support/scratchfolder.h"
 #include "support/texts.h"
 
@@ -43,7 +42,6 @@ private slots:
 
     void saveFileName_data();
     void saveFileName();
-    void linkThatLeadsNowhereIsTaken();
     void saveFileNameCreatesNothing();
     void refusedName_data();
     void refusedName();
@@ -116,16 +114,6 @@ void TestSaveFileName::saveFileName()
     QFETCH(QString, name);
     makeEntries(existing);
     QCOMPARE(freeSaveFileName(QUrl(url)), name);
-}
-
-// What is written under its name would land where it leads.
-void TestSaveFileName::linkThatLeadsNowhereIsTaken()
-{
-    const QUrl url(text("http://h.test/client.zip"));
-    MAKE_LINK(text("../nowhere.zip"), text("client.zip"));
-    QCOMPARE(freeSaveFileName(url), text("client.zip.0.zip"));
-    MAKE_LINK(text("../nowhere.zip"), text("client.zip.0.zip"));
-    QCOMPARE(freeSaveFileName(url), text("client.zip.1.zip"));
 }
 
 void TestSaveFileName::saveFileNameCreatesNothing()
