@@ -62,9 +62,11 @@ public:
 
     void launcherVersion(int version) override
     {
-        if (version <= LAUNCHER_VERSION) {
+        // One page is enough, however often the document says so.
+        if (version <= LAUNCHER_VERSION || m_outdated) {
             return;
         }
+        m_outdated = true;
         QMessageBox::warning(
             nullptr, QStringLiteral("Warning"),
             QStringLiteral("You current launcher is outdated! Please download a new one!"),
@@ -109,6 +111,7 @@ public:
 
 private:
     testform &m_form;
+    bool m_outdated = false;
 };
 
 void testform::downloadInfo()

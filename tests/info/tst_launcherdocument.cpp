@@ -77,6 +77,7 @@ private slots:
     void everyStartElementIsNamedOnStandardOutput();
     void brokenElementIsReportedAndWhatCameBeforeIsKept_data();
     void brokenElementIsReportedAndWhatCameBeforeIsKept();
+    void outdatedLauncherWarnsOpensTheWebsiteAndQuitsAfterApplying_data();
     void outdatedLauncherWarnsOpensTheWebsiteAndQuitsAfterApplying();
     void currentLauncherDoesNotWarn_data();
     void currentLauncherDoesNotWarn();
@@ -269,13 +270,21 @@ void TestLauncherDocument::brokenElementIsReportedAndWhatCameBeforeIsKept()
     QVERIFY(out.endsWith("\nloading news. with buffer:0\n"));
 }
 
+void TestLauncherDocument::outdatedLauncherWarnsOpensTheWebsiteAndQuitsAfterApplying_data()
+{
+    QTest::addColumn<QString>("more");
+    QTest::newRow("said once") << QString();
+    QTest::newRow("said many times") << QStringLiteral("<launcher version='3'/>").repeated(20);
+}
+
 void TestLauncherDocument::outdatedLauncherWarnsOpensTheWebsiteAndQuitsAfterApplying()
 {
+    QFETCH(QString, more);
     World world;
     // Held until the program's own event loop runs, which is the one that ends.
     world.server.serveHeld(
         launcherXml,
-        Documents::launcher({officialOf(QStringLiteral("Alpha")),
+        Documents::launcher({officialOf(QStringLiteral("Alpha")), more,
                              Documents::news(QStringLiteral("news"), QStringLiteral("Title"))},
                             QStringLiteral("2")));
     const UrlCatcher desktop;
@@ -810,7 +819,7 @@ void TestLauncherDocument::strangeDocuments_data()
            "\"&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;\"><!ENTITY e \"&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;\">]>"
            "<launcher>" +
                alpha + "&e;&e;&e;&e;&e;&e;&e;&e;&e;" + bravo + "</launcher>"
-        << onlyAlpha;
+        << none;
     QTest::newRow("not found, with a page") << Fault::NotFound << page << none;
     QTest::newRow("not found, with a document")
         << Fault::NotFound << "<launcher>" + alpha + "</launcher>" << onlyAlpha;
@@ -878,7 +887,7 @@ void TestLauncherDocument::documentOfTwentyMegabytes_data()
 {
     QTest::addColumn<QByteArray>("filling");
     constexpr int size = 20 * 1024 * 1024;
-    const QByteArray element = "<item><part name=\"" + QByteArray(1000, 'e') + "\"/></item>\n";
+    const QByteArray element = "<item><part name=\"" + QByteArray(3000, 'e') + "\"/></item>\n";
     QTest::newRow("of unknown elements") << element.repeated(size / element.size() + 1);
     QTest::newRow("of text") << QByteArray(size, 'e');
     QTest::newRow("of one comment") << "<!--" + QByteArray(size, 'e') + "-->";
