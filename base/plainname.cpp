@@ -6,6 +6,9 @@
 
 namespace
 {
+// On Windows; elsewhere as many bytes at most.
+constexpr int longestName = 255;
+
 bool isControlCharacter(QChar letter)
 {
     return letter.category() == QChar::Other_Control;
@@ -22,7 +25,7 @@ bool isPortNumber(QChar letter)
 bool isPlainName(const QString &name)
 {
     const bool plain = !name.isEmpty() && !isDots(name) && !name.contains(QLatin1Char('/')) &&
-                       !holdsControlCharacter(name);
+                       !isTooLongForAName(name) && !holdsControlCharacter(name);
 #ifdef Q_OS_WIN
     return plain && isPlainOnWindows(name);
 #else
@@ -45,6 +48,11 @@ bool isPlainOnWindows(const QString &name)
 bool isDots(const QString &name)
 {
     return name == QLatin1String(".") || name == QLatin1String("..");
+}
+
+bool isTooLongForAName(const QString &name)
+{
+    return name.size() > longestName;
 }
 
 bool holdsControlCharacter(const QString &name)

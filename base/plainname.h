@@ -16,6 +16,8 @@ bool isPlainOnWindows(const QString &name);
 
 // The single rules. "." and "..".
 bool isDots(const QString &name);
+// Whether it has more letters than any disk takes.
+bool isTooLongForAName(const QString &name);
 // Whether a letter in it is a control character, a zero byte included.
 bool holdsControlCharacter(const QString &name);
 // Whether a letter in it can be in no file's name there. Separators are another matter.

@@ -1,5 +1,6 @@
 #include "check/addresses.h"
 
+#include "base/documentlimits.h"
 #include "install/savefilename.h"
 
 #include <QRegularExpression>
@@ -87,6 +88,19 @@ void checkAddress(const Place &place, const QString &what, const QUrl &url, cons
             QStringLiteral("write the whole address, https:// included"));
     } else if (isOpenToOthers(url)) {
         findings << openToOthers(place, what, url);
+    }
+}
+
+void checkLongAddresses(const QVector<LongAddress> &addresses, Findings &findings)
+{
+    for (const LongAddress &address : addresses) {
+        findings << errorAt(address.place, "long-address",
+                            QStringLiteral("the %1 of %2 characters is longer than %3: it counts "
+                                           "as empty")
+                                .arg(address.attribute)
+                                .arg(address.length)
+                                .arg(DocumentLimits::addressLength),
+                            QStringLiteral("write a shorter address"));
     }
 }
 

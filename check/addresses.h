@@ -18,6 +18,9 @@ Finding openToOthers(const Place &place, const QString &what, const QUrl &url);
 void checkAddress(const Place &place, const QString &what, const QUrl &url, const QString &loss,
                   Findings &findings);
 
+// Addresses that count as empty; what comes of that is another finding.
+void checkLongAddresses(const QVector<LongAddress> &addresses, Findings &findings);
+
 // The first entry of those whose archives are saved under one name, by that name in lower case.
 using ArchiveNames = QHash<QString, const ClientEntry *>;
 // Entries are handed over in their order, with the names of those before.

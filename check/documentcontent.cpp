@@ -1,6 +1,10 @@
 #include "check/documentcontent.h"
 
+#include "base/documentlimits.h"
+
 #include <QTextCodec>
+
+#include <initializer_list>
 
 namespace
 {
@@ -21,6 +25,11 @@ public:
         if (name != QLatin1String("launcher") && name != QLatin1String("client") &&
             name != QLatin1String("homenews") && name != QLatin1String("news")) {
             m_content.strangers << element;
+        }
+        if (name == QLatin1String("client")) {
+            lookForLongAddresses({"url"});
+        } else if (name == QLatin1String("homenews") || name == QLatin1String("news")) {
+            lookForLongAddresses({"imageUrl", "clickUrl"});
         }
     }
 
@@ -61,6 +70,15 @@ private:
     bool has(const char *attribute) const
     {
         return m_element.attributes.hasAttribute(QLatin1String(attribute));
+    }
+    void lookForLongAddresses(std::initializer_list<const char *> attributes)
+    {
+        for (const char *attribute : attributes) {
+            const int length = written(attribute).size();
+            if (length > DocumentLimits::addressLength) {
+                m_content.longAddresses << LongAddress{QLatin1String(attribute), length, place()};
+            }
+        }
     }
     Place place() const { return {m_element.line, m_element.column}; }
     NewsItem item(int index, const NewsEntry &entry) const

@@ -34,6 +34,13 @@ struct LauncherElement {
     Place place;
 };
 
+// An attribute that counts as empty.
+struct LongAddress {
+    QString attribute;
+    int length = 0;
+    Place place; // of its element
+};
+
 struct DocumentContent {
     QString text;
     bool cutByNul = false;
@@ -44,6 +51,8 @@ struct DocumentContent {
     QVector<NewsItem> slides;
     QVector<NewsItem> tiles;
     QVector<DocumentElement> strangers; // elements that the launcher does not know
+
+    QVector<LongAddress> longAddresses;
 
     DocumentEnd end;
     DocumentElement broken; // when end says that there is one

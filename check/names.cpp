@@ -65,6 +65,13 @@ void checkLetters(const FolderName &folder, Findings &findings)
         // It breaks more than the folder, and has its own finding.
         name.remove(QLatin1Char('|'));
     }
+    if (isTooLongForAName(name)) {
+        findings << errorAt(folder.place, "forbidden-character",
+                            folder.what + QStringLiteral(" has more characters than any folder's "
+                                                         "name: the download fails, and Play "
+                                                         "starts nothing"),
+                            QStringLiteral("use a shorter name"));
+    }
     if (holdsControlCharacter(name)) {
         findings << errorAt(folder.place, "forbidden-character",
                             folder.what + QStringLiteral(" holds a control character: the download "
@@ -148,6 +155,34 @@ void checkKinds(const QVector<ClientEntry> &clients, Findings &findings)
     }
 }
 
+// Told where the first of those without stands.
+void checkServerCount(const QVector<ClientEntry> &clients, Findings &findings)
+{
+    QStringList names;
+    QSet<QString> known;
+    for (const ClientEntry &entry : clients) {
+        if (entry.visible && isFirst(known, entry.info.server)) {
+            names << entry.info.server;
+        }
+    }
+    const QStringList shown = ServerPanel::shownNames(names);
+    if (shown.size() == names.size()) {
+        return;
+    }
+    const QSet<QString> withButtons(shown.begin(), shown.end());
+    const auto first =
+        std::find_if(clients.begin(), clients.end(), [&withButtons](const ClientEntry &entry) {
+            return entry.visible && !withButtons.contains(entry.info.server);
+        });
+    findings << errorAt(first->place, "too-many-servers",
+                        QStringLiteral("of %1 servers only the first %2 by name have buttons; %3 "
+                                       "has none")
+                            .arg(names.size())
+                            .arg(shown.size())
+                            .arg(quoted(first->info.server)),
+                        QStringLiteral("offer fewer servers"));
+}
+
 void checkBetaButtons(const QVector<ClientEntry> &clients, Findings &findings)
 {
     QHash<QString, QStringList> kinds;
@@ -213,5 +248,6 @@ void checkServerFolders(const QVector<ClientEntry> &clients, Findings &findings)
 void checkButtons(const QVector<ClientEntry> &clients, Findings &findings)
 {
     checkKinds(clients, findings);
+    checkServerCount(clients, findings);
     checkBetaButtons(clients, findings);
 }

@@ -63,6 +63,28 @@ Finding hasTooManyAttributes(const DocumentEnd &end)
                    QStringLiteral("leave out the attributes that the launcher does not know"));
 }
 
+Finding asksForTooMuch(const DocumentEnd &end)
+{
+    return errorAt(
+        {end.line, end.column}, "too-many-elements",
+        QStringLiteral("up to here the document has more than %1 elements, %2 attributes "
+                       "or %3 namespaces, or lies deeper than %4 elements: what follows "
+                       "is lost")
+            .arg(DocumentLimits::elements)
+            .arg(DocumentLimits::allAttributes)
+            .arg(DocumentLimits::namespaces)
+            .arg(DocumentLimits::depth),
+        QStringLiteral("leave out what the launcher does not know"));
+}
+
+Finding declares(const DocumentEnd &end)
+{
+    return errorAt({end.line, end.column}, "document-type",
+                   QStringLiteral("the document type declares something: nothing from here on is "
+                                  "read"),
+                   QStringLiteral("leave out what stands in brackets, or the whole <!DOCTYPE>"));
+}
+
 Finding isBehindTheNinth(const DocumentElement &first, const QString &lost)
 {
     static_assert(DocumentLimits::newsElements == 9, "the finding says ninth");
@@ -143,6 +165,10 @@ void checkEnd(const DocumentContent &content, Findings &findings)
         findings << missesAttributes(content.broken, lost);
     } else if (content.end.reason == DocumentEnd::TooManyAttributes) {
         findings << hasTooManyAttributes(content.end);
+    } else if (content.end.reason == DocumentEnd::TooManyElements) {
+        findings << asksForTooMuch(content.end);
+    } else if (content.end.reason == DocumentEnd::DeclaringType) {
+        findings << declares(content.end);
     } else if (content.end.reason == DocumentEnd::EnoughNews && !lost.isEmpty()) {
         findings << isBehindTheNinth(content.lost.constFirst(), lost);
     }

@@ -10,8 +10,6 @@
 
 namespace
 {
-// One entry after the other: those that a declared entity brings have one place, where findings
-// stay in the order in which they are found.
 void checkEachEntry(const QVector<ClientEntry> &clients, Findings &findings)
 {
     NamesTold namesTold;
@@ -43,6 +41,7 @@ Findings findingsOf(const DocumentContent &content, const DocumentContent *previ
     checkServerFolders(content.clients, findings);
     checkButtons(content.clients, findings);
     checkNews(content, findings);
+    checkLongAddresses(content.longAddresses, findings);
     checkStrangers(content, findings);
     checkEnd(content, findings);
     return sortedByPlace(findings);

@@ -1,6 +1,7 @@
 #include "info/launcherdocumentreader.h"
 
 #include "base/documentlimits.h"
+#include "info/documentcut.h"
 
 #include <QCryptographicHash>
 #include <QRegularExpression>
@@ -15,6 +16,13 @@ namespace
 QString attribute(const QXmlStreamAttributes &attributes, const char *name)
 {
     return attributes.value(QLatin1String(name)).toString();
+}
+
+// Empty when it is longer than any address that is meant.
+QString address(const QXmlStreamAttributes &attributes, const char *name)
+{
+    const QString written = attribute(attributes, name);
+    return written.size() > DocumentLimits::addressLength ? QString() : written;
 }
 
 // Tells lines and columns of a text whose places are asked for from its beginning to its end.
@@ -45,82 +53,32 @@ private:
     int m_lineBegin = 0;
 };
 
-// Finds the first element, or document type, that holds more quoted values than an element may have
-// attributes. Where it is not sure, the text is no XML, and the toolkit ends there by itself.
-class AttributeCounter
+// Adds up what a document makes the toolkit keep and compare.
+class Bounds
 {
 public:
-    explicit AttributeCounter(QString text)
-        : m_text(std::move(text))
+    // Takes the token that was read; whether the document asks for too much with it.
+    bool areExceededBy(const QXmlStreamReader &xml)
     {
-    }
-
-    // The place of its "<", or -1.
-    int findTooMany()
-    {
-        for (m_at = m_text.indexOf(QLatin1Char('<')); m_at >= 0;
-             m_at = m_text.indexOf(QLatin1Char('<'), m_at)) {
-            const int begin = m_at;
-            if (!skipUnread() && countInTag() > DocumentLimits::attributes) {
-                return begin;
-            }
-            if (m_at < 0) {
-                break;
-            }
+        if (xml.isEndElement()) {
+            --m_depth;
+        } else if (xml.isStartElement()) {
+            const int namespaces = xml.namespaceDeclarations().size();
+            ++m_elements;
+            ++m_depth;
+            m_namespaces += namespaces;
+            m_attributes += xml.attributes().size() + namespaces;
         }
-        return -1;
+        return m_elements > DocumentLimits::elements || m_depth > DocumentLimits::depth ||
+               m_namespaces > DocumentLimits::namespaces ||
+               m_attributes > DocumentLimits::allAttributes;
     }
 
 private:
-    // Passes what may hold quotes that mean nothing.
-    bool skipUnread()
-    {
-        return skip("<!--", "-->") || skip("<![CDATA[", "]]>") || skip("<?", "?>");
-    }
-
-    bool skip(const char *begin, const char *end)
-    {
-        const QLatin1String first(begin);
-        if (QStringView(m_text).mid(m_at, first.size()) != first) {
-            return false;
-        }
-        goBehind(m_text.indexOf(QLatin1String(end), m_at + first.size()),
-                 static_cast<int>(qstrlen(end)));
-        return true;
-    }
-
-    void goBehind(int place, int length) { m_at = place < 0 ? -1 : place + length; }
-
-    // Declarations of a document type lie within it; they may give elements attributes, too.
-    int countInTag()
-    {
-        int count = 0;
-        int depth = 0;
-        while (m_at >= 0 && m_at < m_text.size() && count <= DocumentLimits::attributes) {
-            const QChar letter = m_text.at(m_at);
-            if (letter == QLatin1Char('"') || letter == QLatin1Char('\'')) {
-                ++count;
-                goBehind(m_text.indexOf(letter, m_at + 1), 1);
-                continue;
-            }
-            if (letter == QLatin1Char('<')) {
-                if (depth > 0 && skipUnread()) {
-                    continue;
-                }
-                ++depth;
-            } else if (letter == QLatin1Char('>')) {
-                --depth;
-            }
-            ++m_at;
-            if (depth == 0) {
-                break;
-            }
-        }
-        return count;
-    }
-
-    const QString m_text;
-    int m_at = 0;
+    int m_elements = 0;
+    int m_depth = 0;
+    int m_namespaces = 0;
+    int m_attributes = 0;
 };
 
 class Reader
@@ -129,9 +87,9 @@ public:
     Reader(const QString &text, const QString &authCode, LauncherDocumentHandler &handler,
            LauncherDocumentObserver *observer)
         : m_text(text)
-        , m_cut(AttributeCounter(text).findTooMany())
+        , m_cut(findDocumentCut(text))
         // The toolkit may not see what would cost it seconds.
-        , m_xml(m_cut < 0 ? text : text.left(m_cut))
+        , m_xml(m_cut.place < 0 ? text : text.left(m_cut.place))
         , m_codeSum(authCodeSum(authCode))
         , m_handler(handler)
         , m_observer(observer)
@@ -159,28 +117,49 @@ private:
             if (m_newsElements >= DocumentLimits::newsElements) {
                 return endHere(DocumentEnd::EnoughNews);
             }
+            if (m_bounds.areExceededBy(m_xml)) {
+                return endBeforeTooMany();
+            }
             if (token == QXmlStreamReader::StartElement && !readElement()) {
                 return endHere(DocumentEnd::BrokenElement);
             }
         }
-        if (isBeforeTooMany()) {
-            return endBeforeTooMany();
+        if (isBeforeTheCut()) {
+            return endBeforeTheCut();
         }
         return endHere(m_xml.hasError() ? DocumentEnd::NotXml : DocumentEnd::EndOfDocument);
     }
 
-    bool isBeforeTooMany() const
+    bool isBeforeTheCut() const
     {
-        return m_cut >= 0 && (!m_xml.hasError() ||
-                              m_xml.error() == QXmlStreamReader::PrematureEndOfDocumentError);
+        return m_cut.place >= 0 && (!m_xml.hasError() ||
+                                    m_xml.error() == QXmlStreamReader::PrematureEndOfDocumentError);
+    }
+
+    DocumentEnd endBeforeTheCut()
+    {
+        static const QRegularExpression nameHere(QStringLiteral("<(?:[^\\s/>:]*:)?([^\\s/>:]*)"));
+        m_lines.countTo(m_cut.place);
+        const DocumentEnd end{m_cut.isType ? DocumentEnd::DeclaringType
+                                           : DocumentEnd::TooManyAttributes,
+                              QString(), m_lines.line(), m_lines.columnOf(m_cut.place)};
+        if (!m_cut.isType) {
+            tellUnread(nameHere.match(m_text, m_cut.place).captured(1));
+        }
+        return end;
+    }
+
+    DocumentEnd endBeforeTooMany()
+    {
+        const DocumentElement element = elementHere();
+        tellUnread(element.name);
+        return {DocumentEnd::TooManyElements, QString(), element.line, element.column};
     }
 
     // The lines for broken elements fit clients, slides and tiles; any other ends the reading
     // without a word.
-    DocumentEnd endBeforeTooMany()
+    void tellUnread(const QString &name)
     {
-        static const QRegularExpression nameHere(QStringLiteral("<(?:[^\\s/>:]*:)?([^\\s/>:]*)"));
-        const QString name = nameHere.match(m_text, m_cut).captured(1);
         if (name == QLatin1String("client")) {
             m_handler.elementStarted(name);
             m_handler.brokenClient();
@@ -188,8 +167,6 @@ private:
             m_handler.elementStarted(name);
             m_handler.brokenNews();
         }
-        m_lines.countTo(m_cut);
-        return {DocumentEnd::TooManyAttributes, QString(), m_lines.line(), m_lines.columnOf(m_cut)};
     }
 
     // Behind any other end there is nothing that could be lost.
@@ -203,11 +180,14 @@ private:
             (void)m_xml.readNext();
         }
         for (; !m_xml.atEnd(); (void)m_xml.readNext()) {
+            if (m_bounds.areExceededBy(m_xml)) {
+                return;
+            }
             if (m_xml.isStartElement()) {
                 m_observer->elementLost(elementHere());
             }
         }
-        if (m_xml.hasError() && !isBeforeTooMany()) {
+        if (m_xml.hasError() && !isBeforeTheCut()) {
             m_observer->restIsNotXml(endHere(DocumentEnd::NotXml));
         }
     }
@@ -263,7 +243,7 @@ private:
             return false;
         }
         const QString auth = attribute(attributes, "auth");
-        const ClientInfo info(attribute(attributes, "version"), attribute(attributes, "url"),
+        const ClientInfo info(attribute(attributes, "version"), address(attributes, "url"),
                               attribute(attributes, "name"), attribute(attributes, "server"), auth);
         if (!attributes.hasAttribute(QLatin1String("auth")) || auth.toLower() == m_codeSum) {
             m_handler.client(info);
@@ -309,16 +289,17 @@ private:
             return std::nullopt;
         }
         return NewsEntry{attribute(attributes, "title"), attribute(attributes, "description"),
-                         attribute(attributes, "imageUrl"), attribute(attributes, "clickUrl")};
+                         address(attributes, "imageUrl"), address(attributes, "clickUrl")};
     }
 
     const QString m_text;
-    const int m_cut; // before an element with too many attributes, or -1
+    const DocumentCut m_cut;
     QXmlStreamReader m_xml;
     const QString m_codeSum;
     LauncherDocumentHandler &m_handler;
     LauncherDocumentObserver *const m_observer; // of who called, or null
     LineCounter m_lines;
+    Bounds m_bounds;
     int m_newsElements = 0;
     int m_homeNews = 0;
     int m_news = 0;

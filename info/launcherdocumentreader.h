@@ -24,7 +24,15 @@ struct DocumentElement {
 
 // Why and where reading ended.
 struct DocumentEnd {
-    enum Reason { EndOfDocument, NotXml, EnoughNews, BrokenElement, TooManyAttributes };
+    enum Reason {
+        EndOfDocument,
+        NotXml,
+        EnoughNews,
+        BrokenElement,
+        TooManyAttributes, // of one element
+        TooManyElements,   // or attributes, or levels, of the whole document
+        DeclaringType,     // a document type with declarations
+    };
     Reason reason = EndOfDocument;
     QString error; // the reader's words when the text is not XML
     int line = 0;
@@ -77,8 +85,9 @@ public:
 
 // Reads the launcher document from its decoded text. authCode is the player's authentication code.
 // Ends at the end of the document, after nine slides and tiles together, at a broken element,
-// before an element with too many attributes or where the text stops being XML; what was reported
-// before stands. Without an observer nobody looks for the places of elements, which costs about as
+// before a document type that declares anything, before an element with which the document asks for
+// more than DocumentLimits allows, or where the text stops being XML; what was reported before
+// stands. Without an observer nobody looks for the places of elements, which costs about as
 // much as reading them, nor behind the end.
 void readLauncherDocument(const QString &text, const QString &authCode,
                           LauncherDocumentHandler &handler,

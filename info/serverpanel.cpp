@@ -1,5 +1,7 @@
 #include "info/serverpanel.h"
 
+#include "base/documentlimits.h"
+
 namespace
 {
 constexpr int designWidth = 974;
@@ -19,6 +21,11 @@ QStringList ServerPanel::orderedNames(QStringList names)
         names.append(last);
     }
     return names;
+}
+
+QStringList ServerPanel::shownNames(const QStringList &names)
+{
+    return orderedNames(names).mid(0, DocumentLimits::servers);
 }
 
 QSize ServerPanel::logoSize(int columns)

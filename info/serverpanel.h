@@ -13,6 +13,9 @@ constexpr QSize clientButtonSize(196, 81);
 // Ascending by UTF-16 code units; a server named exactly "Beta" goes last.
 QStringList orderedNames(QStringList names);
 
+// Those that get a column, in this order: the first of them, as many as there may be.
+QStringList shownNames(const QStringList &names);
+
 // Size of a logo when the panel has this many columns.
 QSize logoSize(int columns);
 

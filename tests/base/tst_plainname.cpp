@@ -37,6 +37,8 @@ void TestPlainName::everySystem_data()
     row("dots that are part of the name", text("..2.0"), true);
     row("two dots in the middle", text("1..2"), true);
     row("a dot before it", text(".hidden"), true);
+    row("as long as a name can be", QString(255, QLatin1Char('a')), true);
+    row("longer than a name can be", QString(256, QLatin1Char('a')), false);
     row("no name at all", QString(), false);
     row("the folder itself", text("."), false);
     row("the folder above", text(".."), false);

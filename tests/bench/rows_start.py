@@ -106,7 +106,7 @@ def document(setting: Setting, _: Web) -> list[Row]:
     rows = []
     points = []
     once = 0.0
-    for entries in (100, 1_000, 10_000, *([] if setting.quick else [100_000])):
+    for entries in (100, 1_000, 10_000):
         result = run([setting.program("bench_document"), str(entries), str(setting.rounds)],
                      setting.folder("installation")).result
         if result["read"] != entries:

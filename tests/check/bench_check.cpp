@@ -14,7 +14,7 @@
 
 namespace
 {
-constexpr int entries = 100000;
+constexpr int entries = 15000;
 constexpr int rounds = 7;
 
 // Half of the servers have two clients, every tenth entry is a tester's, every hundredth is faulty.

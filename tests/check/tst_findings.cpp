@@ -46,6 +46,15 @@ QString ofUrl(const char *url)
                   QString::fromUtf8(url));
 }
 
+QString serversFrom(int begin, int end)
+{
+    QString elements;
+    for (int i = begin; i < end; ++i) {
+        elements += official(QStringLiteral("S%1").arg(i, 3, 10, QLatin1Char('0')));
+    }
+    return elements;
+}
+
 QString withAuth(const char *auth)
 {
     return ofServer("Open") + QLatin1Char('\n') +
@@ -115,7 +124,6 @@ private slots:
     void lostThingsAreCounted();
     void namesAreToldOnce();
     void everyNameThatIsNoneIsFound();
-    void entriesOfOnePlaceFollowEachOther();
     void orderAndExitCodes();
 };
 
@@ -127,6 +135,9 @@ void TestFindings::clean_data()
     };
     row("no element at all", {});
     row("one client", ofServer("S"));
+    row("as many servers as have buttons", serversFrom(0, 100));
+    row("the longest address",
+        ofUrl(("https://a.example/" + QByteArray(8170, 'a') + ".zip").constData()));
     row("two kinds on two servers",
         ofServer("A") + ofServer("B") +
             client(QStringLiteral("B"), QStringLiteral("Beta"), QStringLiteral("1.0")));
@@ -183,12 +194,24 @@ void TestFindings::found_data()
     row("a launcher version that is no number", document({}, "1.2"),
         "warning launcher-version 1:1");
     row("an empty document", {}, "error empty-document 0:0");
+    row("a type without declarations",
+        QStringLiteral("<!DOCTYPE launcher>\n") + document(ofServer("")), "error empty-server 3:1");
 
     row("not well-formed", QStringLiteral("<launcher>\n <client a=1/></launcher>"),
         "error not-well-formed 2:12");
     row("more attributes than are read",
         QStringLiteral("<launcher>\n <x") + manyAttributes(1001) + QStringLiteral("/></launcher>"),
         "error too-many-attributes 2:2");
+    row("a type that declares",
+        QStringLiteral("<?xml version='1.0'?>\n<!DOCTYPE launcher [<!ENTITY e 'x'>]>\n<launcher/>"),
+        "error document-type 2:1");
+    in("more elements than are read",
+       QStringLiteral("<x/>").repeated(20 * 1000 - 1) + lines + QStringLiteral("<x/>"),
+       "error too-many-elements 3:1");
+    in("elements that lie deeper than is read",
+       QStringLiteral("<x>").repeated(99) + lines + QStringLiteral("<x/>") +
+           QStringLiteral("</x>").repeated(99),
+       "error too-many-elements 3:1");
     row("cut off", QStringLiteral("<launcher>\n"), "error not-well-formed 2:1");
     in("a client without its url", QStringLiteral("<client version=\"1\"/>"),
        "error missing-attribute 2:1");
@@ -238,6 +261,8 @@ void TestFindings::found_data()
 
     in("no server", ofServer(""), "error empty-server 2:1");
     in("a bar in the server's name", ofServer("A|B"), "error bar-in-name 2:1");
+    in("a server's name of 256 letters", official(QString(256, QLatin1Char('a'))),
+       "error forbidden-character 2:1");
     in("a slash in the server's name", ofServer("A/B"), "error slash-in-name 2:1");
     in("a backslash in the server's name", ofServer("A\\B"), "error slash-in-name 2:1");
     in("a slash in the version", ofVersion("1/0"),
@@ -297,6 +322,16 @@ void TestFindings::found_data()
     in("no picture", news("news", "t", ""), "error unusable-address 2:1");
     in("no page", news("homenews", "t", "https://a.example/p.png", ""),
        "error unusable-address 2:1");
+    in("a longer archive's address than is read",
+       ofUrl(("https://a.example/" + QByteArray(8192, 'a') + ".zip").constData()),
+       "error unusable-address 2:1, error long-address 2:1");
+    in("a longer page's address than is read",
+       news("homenews", "t", "https://a.example/p.png",
+            ("https://a.example/" + QByteArray(8192, 'a')).constData()),
+       "error unusable-address 2:1, error long-address 2:1");
+    in("more servers than have buttons",
+       serversFrom(0, 99) + lines + ofServer("Beta") + lines + serversFrom(99, 101),
+       "error too-many-servers 3:1");
     in("an archive that is a folder", ofUrl("https://a.example/a/"),
        "warning archive-url-ends-in-slash 2:1");
     in("an archive that is a host", ofUrl("https://a.example"),
@@ -459,7 +494,8 @@ void TestFindings::everyNameThatIsNoneIsFound()
     const QStringList names =
         QStringLiteral("Alpha;2.1;..2;. .;.;..;a/b;/;a/;a\\b;..\\b;C:;a:b;a<b;a>b;a\"b;a|b;a?b;a*b;"
                        "con;nul.x;com1 .x;lpt0;conin$;conout$;prn;aux;com10;a.;a ;a\u007F;a\u0085")
-            .split(QLatin1Char(';'));
+            .split(QLatin1Char(';'))
+        << QString(255, QLatin1Char('a')) << QString(256, QLatin1Char('a'));
     const QStringList ids{
         QStringLiteral("bar-in-name"),         QStringLiteral("dot-name"),
         QStringLiteral("forbidden-character"), QStringLiteral("reserved-name"),
@@ -471,35 +507,6 @@ void TestFindings::everyNameThatIsNoneIsFound()
                         [&ids](const Finding &finding) { return ids.contains(finding.id); });
         QVERIFY2(found != (isPlainName(name) && isPlainOnWindows(name)), qPrintable(name));
     }
-}
-
-// What a declared entity brings stands where the entity is named.
-void TestFindings::entriesOfOnePlaceFollowEachOther()
-{
-    const auto entry = [](const char *server) {
-        return QStringLiteral("<client server='%1' name='Nightly' version='22.0' "
-                              "url='https://a.example/%1.zip'/>")
-            .arg(QLatin1String(server));
-    };
-    const QString text = QStringLiteral("<!DOCTYPE launcher [<!ENTITY e \"%1\">]>\n")
-                             .arg(entry("D.") + entry("C.") + entry("B.") + entry("A.")) +
-                         document(QStringLiteral("&e;"));
-    const Findings findings = findingsIn(text.toUtf8());
-    QStringList lines;
-    for (const Finding &finding : findings) {
-        QCOMPARE(finding.line, findings.constFirst().line);
-        QCOMPARE(finding.column, findings.constFirst().column);
-        lines << finding.id + QLatin1Char(' ') + finding.text.section(QLatin1Char('"'), 1, 1);
-    }
-    QStringList eachEntry;
-    QStringList buttons;
-    for (const char *server : {"D.", "C.", "B.", "A."}) {
-        eachEntry << QStringLiteral("trailing-dot-or-blank ") + QLatin1String(server)
-                  << QStringLiteral("version-wraps 22.0");
-        buttons << QStringLiteral("empty-beta-button ") + QLatin1String(server);
-    }
-    const QString unknown = QStringLiteral("unknown-kind Nightly");
-    QCOMPARE(lines, (eachEntry + QStringList{unknown, unknown, unknown, unknown} + buttons));
 }
 
 void TestFindings::orderAndExitCodes()

@@ -2,6 +2,7 @@
 #include "info/world.h"
 #include "install/downloadmanager.h"
 #include "stage.h"
+#include "support/consolecapture.h"
 #include "support/relation.h"
 #include "support/urlcatcher.h"
 
@@ -86,6 +87,10 @@ private slots:
     void launcherVersionThatIsNoNumber();
     void notWellFormed();
     void missingAttribute();
+    void tooManyAttributes();
+    void typeThatDeclares();
+    void tooManyElements();
+    void tooManyServers();
     void afterTheNinth();
     void tooManySlides();
     void tooManyTiles();
@@ -100,6 +105,7 @@ private slots:
 
     void noServer();
     void barInTheServersName();
+    void longNameOfAServer();
     void slashInTheServersName();
     void slashInTheVersion();
     void serverThatIsTheFolderAbove();
@@ -111,6 +117,7 @@ private slots:
 
     void plainHttp();
     void archiveAddressThatIsNone();
+    void longAddress();
     void pictureAndPageThatAreNone();
     void archiveThatIsNotSaved_data();
     void archiveThatIsNotSaved();
@@ -231,6 +238,56 @@ void TestWarnings::missingAttribute()
                              stage.ofServer(QStringLiteral("Late"))}),
                 "missing-attribute");
     QCOMPARE(stage.window->clientInfos.keys(), QStringList{QStringLiteral("Early")});
+}
+
+void TestWarnings::tooManyAttributes()
+{
+    QString attributes;
+    for (int i = 0; i <= 1000; ++i) {
+        attributes += QStringLiteral(" a%1=''").arg(i);
+    }
+    Stage stage;
+    LOAD_WARNED(stage,
+                (QStringList{stage.ofServer(QStringLiteral("Early")),
+                             QStringLiteral("<x%1/>").arg(attributes),
+                             stage.ofServer(QStringLiteral("Late"))}),
+                "too-many-attributes");
+    QCOMPARE(stage.window->clientInfos.keys(), QStringList{QStringLiteral("Early")});
+}
+
+void TestWarnings::typeThatDeclares()
+{
+    Stage stage;
+    LOAD_WARNED(stage,
+                ("<!DOCTYPE launcher [<!ENTITY e 'x'>]>" +
+                 Documents::launcher({stage.ofServer(QStringLiteral("Late"))})),
+                "document-type");
+    QCOMPARE(stage.window->clientInfos.keys(), QStringList());
+    QVERIFY(stage.window->ui->labelConnecting->isHidden());
+}
+
+void TestWarnings::tooManyElements()
+{
+    Stage stage;
+    const ConsoleCapture console;
+    LOAD_WARNED(stage,
+                (QStringList{stage.ofServer(QStringLiteral("Early")),
+                             QStringLiteral("<x/>").repeated(20 * 1000),
+                             stage.ofServer(QStringLiteral("Late"))}),
+                "too-many-elements");
+    QCOMPARE(stage.window->clientInfos.keys(), QStringList{QStringLiteral("Early")});
+}
+
+void TestWarnings::tooManyServers()
+{
+    Stage stage;
+    QStringList servers;
+    for (int i = 0; i <= 100; ++i) {
+        servers << stage.ofServer(QStringLiteral("S%1").arg(i, 3, 10, QLatin1Char('0')));
+    }
+    LOAD_WARNED(stage, (servers), "too-many-servers");
+    QCOMPARE(stage.window->ui->serverButtonsGroup->layout()->count(), 100);
+    QVERIFY(!stage.window->serverButtons.contains(QStringLiteral("S100")));
 }
 
 void TestWarnings::afterTheNinth()
@@ -382,6 +439,15 @@ void TestWarnings::barInTheServersName()
     QCOMPARE(ScratchFolder::read(QStringLiteral("settings.txt")), QByteArray("A|B|true|"));
 }
 
+void TestWarnings::longNameOfAServer()
+{
+    Stage stage;
+    LOAD_WARNED(stage, (QStringList{stage.ofServer(QString(256, QLatin1Char('a')))}),
+                "forbidden-character");
+    QCOMPARE(stage.download(), failed);
+    QVERIFY(!Stage::hasGame());
+}
+
 void TestWarnings::slashInTheServersName()
 {
     Stage stage;
@@ -474,6 +540,15 @@ void TestWarnings::archiveAddressThatIsNone()
     LOAD_WARNED(stage, (QStringList{stage.ofUrl(QStringLiteral("files.example/client.zip"))}),
                 "unusable-address");
     QCOMPARE(stage.download(), failed);
+}
+
+void TestWarnings::longAddress()
+{
+    Stage stage;
+    const QString address = stage.archive() + QLatin1Char('?') + QString(8192, QLatin1Char('a'));
+    LOAD_WARNED(stage, (QStringList{stage.ofUrl(address)}), "long-address");
+    QCOMPARE(stage.download(), failed);
+    QVERIFY(!Stage::hasGame());
 }
 
 void TestWarnings::pictureAndPageThatAreNone()

@@ -61,7 +61,8 @@ public:
         m_ended = true;
         require(end.line >= 1 && end.column >= 1);
         require(m_broken == (end.reason == DocumentEnd::BrokenElement) ||
-                end.reason == DocumentEnd::TooManyAttributes);
+                end.reason == DocumentEnd::TooManyAttributes ||
+                end.reason == DocumentEnd::TooManyElements);
         require(end.reason != DocumentEnd::EnoughNews ||
                 m_slides + m_tiles == DocumentLimits::newsElements);
         m_mayLose =
