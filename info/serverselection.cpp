@@ -31,7 +31,7 @@ void testform::createServerButtons()
         return;
     }
     auto *row = new QHBoxLayout;
-    const QStringList names = ServerPanel::orderedNames(clientInfos.keys());
+    const QStringList names = ServerPanel::shownNames(clientInfos.keys());
     const QSize logo = ServerPanel::logoSize(names.size());
     for (const QString &name : names) {
         row->addWidget(createServerColumn(name, logo), 0, Qt::AlignCenter);

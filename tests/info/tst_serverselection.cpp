@@ -144,6 +144,7 @@ private slots:
     void eachServerWarnsTwice();
     void noServersGiveAnEmptyRow();
     void secondDocumentKeepsThePanel();
+    void onlyTheFirstServersHaveColumns();
 
     void clickSelects_data();
     void clickSelects();
@@ -480,6 +481,37 @@ void TestServerSelection::secondDocumentKeepsThePanel()
     QCOMPARE(after[0].upper, before.upper);
     QCOMPARE(WindowDriver::click(launcher.window, *before.upper), QString());
     QCOMPARE(launcher.window.selectedClientInfo.server, alpha);
+}
+
+// The last by name has none, wherever it stands in the document, but is in the table all the same.
+void TestServerSelection::onlyTheFirstServersHaveColumns()
+{
+    World world;
+    const auto name = [](int number) {
+        return QStringLiteral("S%1").arg(number, 3, 10, QLatin1Char('0'));
+    };
+    const QString last = name(100);
+    QStringList entries;
+    for (int i = 100; i >= 0; --i) {
+        entries << entry(name(i), official);
+    }
+    ScratchFolder::write(settingsTxt, (last + QStringLiteral("|Official|true|")).toUtf8());
+    world.publish(entries);
+    testform window;
+    QVERIFY(World::answered(window));
+    QCOMPARE(window.clientInfos.size(), 101);
+    QCOMPARE(columnsOf(window).size(), 100);
+    QCOMPARE(window.serverButtons.size(), 100);
+    QVERIFY(window.serverButtons.contains(name(0)));
+    QVERIFY(window.serverButtons.contains(name(99)));
+    QVERIFY(!window.serverButtons.contains(last));
+    // A choice of earlier days holds.
+    QCOMPARE(window.selectedClientInfo.server, last);
+    QCOMPARE(window.selectedClientInfo.version, QStringLiteral("2.0"));
+
+    QTRY_VERIFY(allLogosArrived(window));
+    QCOMPARE(world.server.requests(name(99) + QStringLiteral(".png")), 1);
+    QCOMPARE(world.server.requests(last + QStringLiteral(".png")), 0);
 }
 
 void TestServerSelection::clickSelects_data()
