@@ -17,11 +17,13 @@ bool isHarmlessValue(const QString &value)
     return harmless.match(value).hasMatch();
 }
 
-// Signed or not, up to 999: larger ones would have the toolkit paint letters as large as a house.
+// Signed or not, below 100: the longest text of such letters, each on a line of its own, still fits
+// into the toolkit's greatest height. Beyond that, which 7,500 letters of 999 pixels are, it lays
+// out for ever.
 bool isHarmlessSize(const QString &value)
 {
     static const QRegularExpression size(
-        QStringLiteral("\\A[+-]?[0-9]{1,3}(\\.[0-9]{1,3})?(px|pt|em|%)?\\z"));
+        QStringLiteral("\\A[+-]?[0-9]{1,2}(\\.[0-9]{1,3})?(px|pt|em|%)?\\z"));
     return size.match(value).hasMatch();
 }
 

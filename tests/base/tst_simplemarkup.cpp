@@ -50,6 +50,9 @@ void TestSimpleMarkup::simpleMarkup_data()
     simple("<span style=\"background-color: rgba(0,0,0,50%); font-family:'Lato'\">fire</span>");
     simple(
         "<span style='font-size: 14px; font-style: italic; text-decoration: underline'>x</span>");
+    simple("<span style='font-size:99px'>fire</span>");
+    simple("<span style='font-size:99.999pt'>fire</span>");
+    simple("<p style='margin-left:-99px; margin-top:+9.5em'>fire</p>");
     simple("<p style=\"margin-top:0px; text-align: right\" dir=\"rtl\">fire</p>");
 
     other("<img src=\"file:///dev/zero\">");
@@ -94,8 +97,14 @@ void TestSimpleMarkup::simpleMarkup_data()
     other("<p style=\"co/**/lor:red\">fire</p>");
     other("<p style=\"page-break-before:always\">fire</p>");
     other("<p style=\"color\">fire</p>");
-    other("<span style=\"font-size:99999px\">fire</span>");
-    other("<p style=\"margin-left:99999px\">fire</p>");
+    for (const char *unit : {"", "px", "pt", "em", "%"}) {
+        for (const char *property :
+             {"font-size", "margin-top", "margin-bottom", "margin-left", "margin-right"}) {
+            other((QByteArray("<p style='") + property + ":100" + unit + "'>fire</p>").constData());
+        }
+    }
+    other("<p style=\"margin-left:-100px\">fire</p>");
+    other("<p style=\"font-size:099px\">fire</p>");
     other("<font size=\"99\">fire</font>");
     other("<font face=\"file:pipe\">fire</font>");
     other("<font color=\"url(pipe)\">fire</font>");
