@@ -59,9 +59,11 @@ void testform::offerRestart()
     // kept: the whole argument list goes along, so the new launcher receives its own path once
     // more as its first argument. It takes no arguments; scripts around it may count them.
     const QStringList arguments = QApplication::arguments();
-    // A relative path counts from where the launcher was started, which need not be the game's
-    // folder.
-    const QString program = arguments.value(0);
-    QProcess::startDetached(
-        QFileInfo::exists(program) ? program : QApplication::applicationFilePath(), arguments);
+    // A relative path counts from where the launcher was started. That need not be the game's
+    // folder, where something else may stand in its way by now.
+    const QFileInfo program(arguments.value(0));
+    QProcess::startDetached(program.isAbsolute() && program.exists()
+                                ? program.filePath()
+                                : QApplication::applicationFilePath(),
+                            arguments);
 }

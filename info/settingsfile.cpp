@@ -35,15 +35,21 @@ void testform::loadSettings()
 
 void testform::writeSettings()
 {
+    QByteArray line;
+    QTextStream stream(&line, QIODevice::WriteOnly);
+    stream << formatSettings(settings);
+    stream.flush();
+    // What could not be read again must not replace what can.
+    if (line.size() > largestSettings) {
+        return;
+    }
     // Replaced as a whole: emptied first, it would be read as "do not remember" after a kill or on
     // a full disk, and the code would be gone.
     QSaveFile file(DIR_SETTINGS);
     if (!isFileOrFree(DIR_SETTINGS) || !file.open(QIODevice::WriteOnly)) {
         return;
     }
-    QTextStream stream(&file);
-    stream << formatSettings(settings);
-    stream.flush();
+    (void)file.write(line);
     // What cannot be written leaves the file as it was. On a full disk that shows when the buffer
     // is emptied, which commit() would not look at.
     if (!file.flush()) {

@@ -6,6 +6,7 @@
 #include "support/scratchfolder.h"
 #include "support/windowdriver.h"
 
+#include <QDir>
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QPushButton>
@@ -33,6 +34,7 @@ int noteTheCall()
 int main(int argc, char *argv[])
 {
     const QApplication application(argc, argv);
+    (void)QDir::setCurrent(QStringLiteral("game"));
     if (QFile::exists(QStringLiteral("settings.txt"))) {
         return noteTheCall();
     }

@@ -109,6 +109,8 @@ private slots:
     void nothingIsWrittenThroughALink();
     void whatIsNoSettingsFileIsLeftAlone_data();
     void whatIsNoSettingsFileIsLeftAlone();
+    void whatCouldNotBeReadBackIsNotWritten_data();
+    void whatCouldNotBeReadBackIsNotWritten();
     void whatIsWrittenIsReadBack_data();
     void whatIsWrittenIsReadBack();
 
@@ -127,6 +129,7 @@ private slots:
     void otherEventsGoOnToThePlainWidget();
     void restartStartsACopyWithItsPathOnceMore_data();
     void restartStartsACopyWithItsPathOnceMore();
+    void restartStartsNothingElseByARelativePath();
 };
 
 void TestSettingsFile::fileIsRead_data()
@@ -359,6 +362,30 @@ void TestSettingsFile::whatIsNoSettingsFileIsLeftAlone()
     const testform window;
     QCOMPARE(window.settings.server, QString());
     QCOMPARE(window.settings.rememberSettings, true);
+}
+
+void TestSettingsFile::whatCouldNotBeReadBackIsNotWritten_data()
+{
+    QTest::addColumn<int>("surplus");
+    QTest::newRow("as much as is read") << 0;
+    QTest::newRow("a byte more") << 1;
+}
+
+void TestSettingsFile::whatCouldNotBeReadBackIsNotWritten()
+{
+    QFETCH(int, surplus);
+    const ScratchFolder folder;
+    const QByteArray before = "Alpha|Official|true|code";
+    ScratchFolder::write(settingsTxt, before);
+    testform window;
+    const QString rest = QStringLiteral("|Official|true|code");
+    window.settings.server = QString(1024 * 1024 - rest.size() + surplus, QLatin1Char('S'));
+    window.writeSettings();
+    QCOMPARE(ScratchFolder::read(settingsTxt),
+             surplus > 0 ? before : (window.settings.server + rest).toUtf8());
+    const testform next;
+    QCOMPARE(next.settings.auth, QStringLiteral("code"));
+    QCOMPARE(ScratchFolder::tree(), QStringList{settingsTxt});
 }
 
 void TestSettingsFile::whatIsWrittenIsReadBack_data()
@@ -721,6 +748,34 @@ void TestSettingsFile::restartStartsACopyWithItsPathOnceMore()
     QCOMPARE(QDir::fromNativeSeparators(QString::fromUtf8(ScratchFolder::read(noted))), text);
     // A program that still runs cannot be removed everywhere.
     QVERIFY(QTest::qWaitFor([&program] { return QFile::remove(program); }, worldLimit));
+}
+
+// A relative path counts from where the launcher was started. In the game's folder an archive may
+// have put something else there.
+void TestSettingsFile::restartStartsNothingElseByARelativePath()
+{
+#ifdef Q_OS_WIN
+    QSKIP("nothing but a real program could stand in its place here");
+#else
+    const ScratchFolder folder;
+    const QString relative = QStringLiteral("home/launcher");
+    ScratchFolder::makeFolder(QStringLiteral("home"));
+    QVERIFY(QFile::copy(QCoreApplication::applicationDirPath() + QStringLiteral("/restartprobe"),
+                        relative));
+    const QString other = QStringLiteral("game/home/launcher");
+    const QString noted = QStringLiteral("game/noted");
+    ScratchFolder::write(other, "#!/bin/sh\necho something else > noted\n");
+    QVERIFY(QFile::setPermissions(other, QFile::permissions(relative)));
+
+    QProcess probe;
+    probe.start(relative, QStringList());
+    QVERIFY(probe.waitForFinished(30000));
+    QCOMPARE(probe.exitCode(), 0);
+    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(noted).size() > 0, worldLimit);
+    const QString program = QFileInfo(relative).canonicalFilePath();
+    QCOMPARE(QString::fromUtf8(ScratchFolder::read(noted)),
+             QStringLiteral("[%1]\n[%2]\n").arg(program, relative));
+#endif
 }
 
 QTEST_MAIN(TestSettingsFile)
