@@ -1,7 +1,6 @@
 #include "base/console.h"
 
 #include <QByteArray>
-#include <QString>
 
 #include <cstdio>
 
@@ -24,4 +23,14 @@ void Console::out(const QString &text)
 void Console::error(const QString &text)
 {
     write(stderr, text);
+}
+
+QString Console::harmless(QString text)
+{
+    for (QChar &letter : text) {
+        if (letter.category() == QChar::Other_Control) {
+            letter = QLatin1Char('?');
+        }
+    }
+    return text;
 }

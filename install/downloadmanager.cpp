@@ -262,7 +262,7 @@ void DownloadManager::end()
     const QString error = whyFailed();
     m_body.reset();
     if (!error.isEmpty()) {
-        Console::error(QStringLiteral("Failed: %1\n").arg(error));
+        Console::error(QStringLiteral("Failed: %1\n").arg(Console::harmless(error)));
     } else {
         Console::out(QStringLiteral("Succeeded.\n\n"));
         ++downloadedCount;

@@ -1,3 +1,4 @@
+#include "base/plainname.h"
 #include "downloads.h"
 #include "install/downloadmanager.h"
 #include "support/archives.h"
@@ -8,6 +9,8 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QSignalSpy>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTest>
 
 #ifndef Q_OS_WIN
@@ -28,6 +31,7 @@ class TestDownloadFaults : public QObject
 private slots:
     void failedDownload_data();
     void failedDownload();
+    void reasonOfTheHostIsNoCommand();
     void refusedConnection();
     void brokenAddress_data();
     void brokenAddress();
@@ -91,6 +95,35 @@ void TestDownloadFaults::failedDownload()
     // No folder of the version, and the extractor did not run.
     QCOMPARE(ScratchFolder::tree(), (QStringList{path, text("unzip.exe")}));
     QCOMPARE(ScratchFolder::read(path), partial);
+}
+
+// What a host calls its failure reaches the operator's terminal, which obeys control characters.
+void TestDownloadFaults::reasonOfTheHostIsNoCommand()
+{
+    const ScratchFolder folder;
+    QTcpServer host;
+    connect(&host, &QTcpServer::newConnection, &host, [&host] {
+        QTcpSocket *socket = host.nextPendingConnection();
+        socket->write("HTTP/1.1 404 \x1B]0;pwned\x07\x1B[31mr\xC3\xA9\xC2\x9B"
+                      "d\r\n"
+                      "Content-Length: 0\r\nConnection: close\r\n\r\n");
+        socket->disconnectFromHost();
+    });
+    QVERIFY(host.listen(QHostAddress::LocalHost));
+    const QString url = text("http://127.0.0.1:%1/client.zip").arg(host.serverPort());
+    DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
+    QByteArray err;
+    {
+        ConsoleCapture console;
+        manager.append(QUrl(url));
+        runToTheEnd(manager);
+        err = console.err();
+    }
+    QVERIFY2(err.startsWith("Failed: Error transferring "), err.constData());
+    QVERIFY2(err.contains("?]0;pwned??[31mr"), err.constData());
+    QVERIFY2(err.endsWith("d\n"), err.constData());
+    const QString line = QString::fromUtf8(err.chopped(1));
+    QVERIFY2(!holdsControlCharacter(line), err.constData());
 }
 
 void TestDownloadFaults::refusedConnection()
