@@ -67,12 +67,13 @@ Finding asksForTooMuch(const DocumentEnd &end)
 {
     return errorAt(
         {end.line, end.column}, "too-many-elements",
-        QStringLiteral("up to here the document has more than %1 elements, %2 attributes "
-                       "or %3 namespaces, or lies deeper than %4 elements: what follows "
-                       "is lost")
+        QStringLiteral("up to here the document has more than %1 elements, %2 attributes, "
+                       "%3 namespaces or %4 pieces of markup, or lies deeper than %5 elements: "
+                       "what follows is lost")
             .arg(DocumentLimits::elements)
             .arg(DocumentLimits::allAttributes)
             .arg(DocumentLimits::namespaces)
+            .arg(DocumentLimits::markup)
             .arg(DocumentLimits::depth),
         QStringLiteral("leave out what the launcher does not know"));
 }

@@ -19,11 +19,9 @@ public:
         for (m_at = m_text.indexOf(QLatin1Char('<')); m_at >= 0;
              m_at = m_text.indexOf(QLatin1Char('<'), m_at)) {
             const int begin = m_at;
-            if (!skipUnread()) {
-                const bool isType = startsHere(QLatin1String("<!DOCTYPE"));
-                if (isType ? typeDeclares() : hasTooManyAttributes()) {
-                    return {begin, isType};
-                }
+            const DocumentCut::Reason reason = reasonToCutHere();
+            if (reason != DocumentCut::Nothing) {
+                return {reason, begin};
             }
             if (m_at < 0) {
                 break;
@@ -33,6 +31,21 @@ public:
     }
 
 private:
+    // Passes what stands here.
+    DocumentCut::Reason reasonToCutHere()
+    {
+        if (++m_markup > DocumentLimits::markup) {
+            return DocumentCut::Markup;
+        }
+        if (skipUnread()) {
+            return DocumentCut::Nothing;
+        }
+        if (startsHere(QLatin1String("<!DOCTYPE"))) {
+            return typeDeclares() ? DocumentCut::DeclaringType : DocumentCut::Nothing;
+        }
+        return hasTooManyAttributes() ? DocumentCut::Attributes : DocumentCut::Nothing;
+    }
+
     bool startsHere(QLatin1String begin) const
     {
         return QStringView(m_text).mid(m_at, begin.size()) == begin;
@@ -113,6 +126,7 @@ private:
 
     const QString m_text;
     int m_at = 0;
+    int m_markup = 0;
 };
 } // namespace
 

@@ -140,13 +140,20 @@ private:
     {
         static const QRegularExpression nameHere(QStringLiteral("<(?:[^\\s/>:]*:)?([^\\s/>:]*)"));
         m_lines.countTo(m_cut.place);
-        const DocumentEnd end{m_cut.isType ? DocumentEnd::DeclaringType
-                                           : DocumentEnd::TooManyAttributes,
-                              QString(), m_lines.line(), m_lines.columnOf(m_cut.place)};
-        if (!m_cut.isType) {
-            tellUnread(nameHere.match(m_text, m_cut.place).captured(1));
+        tellUnread(nameHere.match(m_text, m_cut.place).captured(1));
+        return {reasonOfTheCut(), QString(), m_lines.line(), m_lines.columnOf(m_cut.place)};
+    }
+
+    DocumentEnd::Reason reasonOfTheCut() const
+    {
+        switch (m_cut.reason) {
+        case DocumentCut::DeclaringType:
+            return DocumentEnd::DeclaringType;
+        case DocumentCut::Attributes:
+            return DocumentEnd::TooManyAttributes;
+        default:
+            return DocumentEnd::TooManyElements;
         }
-        return end;
     }
 
     DocumentEnd endBeforeTooMany()

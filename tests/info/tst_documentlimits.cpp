@@ -200,6 +200,9 @@ void TestDocumentLimits::boundsOfTheWhole_data()
     row("99 open elements around an end", open.repeated(99) + close.repeated(99), true);
     row("100 open elements around an end", open.repeated(100) + close.repeated(100), false);
     row("many elements side by side", (open + open + close + close).repeated(500), true);
+    const QString comment = QStringLiteral("<!---->");
+    row("100,000 pieces of markup", comment.repeated(99997), true);
+    row("100,001 pieces of markup", comment.repeated(99998), false);
     // Eight attributes stand around.
     const QString thousand = withAttributes("a", 1000);
     row("100,000 attributes", thousand.repeated(99) + withAttributes("a", 992), true);
