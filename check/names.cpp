@@ -170,7 +170,7 @@ void checkServerCount(const QVector<ClientEntry> &clients, Findings &findings)
         return;
     }
     const QSet<QString> withButtons(shown.begin(), shown.end());
-    const auto first =
+    const auto *const first =
         std::find_if(clients.begin(), clients.end(), [&withButtons](const ClientEntry &entry) {
             return entry.visible && !withButtons.contains(entry.info.server);
         });
