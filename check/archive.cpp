@@ -1,104 +1,77 @@
 #include "check/archive.h"
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QStandardPaths>
+#include "extract/bytesource.h"
+#include "extract/content.h"
+#include "extract/plan.h"
+#include "extract/refusal.h"
 
 namespace
 {
-constexpr int longestRun = 30 * 60 * 1000; // milliseconds
+// Members up to this size are unpacked at once, larger ones in pieces.
+constexpr std::size_t heldInMemory = std::size_t(16) * 1024 * 1024;
 
-struct Run {
-    bool ended = false;
-    int exitCode = 0;
-    QString output;
-    QString error;
+class Nowhere : public Extract::Sink
+{
+public:
+    void begin(const Extract::Member &) override {}
+    void take(const unsigned char *, std::size_t) override {}
+    void startAgain() override {}
+    void end() override {}
 };
 
-Run runUnzip(const QString &unzip, const QStringList &arguments)
+QString wordsOf(const Extract::Refusal &refusal)
 {
-    Run run;
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    // Options that somebody keeps there would change what is printed.
-    for (const char *name : {"UNZIP", "UNZIPOPT", "ZIPINFO", "ZIPINFOOPT"}) {
-        environment.remove(QLatin1String(name));
-    }
-    process.setProcessEnvironment(environment);
-    process.start(unzip, arguments);
-    process.closeWriteChannel();
-    run.ended = process.waitForFinished(longestRun) && process.exitStatus() == QProcess::NormalExit;
-    run.exitCode = process.exitCode();
-    run.output = QString::fromUtf8(process.readAllStandardOutput());
-    run.error = QString::fromUtf8(process.readAllStandardError()).simplified();
-    if (!run.ended) {
-        run.error = process.errorString();
-        process.kill();
-        (void)process.waitForFinished();
-    }
-    return run;
+    const QString member = QString::fromStdString(refusal.member());
+    const QString reason = QString::fromUtf8(refusal.what());
+    return member.isEmpty() ? reason : member + QStringLiteral(": ") + reason;
 }
 
-// 1 is a warning: everything could be read.
-bool isGood(const Run &run)
+void take(Archive &archive, const Extract::Member &member, const QString &name)
 {
-    return run.ended && run.exitCode <= 1;
+    archive.files += member.folder ? 0 : 1;
+    archive.encryptedFiles += member.folder || member.lock == Extract::Lock::None ? 0 : 1;
+    const QString top = name.section(QLatin1Char('/'), 0, 0);
+    const bool isFolder = member.folder || top.size() != name.size();
+    if (!isFolder) {
+        archive.top << top;
+    } else if (!archive.topFolders.contains(top)) {
+        archive.topFolders << top;
+        archive.top << top;
+    }
 }
 } // namespace
 
-QString findUnzip()
+Archive openArchive(const QString &file)
 {
-    const QString unzip = QStringLiteral("unzip");
-    const QString beside =
-        QStandardPaths::findExecutable(unzip, {QCoreApplication::applicationDirPath()});
-    return beside.isEmpty() ? QStandardPaths::findExecutable(unzip) : beside;
-}
-
-Archive listArchive(const QString &unzip, const QString &file)
-{
-    const Run run = runUnzip(unzip, {QStringLiteral("-Z"), QStringLiteral("-s"), file});
     Archive archive;
-    archive.opens = isGood(run);
-    if (!archive.opens) {
-        archive.error = (run.error.isEmpty() ? run.output : run.error).simplified();
-        return archive;
-    }
-    // Mode, version, system, size, kind, method, date, time, name. A capital letter in front of the
-    // kind means encrypted.
-    static const QRegularExpression entry(
-        QStringLiteral(
-            R"(^\S.*\s\d+\.\d+\s+\S+\s+\d+\s+([tTbB])\S\s+\S+\s+\S+\s+\d\d:\d\d (.+?)\r?$)"),
-        QRegularExpression::MultilineOption);
-    for (auto match = entry.globalMatch(run.output); match.hasNext();) {
-        const QRegularExpressionMatch found = match.next();
-        const QString name = found.captured(2);
-        if (!name.endsWith(QLatin1Char('/'))) {
-            archive.files << name;
-            archive.encryptedFiles += found.captured(1).at(0).isUpper() ? 1 : 0;
+    try {
+        const Extract::FileBytes bytes(file.toStdString());
+        Extract::Directory directory = Extract::readDirectory(bytes);
+        (void)Extract::planOf(directory); // for what it refuses
+        for (const Extract::Member &member : directory.members) {
+            take(archive, member, QString::fromStdString(directory.nameOf(member)));
         }
+        archive.opens = true;
+    } catch (const Extract::Refusal &refusal) {
+        archive.refusal = wordsOf(refusal);
+        archive.refused = !refusal.member().empty();
     }
     return archive;
 }
 
-QString testArchive(const QString &unzip, const QString &file, const QString &password)
+QString testArchive(const QString &file, const QString &password)
 {
-    const Run run = runUnzip(unzip, {QStringLiteral("-P"), password, QStringLiteral("-tqq"), file});
-    if (isGood(run)) {
-        return {};
-    }
-    const QString words = (run.output + QLatin1Char(' ') + run.error).simplified();
-    return words.isEmpty() ? QStringLiteral("unzip ended with %1").arg(run.exitCode) : words;
-}
-
-QStringList executablesOf(const Archive &archive, const QString &filter)
-{
-    QStringList found;
-    for (const QString &file : archive.files) {
-        if (!file.contains(QLatin1Char('/')) && QDir::match(filter, file)) {
-            found << file;
+    try {
+        const Extract::FileBytes bytes(file.toStdString());
+        Extract::Directory directory = Extract::readDirectory(bytes);
+        const Extract::Plan plan = Extract::planOf(directory);
+        Extract::ContentReader reader(bytes, {password.toStdString()}, heldInMemory);
+        Nowhere nowhere;
+        for (const std::uint32_t member : plan.files) {
+            reader.unpack(directory.members[member], nowhere);
         }
+    } catch (const Extract::Refusal &refusal) {
+        return wordsOf(refusal);
     }
-    return found;
+    return {};
 }

@@ -13,13 +13,13 @@
 build_packages=(
   cmake ninja-build g++ qtbase5-dev qtbase5-dev-tools
 )
-# What operators pack archives and look into them with, and try their world with.
+# What operators pack archives with, and try their world with.
 operator_packages=(
-  unzip zip python3
+  zip python3
 )
 # What the demo shows and drives it with.
 demo_packages=(
-  unzip zip python3 python3-pil xvfb x11-utils xdotool openbox fonts-lato
+  zip python3 python3-pil xvfb x11-utils xdotool openbox fonts-lato
   xdg-utils file procps
 )
 # What the tests and checks run.

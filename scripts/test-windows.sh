@@ -27,8 +27,7 @@ jobs=$(nproc)
 echo '== Making the tools'
 [ -f "$httplib/httplib.h" ] || packaging/windows/fetch-source.sh cpp-httplib "$httplib"
 tests/support/build-windows-zip.sh "$tools/zip.exe"
-packaging/windows/build-unzip.sh
-install -D -m 755 build/windows-unzip/unzip.exe "$tools/unzip.exe"
+packaging/windows/build-libzip.sh
 
 echo "== Configuring $build"
 cmake -S . -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64.cmake \
@@ -36,6 +35,7 @@ cmake -S . -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64.cmake \
   -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=ON -DEMBERWAKE_WARNINGS_AS_ERRORS=ON
 echo '== Building'
 cmake --build "$build" --parallel "$jobs"
+install -D -m 755 "$build/unzip.exe" "$tools/unzip.exe"
 
 echo '== Setting up a Windows'
 # In /tmp, where the copies are made: files that nobody changes can be linked then.

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Kills the real launcher at random moments, and looks what the next start makes of it.
 
-    kills.py --program LAUNCHER --base-url URL --scratch FOLDER [--kills N] [--seed N]
+    kills.py --program LAUNCHER --extractor UNZIP --base-url URL --scratch FOLDER [--kills N] [--seed N]
 
 The installation folder lives on from one kill to the next, as a player's does.
 After each kill the next start has to work, to show what lies on the disk, and to
@@ -26,6 +26,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 sys.path[:0] = [os.fspath(ROOT / folder) for folder in ("demo", "tests/e2e")]
 
+from archives import contents, unpacked
 from drive import (
     ACTION_BUTTON,
     CLOSE_BUTTON,
@@ -40,7 +41,7 @@ from drive import (
 from neighbour import Neighbour
 from platforms import Native
 from scene import exit_on_terminate, say
-from testbed import CHOICE, CLIENT, SERVER, VERSION
+from testbed import ARCHIVE, CHOICE, CLIENT, SERVER, VERSION
 
 # A faster server than the demo's, whose archive takes about a second.
 BYTES_PER_SECOND = 6_000_000
@@ -52,11 +53,13 @@ class Torture(Road):
     def __init__(self, platform: Native, base_url: str, scratch: Path, seed: int):
         super().__init__(platform, base_url, scratch / "pictures", scratch / "road")
         self.random = random.Random(seed)
+        self.whole: dict[str, tuple[int, int]] = {}
 
     def prepare(self) -> None:
         self.beside = Neighbour(self.scratch)
         self.world.stop()
         self.world.start(BYTES_PER_SECOND)
+        self.whole = contents((self.world.folder / ARCHIVE.lstrip("/")).read_bytes())
 
     def installed(self) -> Path:
         return self.installation / SERVER / CLIENT / VERSION
@@ -65,16 +68,28 @@ class Torture(Road):
         """Lets the launcher go on for a random time: the moment of the kill is the test."""
         time.sleep(self.random.uniform(0, longest))
 
-    def kill(self) -> None:
+    def kill_launcher(self) -> None:
         launcher = self.running()
         launcher.send_signal(signal.SIGKILL)
         launcher.wait()
         self.launcher = None
-        # An extractor that was at work goes on alone for as long as it takes.
+
+    def orphans(self) -> list[int]:
+        """What the launcher left behind."""
         own = {self.world.process, *self.screen.processes()}
-        for number in children():
-            if number in own:
-                continue
+        return [number for number in children() if number not in own]
+
+    def kill_with_extractor(self) -> None:
+        """As a power cut does."""
+        self.kill_launcher()
+        for number in self.orphans():
+            os.kill(number, signal.SIGKILL)
+            self.wait_for("the extractor to be gone", partial(ended, number), 30, watch=False)
+
+    def kill(self) -> None:
+        self.kill_launcher()
+        # An extractor that was at work goes on alone for as long as it takes.
+        for number in self.orphans():
             # Killed within the microseconds in which the toolkit starts another program: what was
             # to become that program waits for ever for a word of its parent. It holds nothing.
             if self.is_half_started(number):
@@ -123,6 +138,12 @@ class Torture(Road):
         self.pause(0.1)
         self.kill()
 
+    def during_extraction_at_once(self) -> None:
+        self.begin_download()
+        self.wait_for("the version's folder", self.installed().is_dir)
+        self.pause(0.1)
+        self.kill_with_extractor()
+
     def during_settings(self) -> None:
         """The close button writes settings.txt; the kill comes right behind the click."""
         self.start_launcher()
@@ -148,6 +169,7 @@ class Torture(Road):
         # whole, the file never lost the choice.
         self.check("settings.txt kept the choice", self.settings() == CHOICE)
         self.start_launcher()
+        self.check("the client is whole or not there", unpacked(self.installed()) in ({}, self.whole))
         # What lies on the disk is what the launcher shows.
         there = self.installed().is_dir()
         self.wait_for_version("green" if there else "red")
@@ -165,6 +187,8 @@ class Torture(Road):
         self.wait_for("the unpacked client", lambda: self.version_colour() == "green", 60)
         self.check("all files are those of the archive", self.same_as_archive(SERVER, CLIENT, VERSION))
         self.check("no archive is left", not self.archives())
+        left = [path.name for path in self.installed().parent.iterdir()]
+        self.check(f"nothing of the broken-off ones is left ({left})", left == [VERSION])
         self.close_by_button()
 
 
@@ -172,13 +196,14 @@ def main() -> int:
     parser = argparse.ArgumentParser(description="Kill the real launcher at random moments.")
     parser.add_argument("--program", type=Path, required=True, help="the launcher, built for the base URL")
     parser.add_argument("--base-url", required=True)
+    parser.add_argument("--extractor", type=Path, required=True, help="the built extractor")
     parser.add_argument("--scratch", type=Path, required=True, help="folder for everything; emptied first")
     parser.add_argument("--kills", type=int, default=20)
     parser.add_argument("--seed", type=int, default=int(time.time()), help="the same moments again, roughly")
     given = parser.parse_args()
 
     exit_on_terminate()
-    platform = Native(given.program)
+    platform = Native(given.program, given.extractor)
     missing = platform.missing()
     if missing:
         say(f"kills.py: missing: {', '.join(missing)}")
@@ -188,6 +213,7 @@ def main() -> int:
         torture.during_start,
         torture.during_download,
         torture.during_extraction,
+        torture.during_extraction_at_once,
         torture.during_settings,
         torture.during_choice,
     ]
