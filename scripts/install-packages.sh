@@ -11,7 +11,7 @@
 
 # What the program is built from.
 build_packages=(
-  cmake ninja-build g++ qtbase5-dev qtbase5-dev-tools
+  cmake ninja-build g++ qtbase5-dev qtbase5-dev-tools libzip-dev libdeflate-dev zlib1g-dev
 )
 # What operators pack archives with, and try their world with.
 operator_packages=(

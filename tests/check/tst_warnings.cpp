@@ -5,6 +5,7 @@
 #include "support/relation.h"
 #include "support/urlcatcher.h"
 
+#include <QFileInfo>
 #include <QImage>
 #include <QNetworkProxy>
 #include <QRandomGenerator>
