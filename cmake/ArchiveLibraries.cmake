@@ -24,5 +24,6 @@ foreach(each "LIBZIP zip.h zip" "LIBDEFLATE libdeflate.h deflate" "ZLIB_OF_ARCHI
 endforeach()
 if(WIN32)
   target_compile_definitions(archive_libraries INTERFACE ZIP_STATIC)
-  target_link_libraries(archive_libraries INTERFACE bcrypt advapi32)
+  # They are built with guards of their stack, whose library must not become one more DLL.
+  target_link_libraries(archive_libraries INTERFACE bcrypt advapi32 -l:libssp.a)
 endif()

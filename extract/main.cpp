@@ -3,7 +3,6 @@
 #ifdef _WIN32
 #include "extract/systemtext.h"
 
-#include <shellapi.h>
 #include <windows.h>
 #endif
 
