@@ -1,5 +1,6 @@
 #include "extract/content.h"
 
+#include "extract/bytesource.h"
 #include "extract/packeddata.h"
 #include "extract/refusal.h"
 
@@ -57,12 +58,12 @@ public:
     Inflater(const Inflater &) = delete;
     Inflater &operator=(const Inflater &) = delete;
 
-    void whole(const std::vector<unsigned char> &packed, std::size_t packedSize,
+    void whole(const unsigned char *packed, std::size_t packedSize,
                std::vector<unsigned char> &content, std::size_t size)
     {
         std::size_t made = 0;
-        switch (libdeflate_deflate_decompress(m_fast, packed.data(), packedSize, content.data(),
-                                              size, &made)) {
+        switch (libdeflate_deflate_decompress(m_fast, packed, packedSize, content.data(), size,
+                                              &made)) {
         case LIBDEFLATE_SUCCESS:
             break;
         case LIBDEFLATE_INSUFFICIENT_SPACE:
@@ -146,22 +147,43 @@ void ContentReader::unpackWith(const Member &member, const std::string &password
     }
 }
 
+std::pair<const unsigned char *, std::size_t> ContentReader::readWhole(const Member &member,
+                                                                       const std::string &password)
+{
+    // Of many small files every call of the system counts: where the member's own header is
+    // followed by little but the data, both come at once.
+    constexpr std::uint64_t mostAround = 1024;
+    const auto packedSize = static_cast<std::size_t>(member.packedSize);
+    const std::uint64_t span = member.end - member.header;
+    if (member.lock == Lock::None && span <= member.packedSize + mostAround) {
+        growTo(m_packed, static_cast<std::size_t>(span));
+        const std::size_t got =
+            m_archive.readAt(member.header, m_packed.data(), static_cast<std::size_t>(span));
+        const std::size_t before = lengthOfHeader(m_packed.data(), got, member);
+        if (got < span) {
+            throw Refusal("the archive ends in its data");
+        }
+        return {m_packed.data() + before, packedSize};
+    }
+    const auto data = packedData(m_archive, member, password);
+    growTo(m_packed, packedSize);
+    const std::size_t packed = data->read(m_packed.data(), packedSize);
+    data->finish();
+    return {m_packed.data(), packed};
+}
+
 void ContentReader::unpackInMemory(const Member &member, const std::string &password, Sink &sink)
 {
-    const auto data = packedData(m_archive, member, password);
-    growTo(m_packed, static_cast<std::size_t>(member.packedSize));
-    const std::size_t packed =
-        data->read(m_packed.data(), static_cast<std::size_t>(member.packedSize));
-    data->finish();
+    const auto [packed, length] = readWhole(member, password);
     const auto size = static_cast<std::size_t>(member.size);
-    const unsigned char *content = m_packed.data();
+    const unsigned char *content = packed;
     if (member.method == stored) {
-        if (packed != size) {
-            throw Refusal(packed > size ? more : less);
+        if (length != size) {
+            throw Refusal(length > size ? more : less);
         }
-    } else if (size > 0 || packed > 0) {
+    } else if (size > 0 || length > 0) {
         growTo(m_content, std::max<std::size_t>(size, 1));
-        m_inflater->whole(m_packed, packed, m_content, size);
+        m_inflater->whole(packed, length, m_content, size);
         content = m_content.data();
     }
     compareSums(member, libdeflate_crc32(0, content, size));

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Extract
@@ -46,6 +47,9 @@ private:
     class Inflater;
 
     void unpackWith(const Member &member, const std::string &password, Sink &sink);
+    // Returns where the packed bytes lie in the buffer, and how many they are.
+    std::pair<const unsigned char *, std::size_t> readWhole(const Member &member,
+                                                            const std::string &password);
     void unpackInMemory(const Member &member, const std::string &password, Sink &sink);
     void unpackInPieces(const Member &member, const std::string &password, Sink &sink);
 

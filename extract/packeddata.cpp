@@ -43,25 +43,25 @@ private:
 };
 } // namespace
 
-std::uint64_t placeOfData(const ByteSource &archive, const Member &member)
+std::size_t lengthOfHeader(const unsigned char *header, std::size_t bytes, const Member &member)
 {
-    std::array<unsigned char, headerSize> header{};
-    if (archive.readAt(member.header, header.data(), headerSize) < headerSize ||
-        number32(header.data()) != headerMark) {
+    if (bytes < headerSize || number32(header) != headerMark) {
         throw Refusal("it is not where the directory says");
     }
-    const std::uint64_t place =
-        member.header + headerSize + number16(header.data() + 26) + number16(header.data() + 28);
-    if (place > member.end || member.packedSize > member.end - place) {
+    const std::size_t length = headerSize + number16(header + 26) + number16(header + 28);
+    const std::uint64_t span = member.end - member.header;
+    if (length > span || member.packedSize > span - length) {
         throw Refusal("its data and another member's overlap");
     }
-    return place;
+    return length;
 }
 
 std::unique_ptr<PackedData> packedData(const ByteSource &archive, const Member &member,
                                        const std::string &password)
 {
-    const std::uint64_t place = placeOfData(archive, member);
+    std::array<unsigned char, headerSize> header{};
+    const std::size_t read = archive.readAt(member.header, header.data(), headerSize);
+    const std::uint64_t place = member.header + lengthOfHeader(header.data(), read, member);
     if (member.lock != Lock::None) {
         return decryptedData(archive, member, place, password);
     }

@@ -26,8 +26,9 @@ public:
     virtual void finish() {}
 };
 
-// Where the data of a member begins, by its own header.
-std::uint64_t placeOfData(const ByteSource &archive, const Member &member);
+// How long the member's own header is, of which so many bytes could be read. Throws a Refusal where
+// it is none, or leaves no room for the data.
+std::size_t lengthOfHeader(const unsigned char *header, std::size_t bytes, const Member &member);
 
 // Throws WrongPassword where that can be told at once.
 class WrongPassword

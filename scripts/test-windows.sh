@@ -35,7 +35,6 @@ cmake -S . -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64.cmake \
   -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=ON -DEMBERWAKE_WARNINGS_AS_ERRORS=ON
 echo '== Building'
 cmake --build "$build" --parallel "$jobs"
-install -D -m 755 "$build/unzip.exe" "$tools/unzip.exe"
 
 echo '== Setting up a Windows'
 # In /tmp, where the copies are made: files that nobody changes can be linked then.
