@@ -9,10 +9,11 @@
 #include "install/executables.h"
 
 #include <QBuffer>
+#include <QFile>
 #include <QHash>
 #include <QImage>
 #include <QSet>
-#include <QTemporaryFile>
+#include <QTemporaryDir>
 
 #include <utility>
 
@@ -117,8 +118,11 @@ private:
     FetchedArchive fetchArchive(const QUrl &url)
     {
         FetchedArchive result;
-        QTemporaryFile file;
-        if (!file.open()) {
+        // In a folder of its own: a temporary file of the toolkit's stays open, and on Windows the
+        // extractor's code reads nothing that somebody may still write to.
+        const QTemporaryDir folder;
+        QFile file(folder.filePath(QStringLiteral("archive.zip")));
+        if (!file.open(QIODevice::WriteOnly)) {
             result.fetched.error = QStringLiteral("it cannot be kept: ") + file.errorString();
             return result;
         }
