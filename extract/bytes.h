@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 // The numbers of an archive: little-endian, at any address.
 namespace Extract
@@ -20,6 +21,11 @@ inline std::uint32_t number32(const unsigned char *bytes)
 inline std::uint64_t number64(const unsigned char *bytes)
 {
     return number32(bytes) | static_cast<std::uint64_t>(number32(bytes + 4)) << 32;
+}
+
+inline std::string_view textOf(const unsigned char *bytes, std::size_t length)
+{
+    return {static_cast<const char *>(static_cast<const void *>(bytes)), length};
 }
 
 inline void appendNumber(std::string &out, std::uint64_t number, int bytes)

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <zip.h>
 
 namespace Extract
@@ -168,7 +167,7 @@ private:
         const std::string &part = before ? m_before : m_behind;
         const auto from = static_cast<std::size_t>(before ? m_at : m_at - directory);
         const std::size_t there = std::min(bytes, part.size() - from);
-        std::memcpy(buffer, part.data() + from, there);
+        std::copy_n(part.data() + from, there, buffer);
         return there;
     }
 

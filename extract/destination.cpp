@@ -49,8 +49,8 @@ void Destination::take(const std::string &name)
 void Destination::checkFit(const std::string &from, const std::string &to) const
 {
     for (const std::string &each : m_around->namesIn(from)) {
-        const std::string source = from + '/' + each;
-        const std::string target = to + '/' + each;
+        const std::string source = inFolder(from, each);
+        const std::string target = inFolder(to, each);
         const bool folder = m_around->kindOf(source) == Kind::Folder;
         const Kind there = m_around->kindOf(target);
         if (there == Kind::Nothing) {
@@ -68,8 +68,8 @@ void Destination::checkFit(const std::string &from, const std::string &to) const
 void Destination::merge(const std::string &from, const std::string &to) const
 {
     for (const std::string &each : m_around->namesIn(from)) {
-        const std::string source = from + '/' + each;
-        const std::string target = to + '/' + each;
+        const std::string source = inFolder(from, each);
+        const std::string target = inFolder(to, each);
         if (m_around->kindOf(target) == Kind::Folder) {
             merge(source, target);
         } else if (!m_around->move(source, target)) {

@@ -126,7 +126,7 @@ private:
 
     void addMember(const unsigned char *entry, std::size_t nameLength, std::size_t extraLength)
     {
-        const std::string_view bytes(reinterpret_cast<const char *>(entry) + entrySize, nameLength);
+        const std::string_view bytes = textOf(entry + entrySize, nameLength);
         constexpr std::uint32_t elsewhere = 0xFFFFFFFF;
         ExtraContext context;
         context.size = number32(entry + 24) == elsewhere;

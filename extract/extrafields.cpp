@@ -57,7 +57,7 @@ void readUnicodeName(const unsigned char *bytes, std::size_t length, std::string
     // Programs that do not know this field rename the member and leave the field as it was.
     if (length > before && bytes[0] == 1 &&
         number32(bytes + 1) == libdeflate_crc32(0, name.data(), name.size())) {
-        std::string text(reinterpret_cast<const char *>(bytes) + before, length - before);
+        std::string text(textOf(bytes + before, length - before));
         if (fromUtf8(text)) {
             fields.utf8Name = std::move(text);
         }

@@ -4,6 +4,14 @@
 
 namespace Extract
 {
+std::string inFolder(const std::string &folder, const std::string &name)
+{
+    std::string path = folder;
+    path += '/';
+    path += name;
+    return path;
+}
+
 // What is the same on every system: the rest stands in a file for each.
 void Folder::removeTree(const std::string &name) const
 {
@@ -12,7 +20,7 @@ void Folder::removeTree(const std::string &name) const
         return;
     }
     for (const std::string &each : namesIn(name)) {
-        removeTree(name + '/' + each);
+        removeTree(inFolder(name, each));
     }
     (void)removeEmptyFolder(name);
 }

@@ -32,6 +32,8 @@ private:
     std::intptr_t m_file;
 };
 
+std::string inFolder(const std::string &folder, const std::string &name);
+
 // A folder and what lies below it. Names are relative to it, with "/" between their parts; links
 // are followed on the way to the folder, and none below it is.
 class Folder

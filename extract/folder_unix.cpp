@@ -5,12 +5,12 @@
 #include "extract/systemtext.h"
 
 #include <cerrno>
-#include <climits>
-#include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace Extract
@@ -113,6 +113,7 @@ std::vector<std::string> Folder::namesIn(const std::string &name) const
     if (list == nullptr) {
         return names;
     }
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): of a list that no other thread reads it is safe
     while (const dirent *entry = readdir(list)) {
         const std::string each = entry->d_name;
         if (each != "." && each != "..") {
@@ -194,12 +195,11 @@ Place placeOf(const std::string &path)
     std::size_t slash = whole.rfind('/');
     const std::string last = slash == std::string::npos ? whole : whole.substr(slash + 1);
     if (last == "." || last == "..") {
-        char *resolved = realpath(whole.c_str(), nullptr);
-        if (resolved == nullptr) {
-            throw NotWritten(path + " cannot be found: " + lastError());
+        std::error_code error;
+        whole = std::filesystem::canonical(whole, error).string();
+        if (error) {
+            throw NotWritten(path + " cannot be found: " + error.message());
         }
-        whole = resolved;
-        std::free(resolved);
         slash = whole.rfind('/');
     }
     if (slash == std::string::npos) {
