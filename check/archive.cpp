@@ -45,7 +45,6 @@ Archive openArchive(const QString &file)
 
 QString testArchive(const QString &file, const QString &password)
 {
-    const Extract::Verdict verdict =
-        Extract::verified(file.toStdString(), password.toStdString());
+    const Extract::Verdict verdict = Extract::verified(file.toStdString(), password.toStdString());
     return verdict.accepted ? QString() : wordsOf(verdict);
 }

@@ -202,8 +202,7 @@ private:
 
     void checkPrograms(const ClientEntry &entry, const QString &named, const Archive &archive)
     {
-        PlayersView::Started started{
-            entry.info.server, entry.info.client, entry.info.version, {}};
+        PlayersView::Started started{entry.info.server, entry.info.client, entry.info.version, {}};
         const QStringList filters = Executables::filters(entry.info.client);
         for (const QString &filter : filters) {
             QString first = Executables::firstOf(archive.top, filter);

@@ -92,8 +92,8 @@ void writeStarted(QTextStream &out, const PlayersView &view)
         programs.replaceInStrings(QRegularExpression(QStringLiteral("^$")),
                                   QStringLiteral("(nothing)"));
         out << "    " << printable(started.server) << "  " << printable(started.client) << ' '
-            << printable(started.version) << ": "
-            << printable(programs.join(QStringLiteral(", "))) << '\n';
+            << printable(started.version) << ": " << printable(programs.join(QStringLiteral(", ")))
+            << '\n';
     }
 }
 

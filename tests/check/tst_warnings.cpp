@@ -793,7 +793,8 @@ void TestWarnings::archiveWithoutExecutable()
     stage.window->on_btnPlay_clicked();
     const QUrl opened = catcher.opened.value(0);
     // Closing the question asks for the last one.
-    QCOMPARE(stage.started.constFirst().programs.constLast(), warned ? QString() : opened.fileName());
+    QCOMPARE(stage.started.constFirst().programs.constLast(),
+             warned ? QString() : opened.fileName());
     QVERIFY(warned != QFileInfo(opened.toLocalFile()).isFile());
 }
 

@@ -28,10 +28,10 @@ void TestExecutables::executables()
 void TestExecutables::firstInTheOrderOfTheFolder()
 {
     const ScratchFolder folder;
-    const QStringList names{
-        QStringLiteral("b.exe"),     QStringLiteral("A_gl.EXE"),       QStringLiteral("_a.exe"),
-        QStringLiteral("Zz_gl.exe"), QStringLiteral("\u00C4_dx.exe"), QStringLiteral("a.exe.txt"),
-        QStringLiteral("readme")};
+    const QStringList names{QStringLiteral("b.exe"),         QStringLiteral("A_gl.EXE"),
+                            QStringLiteral("_a.exe"),        QStringLiteral("Zz_gl.exe"),
+                            QStringLiteral("\u00C4_dx.exe"), QStringLiteral("a.exe.txt"),
+                            QStringLiteral("readme")};
     for (const QString &name : names) {
         ScratchFolder::write(name, "x");
     }

@@ -21,7 +21,8 @@ namespace
 {
 using Texts::text;
 
-template <typename Rows> void forEachExtractor(const Rows &rows)
+template<typename Rows>
+void forEachExtractor(const Rows &rows)
 {
     rows(Archives::Extractor::Ours, "ours");
 #ifndef Q_OS_WIN

@@ -12,7 +12,8 @@ QByteArray zip(const QMap<QString, QByteArray> &files, const QString &password =
 
 enum class Extractor {
     Ours,
-    // Another implementation behind the same call, which leaves what it could unpack. Not on Windows.
+    // Another implementation behind the same call, which leaves what it could unpack. Not on
+    // Windows.
     OfTheDistribution,
 };
 
