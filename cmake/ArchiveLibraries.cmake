@@ -16,8 +16,9 @@ foreach(each "LIBZIP zip.h zip" "LIBDEFLATE libdeflate.h deflate" "ZLIB_OF_ARCHI
   if(NOT ${variable}_INCLUDE OR NOT ${variable}_LIBRARY)
     message(FATAL_ERROR
       "The extractor needs ${header} and its library, and they are not to be found. On Debian: "
-      "apt install libzip-dev libdeflate-dev zlib1g-dev. For Windows: a prefix with static libzip, "
-      "libdeflate and zlib in CMAKE_FIND_ROOT_PATH.")
+      "apt install libzip-dev libdeflate-dev zlib1g-dev. For Windows: "
+      "packaging/windows/build-libzip.sh builds them. Without them the launcher alone can be built: "
+      "-DEMBERWAKE_EXTRACTOR=OFF")
   endif()
   target_include_directories(archive_libraries SYSTEM INTERFACE ${${variable}_INCLUDE})
   target_link_libraries(archive_libraries INTERFACE ${${variable}_LIBRARY})
