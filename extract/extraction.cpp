@@ -80,8 +80,8 @@ void setTimesOfFolders(const Directory &directory, const Folder &folder)
 void unpackInto(const Folder &folder, const ByteSource &archive, const Directory &directory,
                 const Plan &plan, const std::string &password)
 {
-    for (const std::string &each : plan.folders) {
-        (void)folder.make(each);
+    for (const FolderName &each : plan.folders) {
+        (void)folder.make(directory.names.substr(each.at, each.length));
     }
     unpackFiles(archive, directory, plan, password,
                 [&] { return std::make_unique<FileSink>(directory, folder); });

@@ -121,9 +121,10 @@ void compareNeighbours(const SortedNames &names, std::uint32_t before, std::uint
     }
 }
 
-std::vector<std::string> foldersOf(const SortedNames &names)
+std::vector<FolderName> foldersOf(const Directory &directory)
 {
-    std::vector<std::string> folders;
+    const SortedNames names(directory);
+    std::vector<FolderName> folders;
     const std::uint32_t *before = nullptr;
     for (const std::uint32_t &now : names.order()) {
         const std::size_t common =
@@ -134,7 +135,8 @@ std::vector<std::string> foldersOf(const SortedNames &names)
         const std::string_view name = names.nameOf(now);
         const std::size_t parts = partsOf(name) - (names.isFolder(now) ? 0 : 1);
         for (std::size_t part = common; part < parts; ++part) {
-            folders.emplace_back(beginning(name, part + 1));
+            folders.push_back({directory.members[now].nameAt,
+                               static_cast<std::uint32_t>(beginning(name, part + 1).size())});
         }
         before = &now;
     }
@@ -177,7 +179,7 @@ Plan planOf(Directory &directory)
         throw Refusal("has no members");
     }
     Plan plan;
-    plan.folders = foldersOf(SortedNames(directory));
+    plan.folders = foldersOf(directory);
     std::vector<std::uint32_t> byPlace(directory.members.size());
     std::iota(byPlace.begin(), byPlace.end(), 0U);
     std::stable_sort(byPlace.begin(), byPlace.end(), [&](std::uint32_t one, std::uint32_t other) {

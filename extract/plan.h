@@ -3,15 +3,20 @@
 #include "extract/directory.h"
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 namespace Extract
 {
+// A folder is the beginning of some member's name, and lies among the names.
+struct FolderName {
+    std::uint32_t at;
+    std::uint32_t length;
+};
+
 // What is to be done for a whole archive, once nothing speaks against it.
 struct Plan {
     // Every folder that is needed, the outer ones first.
-    std::vector<std::string> folders;
+    std::vector<FolderName> folders;
     // Members that are files, in the order in which their data lies in the archive.
     std::vector<std::uint32_t> files;
     // Room on the disk.

@@ -106,6 +106,7 @@ private slots:
     void ofAnotherPacker_data();
     void ofAnotherPacker();
     void damagedAuthenticationCode();
+    void damagedCodeOfALargeMember();
     void modificationTimes_data();
     void modificationTimes();
     void timesOfFolders();
@@ -247,6 +248,20 @@ void TestUnzipContents::damagedAuthenticationCode()
         damaged += ended.error.contains("authentication code") ? 1 : 0;
     }
     QCOMPARE(damaged, 27);
+}
+
+// Inflating ends before the code is read: it is asked for all the same.
+void TestUnzipContents::damagedCodeOfALargeMember()
+{
+    QByteArray bytes = ScratchFolder::read(text(":/archives/aeslarge.zip"));
+    const ScratchFolder scratch;
+    QCOMPARE(unpack(bytes, target, text("sesame")).error, QByteArray());
+    QCOMPARE(QFileInfo(target + text("/large.txt")).size(), qint64(40 << 20));
+    const int last = bytes.indexOf("PK\1\2") - 1;
+    bytes[last] = static_cast<char>(bytes[last] ^ 1);
+    const Ended ended = unpack(bytes, text("other"), text("sesame"));
+    QCOMPARE(ended.code, 1);
+    QVERIFY2(ended.error.contains("authentication code"), ended.error.constData());
 }
 
 void TestUnzipContents::modificationTimes_data()

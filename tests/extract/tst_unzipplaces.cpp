@@ -186,7 +186,9 @@ void TestUnzipPlaces::roomOnTheDisk()
     const int header = small.indexOf("PK\1\2");
     const quint64 at = static_cast<quint64>(header) + size;
     const QByteArray directory = small.mid(header, small.size() - header - 22);
-    file.write(small.left(header));
+    // Nothing stands where the member is said to be, lest a disk is filled where this is not
+    // noticed.
+    file.write(QByteArray(header, '\0'));
     if (!file.seek(static_cast<qint64>(at))) {
         QSKIP("no file can be that large here");
     }
