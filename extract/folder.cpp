@@ -13,16 +13,16 @@ std::string inFolder(const std::string &folder, const std::string &name)
 }
 
 // What is the same on every system: the rest stands in a file for each.
-void Folder::removeTree(const std::string &name) const
+void Folder::removeTree(const std::string &tree) const
 {
-    if (kindOf(name) != Kind::Folder) {
-        (void)removeFile(name);
+    if (kindOf(tree) != Kind::Folder) {
+        (void)removeFile(tree);
         return;
     }
-    for (const std::string &each : namesIn(name)) {
-        removeTree(inFolder(name, each));
+    for (const std::string &each : namesIn(tree)) {
+        removeTree(inFolder(tree, each));
     }
-    (void)removeEmptyFolder(name);
+    (void)removeEmptyFolder(tree);
 }
 
 std::vector<std::string> makePath(const std::string &path)

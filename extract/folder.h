@@ -55,7 +55,7 @@ public:
     bool move(const std::string &from, const std::string &to) const;
     bool removeFile(const std::string &name) const;
     bool removeEmptyFolder(const std::string &name) const;
-    void removeTree(const std::string &name) const;
+    void removeTree(const std::string &tree) const;
     // Nothing where the disk does not tell.
     std::optional<std::uint64_t> freeBytes() const;
     // Whole path of what lies in the folder.
