@@ -1,104 +1,50 @@
 #include "check/archive.h"
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QStandardPaths>
+#include "extract/verdict.h"
 
 namespace
 {
-constexpr int longestRun = 30 * 60 * 1000; // milliseconds
-
-struct Run {
-    bool ended = false;
-    int exitCode = 0;
-    QString output;
-    QString error;
-};
-
-Run runUnzip(const QString &unzip, const QStringList &arguments)
+QString wordsOf(const Extract::Verdict &verdict)
 {
-    Run run;
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    // Options that somebody keeps there would change what is printed.
-    for (const char *name : {"UNZIP", "UNZIPOPT", "ZIPINFO", "ZIPINFOOPT"}) {
-        environment.remove(QLatin1String(name));
-    }
-    process.setProcessEnvironment(environment);
-    process.start(unzip, arguments);
-    process.closeWriteChannel();
-    run.ended = process.waitForFinished(longestRun) && process.exitStatus() == QProcess::NormalExit;
-    run.exitCode = process.exitCode();
-    run.output = QString::fromUtf8(process.readAllStandardOutput());
-    run.error = QString::fromUtf8(process.readAllStandardError()).simplified();
-    if (!run.ended) {
-        run.error = process.errorString();
-        process.kill();
-        (void)process.waitForFinished();
-    }
-    return run;
+    const QString member = QString::fromStdString(verdict.member);
+    const QString reason = QString::fromStdString(verdict.reason);
+    return member.isEmpty() ? reason : member + QStringLiteral(": ") + reason;
 }
 
-// 1 is a warning: everything could be read.
-bool isGood(const Run &run)
+void take(Archive &archive, const Extract::JudgedMember &member)
 {
-    return run.ended && run.exitCode <= 1;
+    const QString name = QString::fromStdString(member.name);
+    archive.files += member.folder ? 0 : 1;
+    archive.encryptedFiles += !member.folder && member.encrypted ? 1 : 0;
+    const QString top = name.section(QLatin1Char('/'), 0, 0);
+    const bool isFolder = member.folder || top.size() != name.size();
+    if (!isFolder) {
+        archive.top << top;
+    } else if (!archive.topFolders.contains(top)) {
+        archive.topFolders << top;
+        archive.top << top;
+    }
 }
 } // namespace
 
-QString findUnzip()
+Archive openArchive(const QString &file)
 {
-    const QString unzip = QStringLiteral("unzip");
-    const QString beside =
-        QStandardPaths::findExecutable(unzip, {QCoreApplication::applicationDirPath()});
-    return beside.isEmpty() ? QStandardPaths::findExecutable(unzip) : beside;
-}
-
-Archive listArchive(const QString &unzip, const QString &file)
-{
-    const Run run = runUnzip(unzip, {QStringLiteral("-Z"), QStringLiteral("-s"), file});
+    const Extract::Verdict verdict = Extract::judged(file.toStdString());
     Archive archive;
-    archive.opens = isGood(run);
-    if (!archive.opens) {
-        archive.error = (run.error.isEmpty() ? run.output : run.error).simplified();
-        return archive;
-    }
-    // Mode, version, system, size, kind, method, date, time, name. A capital letter in front of the
-    // kind means encrypted.
-    static const QRegularExpression entry(
-        QStringLiteral(
-            R"(^\S.*\s\d+\.\d+\s+\S+\s+\d+\s+([tTbB])\S\s+\S+\s+\S+\s+\d\d:\d\d (.+?)\r?$)"),
-        QRegularExpression::MultilineOption);
-    for (auto match = entry.globalMatch(run.output); match.hasNext();) {
-        const QRegularExpressionMatch found = match.next();
-        const QString name = found.captured(2);
-        if (!name.endsWith(QLatin1Char('/'))) {
-            archive.files << name;
-            archive.encryptedFiles += found.captured(1).at(0).isUpper() ? 1 : 0;
+    archive.opens = verdict.accepted;
+    if (archive.opens) {
+        for (const Extract::JudgedMember &member : verdict.members) {
+            take(archive, member);
         }
+    } else {
+        archive.refusal = wordsOf(verdict);
+        archive.refused = !verdict.member.empty();
     }
     return archive;
 }
 
-QString testArchive(const QString &unzip, const QString &file, const QString &password)
+QString testArchive(const QString &file, const QString &password)
 {
-    const Run run = runUnzip(unzip, {QStringLiteral("-P"), password, QStringLiteral("-tqq"), file});
-    if (isGood(run)) {
-        return {};
-    }
-    const QString words = (run.output + QLatin1Char(' ') + run.error).simplified();
-    return words.isEmpty() ? QStringLiteral("unzip ended with %1").arg(run.exitCode) : words;
-}
-
-QStringList executablesOf(const Archive &archive, const QString &filter)
-{
-    QStringList found;
-    for (const QString &file : archive.files) {
-        if (!file.contains(QLatin1Char('/')) && QDir::match(filter, file)) {
-            found << file;
-        }
-    }
-    return found;
+    const Extract::Verdict verdict = Extract::verified(file.toStdString(), password.toStdString());
+    return verdict.accepted ? QString() : wordsOf(verdict);
 }

@@ -1,25 +1,22 @@
 #pragma once
 
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
-// A client archive as unzip sees it: the program that the launcher unpacks with.
+// A client archive as the extractor sees it: by the extractor's own code.
 struct Archive {
     bool opens = false;
-    QString error; // unzip's words when it does not
-    QStringList files;
+    QString refusal;      // the extractor's words when it does not open
+    bool refused = false; // because of a member; otherwise it is no archive
+    int files = 0;
     int encryptedFiles = 0;
+    QStringList top; // what will lie in the version's folder itself
+    QSet<QString> topFolders;
 };
 
-// The unzip program of this machine; empty when there is none.
-QString findUnzip();
+Archive openArchive(const QString &file);
 
-Archive listArchive(const QString &unzip, const QString &file);
-
-// Unpacks the archive to nowhere with this password (or none). Returns unzip's words when a file in
-// it is damaged or was locked with another password, otherwise an empty text.
-QString testArchive(const QString &unzip, const QString &file, const QString &password);
-
-// The names of the files that lie at the top of the archive and match the filter, which is how Play
-// looks for them.
-QStringList executablesOf(const Archive &archive, const QString &filter);
+// Unpacks the archive to nowhere with this password (or none). Returns the extractor's words when a
+// file in it is damaged or was locked with another password, otherwise an empty text.
+QString testArchive(const QString &file, const QString &password);

@@ -9,10 +9,11 @@
 #include "install/executables.h"
 
 #include <QBuffer>
+#include <QFile>
 #include <QHash>
 #include <QImage>
 #include <QSet>
-#include <QTemporaryFile>
+#include <QTemporaryDir>
 
 #include <utility>
 
@@ -33,17 +34,16 @@ public:
         , m_base(std::move(base))
         , m_code(std::move(code))
         , m_fetcher(fetcher)
-        , m_unzip(findUnzip())
     {
     }
 
-    Findings all()
+    DeepResult all()
     {
         checkLogos();
         checkPictures(m_content.slides, DocumentLimits::slides);
         checkPictures(m_content.tiles, DocumentLimits::tiles);
         checkArchives();
-        return m_findings;
+        return {m_findings, m_started};
     }
 
 private:
@@ -118,18 +118,21 @@ private:
     FetchedArchive fetchArchive(const QUrl &url)
     {
         FetchedArchive result;
-        QTemporaryFile file;
-        if (!file.open()) {
+        // In a folder of its own: a temporary file of the toolkit's stays open, and on Windows the
+        // extractor's code reads nothing that somebody may still write to.
+        const QTemporaryDir folder;
+        QFile file(folder.filePath(QStringLiteral("archive.zip")));
+        if (!file.open(QIODevice::WriteOnly)) {
             result.fetched.error = QStringLiteral("it cannot be kept: ") + file.errorString();
             return result;
         }
         result.fetched = m_fetcher.fetch(url, file, Fetcher::archives);
         file.close();
-        if (result.fetched.arrived && !m_unzip.isEmpty()) {
-            result.archive = listArchive(m_unzip, file.fileName());
+        if (result.fetched.arrived) {
+            result.archive = openArchive(file.fileName());
             const bool locked = result.archive.encryptedFiles > 0;
             if (result.archive.opens && (!locked || !m_code.isEmpty())) {
-                result.damage = testArchive(m_unzip, file.fileName(), locked ? m_code : QString());
+                result.damage = testArchive(file.fileName(), locked ? m_code : QString());
             }
         }
         return result;
@@ -151,21 +154,20 @@ private:
                 QStringLiteral("let the server send Content-Length, without compression on the "
                                "way"));
         }
-        if (m_unzip.isEmpty()) {
-            m_findings << warningAt(
-                entry.place, "archive-not-checked",
-                named + QStringLiteral(" was fetched but not opened: there is no unzip here"),
-                QStringLiteral("install unzip, or put it beside this program"));
-            return;
-        }
-        if (!known.archive.opens) {
+        if (known.archive.opens) {
+            checkContent(entry, named, known);
+            checkPrograms(entry, named, known.archive);
+        } else if (known.archive.refused) {
+            m_findings << errorAt(entry.place, "archive-refused",
+                                  named + QStringLiteral(" is refused by the extractor: ") +
+                                      known.archive.refusal,
+                                  QStringLiteral("pack it without that"));
+        } else {
             m_findings << errorAt(entry.place, "archive-broken",
                                   named + QStringLiteral(" cannot be opened: ") +
-                                      known.archive.error,
+                                      known.archive.refusal,
                                   QStringLiteral("publish a zip archive"));
-            return;
         }
-        checkContent(entry, named, known);
     }
 
     void checkContent(const ClientEntry &entry, const QString &named, const FetchedArchive &known)
@@ -178,7 +180,7 @@ private:
                 named + QStringLiteral(" is locked, and the entry has no auth: the launcher hands "
                                        "the extractor no password"),
                 QStringLiteral("publish it without a password, or give the entry its auth"));
-        } else if (entry.hasAuth && archive.encryptedFiles < archive.files.size()) {
+        } else if (entry.hasAuth && archive.encryptedFiles < archive.files) {
             m_findings << warningAt(
                 entry.place, "archive-open",
                 named + QStringLiteral(" is not locked, though the entry has auth: whoever knows "
@@ -196,24 +198,40 @@ private:
                                   locked ? QStringLiteral("lock it with the code whose sum auth is")
                                          : QStringLiteral("pack and upload it again"));
         }
+    }
+
+    void checkPrograms(const ClientEntry &entry, const QString &named, const Archive &archive)
+    {
+        PlayersView::Started started{entry.info.server, entry.info.client, entry.info.version, {}};
         const QStringList filters = Executables::filters(entry.info.client);
         for (const QString &filter : filters) {
-            if (executablesOf(archive, filter).isEmpty()) {
+            QString first = Executables::firstOf(archive.top, filter);
+            if (first.isEmpty()) {
                 m_findings << errorAt(
                     entry.place, "archive-without-executable",
                     QStringLiteral("at the top of %1 there is no %2: Play starts nothing")
                         .arg(named, filter),
                     QStringLiteral("pack the program itself, not a folder around it"));
+            } else if (archive.topFolders.contains(first)) {
+                m_findings << errorAt(
+                    entry.place, "archive-without-executable",
+                    QStringLiteral("the first %1 at the top of %2 is the folder %3: Play opens "
+                                   "that")
+                        .arg(filter, named, first),
+                    QStringLiteral("give the folder another name"));
+                first.clear();
             }
+            started.programs << first;
         }
+        m_started << started;
     }
 
     const DocumentContent &m_content;
     const QString m_base;
     const QString m_code;
     Fetcher &m_fetcher;
-    const QString m_unzip;
     Findings m_findings;
+    QVector<PlayersView::Started> m_started;
 };
 } // namespace
 
@@ -241,8 +259,8 @@ Findings findingsOfFetch(const Fetched &fetched, const Place &place, const QStri
     return {};
 }
 
-Findings deepFindingsOf(const DocumentContent &content, const QString &base, const QString &code,
-                        Fetcher &fetcher)
+DeepResult checkDeeply(const DocumentContent &content, const QString &base, const QString &code,
+                       Fetcher &fetcher)
 {
     return DeepCheck(content, base, code, fetcher).all();
 }

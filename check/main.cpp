@@ -110,11 +110,13 @@ int main(int argc, char *argv[])
 
     const DocumentContent content = readContent(*body, line.code);
     findings << findingsOf(content, previous ? &*previous : nullptr);
+    PlayersView view = playersViewOf(content);
     if (line.deep) {
-        findings << deepFindingsOf(content, base, line.code, fetcher);
+        const DeepResult deep = checkDeeply(content, base, line.code, fetcher);
+        findings << deep.findings;
+        view.started = deep.started;
     }
     findings = sortedByPlace(findings);
-    const PlayersView view = playersViewOf(content);
     Console::out(line.json ? QString::fromUtf8(jsonOutput(view, findings))
                            : textOutput(line.document, view, findings));
     return exitCodeOf(findings);

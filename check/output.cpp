@@ -5,6 +5,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QTextStream>
 
 #include <algorithm>
@@ -81,6 +82,21 @@ void writePlayersView(QTextStream &out, const PlayersView &view)
     }
 }
 
+void writeStarted(QTextStream &out, const PlayersView &view)
+{
+    if (!view.started.isEmpty()) {
+        out << "  Play starts:\n";
+    }
+    for (const PlayersView::Started &started : view.started) {
+        QStringList programs = started.programs;
+        programs.replaceInStrings(QRegularExpression(QStringLiteral("^$")),
+                                  QStringLiteral("(nothing)"));
+        out << "    " << printable(started.server) << "  " << printable(started.client) << ' '
+            << printable(started.version) << ": " << printable(programs.join(QStringLiteral(", ")))
+            << '\n';
+    }
+}
+
 QString counted(qsizetype count, const char *thing)
 {
     return QStringLiteral("%1 %2%3").arg(count).arg(QLatin1String(thing),
@@ -111,6 +127,19 @@ QJsonObject serverObject(const PlayersView::Column &column)
     return {{QStringLiteral("server"), column.server}, {QStringLiteral("buttons"), buttons}};
 }
 
+QJsonArray startedArray(const PlayersView &view)
+{
+    QJsonArray starts;
+    for (const PlayersView::Started &started : view.started) {
+        starts << QJsonObject{
+            {QStringLiteral("server"), started.server},
+            {QStringLiteral("client"), started.client},
+            {QStringLiteral("version"), started.version},
+            {QStringLiteral("programs"), QJsonArray::fromStringList(started.programs)}};
+    }
+    return starts;
+}
+
 QJsonObject playersObject(const PlayersView &view)
 {
     QJsonArray servers;
@@ -133,12 +162,16 @@ QJsonObject playersObject(const PlayersView &view)
         object.insert(QStringLiteral("place"), tilePlace(tile.index));
         tiles << object;
     }
-    return {{QStringLiteral("connected"), view.connected},
-            {QStringLiteral("outdated"), view.outdated},
-            {QStringLiteral("servers"), servers},
-            {QStringLiteral("hidden"), hidden},
-            {QStringLiteral("slides"), slides},
-            {QStringLiteral("tiles"), tiles}};
+    QJsonObject players{{QStringLiteral("connected"), view.connected},
+                        {QStringLiteral("outdated"), view.outdated},
+                        {QStringLiteral("servers"), servers},
+                        {QStringLiteral("hidden"), hidden},
+                        {QStringLiteral("slides"), slides},
+                        {QStringLiteral("tiles"), tiles}};
+    if (!view.started.isEmpty()) {
+        players.insert(QStringLiteral("starts"), startedArray(view));
+    }
+    return players;
 }
 } // namespace
 
@@ -147,6 +180,7 @@ QString textOutput(const QString &source, const PlayersView &view, const Finding
     QString text;
     QTextStream out(&text);
     writePlayersView(out, view);
+    writeStarted(out, view);
     out << '\n';
     for (const Finding &finding : findings) {
         out << source << ':' << finding.line << ':' << finding.column << ": "

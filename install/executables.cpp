@@ -1,5 +1,7 @@
 #include "install/executables.h"
 
+#include <QDir>
+
 bool Executables::askForEngine(const QString &client)
 {
     return client == QLatin1String("Beta");
@@ -18,6 +20,17 @@ QString Executables::directX()
 QString Executables::openGl()
 {
     return QStringLiteral("*_gl.exe");
+}
+
+QString Executables::firstOf(const QStringList &names, const QString &filter)
+{
+    QString first;
+    for (const QString &name : names) {
+        if (QDir::match(filter, name) && (first.isEmpty() || name.toLower() < first.toLower())) {
+            first = name;
+        }
+    }
+    return first;
 }
 
 QStringList Executables::filters(const QString &client)

@@ -6,7 +6,7 @@
 #
 #   --quick       smaller sizes and fewer rounds, for whoever works on a row
 #   --only ROW    just this row: start, own-pictures, choice, document, versions, download, slow-disk,
-#                 install, responsiveness, rescale, pictures, hover, idle, size
+#                 install, unpack, responsiveness, rescale, pictures, hover, idle, size
 #   --write-page  puts the table into docs/performance.md as well
 #
 # Takes a quarter of an hour and 8 GiB of disk. Leave the machine alone meanwhile.
@@ -37,7 +37,7 @@ scripts/install-packages.sh build bench
 build=build/bench-release
 echo "== Building $build"
 cmake --preset release -B "$build" -DBUILD_TESTING=ON
-cmake --build "$build" --parallel "$(nproc)" --target emberwake-launcher benchmarks
+cmake --build "$build" --parallel "$(nproc)" --target emberwake-launcher emberwake-unzip benchmarks
 # The distribution's interpreter: another one on the PATH may lack what the distribution installs.
 exec tests/support/with-display.sh /usr/bin/python3 -B tests/bench/bench.py \
   --programs "$build/tests/bin" --out build/bench "${options[@]}"

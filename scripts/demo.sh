@@ -60,18 +60,20 @@ cmake -S "$root" -B "$build" -G Ninja \
   -DEMBERWAKE_WEBSITE_URL="${base_url}pages/website.html" \
   -DEMBERWAKE_DISCORD_URL="${base_url}pages/discord.html" \
   -DEMBERWAKE_FACEBOOK_URL="${base_url}pages/facebook.html"
-cmake --build "$build" --target emberwake-launcher --parallel "$(nproc)"
+cmake --build "$build" --target emberwake-launcher emberwake-unzip --parallel "$(nproc)"
 
 # exec: whoever ends this script ends the demo, with its clean-up.
 if [ "$headless" = yes ]; then
   exec "$python" "$root/tests/e2e/drive.py" \
     --program "$build/emberwake-launcher" \
+    --extractor "$build/unzip.exe" \
     --base-url "$base_url" \
     --out "$root/build/demo" \
     --scratch "$root/build/demo-headless"
 fi
 exec "$python" "$root/tests/e2e/show.py" \
   --program "$build/emberwake-launcher" \
+  --extractor "$build/unzip.exe" \
   --base-url "$base_url" \
   --world "$root/build/demo-world" \
   --install "$root/build/demo-install"

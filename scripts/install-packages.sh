@@ -11,15 +11,15 @@
 
 # What the program is built from.
 build_packages=(
-  cmake ninja-build g++ qtbase5-dev qtbase5-dev-tools zlib1g-dev
+  cmake ninja-build g++ qtbase5-dev qtbase5-dev-tools libzip-dev libdeflate-dev zlib1g-dev
 )
-# What operators pack archives and look into them with, and try their world with.
+# What operators pack archives with, and try their world with.
 operator_packages=(
-  unzip zip python3
+  zip python3
 )
 # What the demo shows and drives it with.
 demo_packages=(
-  unzip zip python3 python3-pil xvfb x11-utils xdotool openbox fonts-lato
+  zip python3 python3-pil xvfb x11-utils xdotool openbox fonts-lato
   xdg-utils file procps
 )
 # What the tests and checks run.
@@ -49,13 +49,13 @@ source_packages=(
 )
 # What the Windows program is built from and packed with.
 windows_packages=(
-  cmake ninja-build g++ make g++-mingw-w64-x86-64-posix libz-mingw-w64-dev librsvg2-bin python3 perl
-  nsis zip unzip file
+  cmake ninja-build g++ make g++-mingw-w64-x86-64-posix librsvg2-bin python3 perl
+  nsis zip unzip file libz-mingw-w64-dev
 )
 # What its tests run on.
 windows_test_packages=(
   wine64 xvfb x11-utils xdotool openbox unzip zip python3 python3-pil fonts-lato openssl
-  procps
+  procps libzip4
 )
 
 # Succeeds when the package is installed and configured.

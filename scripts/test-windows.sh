@@ -27,8 +27,7 @@ jobs=$(nproc)
 echo '== Making the tools'
 [ -f "$httplib/httplib.h" ] || packaging/windows/fetch-source.sh cpp-httplib "$httplib"
 tests/support/build-windows-zip.sh "$tools/zip.exe"
-packaging/windows/build-unzip.sh
-install -D -m 755 build/windows-unzip/unzip.exe "$tools/unzip.exe"
+packaging/windows/build-libzip.sh
 
 echo "== Configuring $build"
 cmake -S . -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64.cmake \

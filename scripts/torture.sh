@@ -20,17 +20,17 @@ build=build/test
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DBUILD_TESTING=ON \
   -DEMBERWAKE_WARNINGS_AS_ERRORS=ON
 cmake --build "$build" --parallel "$(nproc)" --target launcher-of-the-demo-world \
-  --target launcher-of-the-secure-demo-world
+  --target launcher-of-the-secure-demo-world --target emberwake-unzip
 
 . scripts/summary.sh
-program=$build/tests/bin/launcher-of-the-demo-world
+programs=(--program "$build/tests/bin/launcher-of-the-demo-world" --extractor "$build/unzip.exe")
 mkdir -p build/torture
 echo '== What is fetched'
-run_counted /usr/bin/python3 tests/torture/faults.py --program "$program" \
+run_counted /usr/bin/python3 tests/torture/faults.py "${programs[@]}" \
   --secure-program "$build/tests/bin/launcher-of-the-secure-demo-world" --scratch build/torture/faults
 echo '== The disk, the extractor and the archive'
-run_counted /usr/bin/python3 tests/torture/disk.py --program "$program" --scratch build/torture/disk --long
+run_counted /usr/bin/python3 tests/torture/disk.py "${programs[@]}" --scratch build/torture/disk --long
 echo '== Kills'
 run_counted /usr/bin/python3 tests/torture/kills.py --kills "$kills" --base-url http://127.0.0.1:18474/ \
-  --program "$program" --scratch build/torture/kills
+  "${programs[@]}" --scratch build/torture/kills
 print_summary

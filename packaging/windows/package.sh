@@ -9,7 +9,6 @@
 #                     defaults, whatever the last call was given
 #
 # The toolkit is expected where packaging/windows/build-qt.sh puts it, or in EMBERWAKE_WINDOWS_QT.
-# UNZIP_SOURCE is passed on to build-unzip.sh.
 set -euo pipefail
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../.." && pwd)
@@ -49,15 +48,16 @@ qt=${EMBERWAKE_WINDOWS_QT:-/opt/qt5-mingw-w64}
 SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git -C "$root" log -1 --format=%ct 2>/dev/null || date +%s)}
 export SOURCE_DATE_EPOCH TZ=UTC
 
-echo 'Building the program ...'
+"$here/build-libzip.sh"
+libzip=$root/build/windows-libzip
+
+echo 'Building the programs ...'
 # The settings of the last call are forgotten first: the cache would keep them.
-(cd "$root" && cmake --preset windows-release -B "$build" -U 'EMBERWAKE_*_URL' "${settings[@]}")
-cmake --build "$build" --parallel "$(nproc)" --target emberwake-launcher
+(cd "$root" && cmake --preset windows-release -B "$build" -U 'EMBERWAKE_*_URL' \
+  "-DEMBERWAKE_WINDOWS_LIBZIP=$libzip" "${settings[@]}")
+cmake --build "$build" --parallel "$(nproc)" --target emberwake-launcher emberwake-unzip
 version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
 [ -n "$version" ] || fail "no version in $build/CMakeCache.txt"
-
-"$here/build-unzip.sh"
-unzip=$root/build/windows-unzip
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/package.XXXXXX")
 trap 'rm -rf "$work"' EXIT
@@ -74,7 +74,7 @@ runtime_file() {
   [ -f "$file" ] || fail "$1 is not there"
   echo "$file"
 }
-cp "$build/emberwake-launcher.exe" "$unzip/unzip.exe" "$folder/"
+cp "$build/emberwake-launcher.exe" "$build/unzip.exe" "$folder/"
 for module in Core Gui Network Widgets; do
   cp "$qt/bin/Qt5$module.dll" "$folder/"
 done
@@ -115,19 +115,21 @@ copy_license /usr/share/doc/gcc-mingw-w64-x86-64-posix-runtime/copyright gcc-cop
   "the terms of the compiler's libraries"
 copy_license /usr/share/doc/mingw-w64-x86-64-dev/copyright mingw-w64-copyright.txt \
   'the terms of the C and thread libraries'
-copy_license "$unzip/unzip-LICENSE.txt" unzip-license.txt "the extractor's terms"
+for library in libzip-license libdeflate-license zlib-copyright; do
+  copy_license "$libzip/licenses/$library.txt" "$library.txt" "the terms of a library inside the extractor"
+done
 for part in zlib pcre2 libpng jpeg freetype harfbuzz md4c double-conversion; do
   grep -qi -- "$part" "$licenses/qt-copyright.txt" || fail "$qt_copyright says nothing of $part"
 done
 grep -q 'Runtime Library Exception' "$licenses/gcc-copyright.txt" || fail 'the runtime exception is missing'
 grep -q 'winpthreads' "$licenses/mingw-w64-copyright.txt" || fail 'the terms of the thread library are missing'
-unzip_source=$(sed 's/ unzip_/ /' "$unzip/unzip-SOURCE-PACKAGE")
+extractor_sources=$(paste -s -d , "$libzip/licenses/SOURCE-PACKAGES" | sed 's/,/, /g')
 # The compiler's package repacks the distribution's own compiler, and bears both versions.
 gcc_source=$(source_of gcc-mingw-w64-x86-64-posix-runtime)
 # shellcheck disable=SC2016 # dpkg-query's own variables
 gcc_version=$(dpkg-query --show --showformat='${Version}' gcc-mingw-w64-x86-64-posix-runtime)
 gcc_source+=", from gcc-${gcc_version%%.*} ${gcc_version%+"${gcc_source##* }"*}"
-sed -e "s|@QT_SOURCE@|$qt_source|" -e "s|@UNZIP_SOURCE@|$unzip_source|" \
+sed -e "s|@QT_SOURCE@|$qt_source|" -e "s|@EXTRACTOR_SOURCES@|$extractor_sources|" \
   -e "s|@GCC_SOURCE@|$gcc_source|" \
   -e "s|@MINGW_SOURCE@|$(source_of mingw-w64-x86-64-dev)|" \
   "$here/licenses-README.txt.in" > "$licenses/README.txt"

@@ -4,11 +4,35 @@
  *
  *   start-hidden.exe OUTPUT-FILE SECONDS PROGRAM [ARGUMENT...]
  *
- * Ends as the program does; with 111 when it had to be ended after the time; with 112 when it could
- * not be started. With OUTPUT-FILE alone it writes there the number of the ANSI code page. */
+ * The seconds may have a fraction. Ends as the program does; with 111 when it had to be ended after
+ * the time; with 112 when it could not be started. With OUTPUT-FILE alone it writes there the
+ * number of the ANSI code page. */
 #include <stdio.h>
 #include <wchar.h>
 #include <windows.h>
+
+/* Behind what the command line has already, as programs take it apart again: backslashes count
+ * twice in front of a quotation mark. */
+static void append(wchar_t *command, const wchar_t *argument)
+{
+    wchar_t *end = command + wcslen(command);
+    size_t backslashes = 0;
+    if (end != command)
+        *end++ = L' ';
+    *end++ = L'"';
+    for (; *argument != L'\0'; ++argument) {
+        if (*argument == L'"') {
+            for (++backslashes; backslashes > 0; --backslashes)
+                *end++ = L'\\';
+        }
+        backslashes = *argument == L'\\' ? backslashes + 1 : 0;
+        *end++ = *argument;
+    }
+    for (; backslashes > 0; --backslashes)
+        *end++ = L'\\';
+    *end++ = L'"';
+    *end = L'\0';
+}
 
 int wmain(int argc, wchar_t **argv)
 {
@@ -24,11 +48,9 @@ int wmain(int argc, wchar_t **argv)
 
     static wchar_t command[32768];
     for (int i = 3; i < argc; ++i) {
-        if (wcslen(command) + wcslen(argv[i]) + 4 > sizeof command / sizeof *command)
+        if (wcslen(command) + 2 * wcslen(argv[i]) + 4 > sizeof command / sizeof *command)
             return 112;
-        wcscat(command, i == 3 ? L"\"" : L" \"");
-        wcscat(command, argv[i]);
-        wcscat(command, L"\"");
+        append(command, argv[i]);
     }
 
     SECURITY_ATTRIBUTES inherited = {sizeof inherited, NULL, TRUE};
@@ -50,7 +72,7 @@ int wmain(int argc, wchar_t **argv)
     const DWORD flags = (GetConsoleWindow() ? 0 : CREATE_NO_WINDOW) | CREATE_UNICODE_ENVIRONMENT;
     if (!CreateProcessW(NULL, command, NULL, NULL, TRUE, flags, NULL, NULL, &startup, &process))
         return 112;
-    if (WaitForSingleObject(process.hProcess, (DWORD)wcstoul(argv[2], NULL, 10) * 1000) !=
+    if (WaitForSingleObject(process.hProcess, (DWORD)(wcstod(argv[2], NULL) * 1000)) !=
         WAIT_OBJECT_0) {
         TerminateProcess(process.hProcess, 111);
         WaitForSingleObject(process.hProcess, 10000);

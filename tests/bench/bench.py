@@ -14,6 +14,7 @@ import bench_world
 import rows_download
 import rows_size
 import rows_start
+import rows_unpack
 import table
 from bench_tools import Setting, say
 from web import Web
@@ -27,6 +28,7 @@ ROWS = {
     "download": rows_download.downloads,
     "slow-disk": rows_download.slow_disk,
     "install": rows_download.install,
+    "unpack": rows_unpack.unpacking,
     "responsiveness": rows_download.responsiveness,
     "rescale": rows_start.rescale,
     "pictures": rows_start.pictures,

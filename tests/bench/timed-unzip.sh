@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# The real extractor, which also leaves the seconds it took beside the archive: timed-unzip.sh OPTION...
+# The extractor that TIMED_UNZIP names, which also leaves the seconds it took beside the archive:
+# timed-unzip.sh OPTION...
 set -uo pipefail
 begin=$EPOCHREALTIME
-unzip "$@"
+"$TIMED_UNZIP" "$@"
 status=$?
 echo "$begin $EPOCHREALTIME" >unzipped
 exit "$status"

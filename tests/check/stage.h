@@ -94,8 +94,9 @@ public:
     bool deeplyWarnedOf(const char *id)
     {
         Fetcher fetcher(10);
-        return idsOf(deepFindingsOf(m_content, server.url(), m_code, fetcher))
-            .contains(QLatin1String(id));
+        const DeepResult result = checkDeeply(m_content, server.url(), m_code, fetcher);
+        started = result.started;
+        return idsOf(result.findings).contains(QLatin1String(id));
     }
 
     // The button in this row (0 is the logo) of this column of the selection panel.
@@ -141,6 +142,7 @@ public:
 
     ScratchFolder folder;
     std::unique_ptr<testform> window;
+    QVector<PlayersView::Started> started; // by the last deep look
 
 private:
     static QStringList idsOf(const Findings &findings)

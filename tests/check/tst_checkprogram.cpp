@@ -99,7 +99,7 @@ private slots:
     void endlessPictureIsGivenUp();
     void certificates_data();
     void certificates();
-    void withoutUnzip();
+    void startsNoOtherProgram();
 };
 
 void TestCheckProgram::textOutput()
@@ -321,6 +321,8 @@ void TestCheckProgram::deepWithoutFault()
                                    QStringLiteral("1.0"), server.url(QStringLiteral("1.zip")))}));
     const Run good = check({QStringLiteral("--deep"), server.url(documentName)});
     QCOMPARE(findingsPart(good.output), QStringLiteral("0 errors, 0 warnings\n"));
+    QVERIFY(good.output.contains(
+        QStringLiteral("\n  Play starts:\n    S  Official 1.0: game.exe\n\n")));
     QCOMPARE(good.exitCode, 0);
     // Nothing but findings on a console that nobody watches.
     QCOMPARE(good.error, QString());
@@ -391,7 +393,7 @@ void TestCheckProgram::certificates()
                                                                  : QStringLiteral("tls-error")}));
 }
 
-void TestCheckProgram::withoutUnzip()
+void TestCheckProgram::startsNoOtherProgram()
 {
 #ifdef Q_OS_WIN
     QSKIP("the search path is also where the program finds its libraries");
@@ -405,8 +407,17 @@ void TestCheckProgram::withoutUnzip()
     const Run run =
         check({QStringLiteral("--deep"), QStringLiteral("--json"), server.url(documentName)},
               {QStringLiteral("PATH=/nowhere")});
-    QCOMPARE(idsIn(run), QStringList{QStringLiteral("archive-not-checked")});
-    QCOMPARE(run.exitCode, 1);
+    QCOMPARE(idsIn(run), QStringList());
+    QCOMPARE(run.exitCode, 0);
+    const QJsonArray starts = QJsonDocument::fromJson(run.output.toUtf8())
+                                  .object()
+                                  .value(QStringLiteral("players"))
+                                  .toObject()
+                                  .value(QStringLiteral("starts"))
+                                  .toArray();
+    QCOMPARE(QJsonDocument(starts).toJson(QJsonDocument::Compact),
+             QByteArray(R"([{"client":"Official","programs":["game.exe"],"server":"S",)"
+                        R"("version":"1.0"}])"));
 }
 
 QTEST_GUILESS_MAIN(TestCheckProgram)

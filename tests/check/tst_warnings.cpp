@@ -6,6 +6,7 @@
 #include "support/relation.h"
 #include "support/urlcatcher.h"
 
+#include <QFileInfo>
 #include <QImage>
 #include <QNetworkProxy>
 #include <QRandomGenerator>
@@ -136,6 +137,8 @@ private slots:
     void redirectedArchive();
     void noSize();
     void brokenArchive();
+    void refusedArchive_data();
+    void refusedArchive();
     void lockedArchive();
     void openArchive();
     void archiveOfAnotherCode();
@@ -154,7 +157,7 @@ void TestWarnings::nothingToWarnOf()
         readContent(Documents::launcher({stage.ofVersion(QStringLiteral("1.0"))}), {});
     Fetcher fetcher(10);
     QVERIFY(findingsOf(content).isEmpty());
-    QVERIFY(deepFindingsOf(content, stage.server.url(), {}, fetcher).isEmpty());
+    QVERIFY(checkDeeply(content, stage.server.url(), {}, fetcher).findings.isEmpty());
 
     Stage::install(QStringLiteral("0.9"));
     QCOMPARE(stage.download(), finished + QStringLiteral("1.0"));
@@ -647,11 +650,12 @@ void TestWarnings::archivesOfOneName()
 #else
     // Both write under one name. The first to end unpacks and removes what the second has begun.
     TRY_VERIFY_RELATION(QFileInfo(QStringLiteral("client.zip")).size(), >, 0, 5000);
+    QSignalSpy ended(stage.window->downloadManager, SIGNAL(updateFinished()));
     stage.server.release(QStringLiteral("files/client.zip"));
     QTRY_VERIFY(!QFile::exists(QStringLiteral("client.zip")));
     stage.server.release(QStringLiteral("other/client.zip"));
-    QTRY_VERIFY(QFile::exists(QStringLiteral("T/Official/1.0")));
-    QTRY_VERIFY(stage.window->ui->downloadProgressBar->isHidden());
+    QTRY_COMPARE(ended.size(), 1);
+    QCOMPARE(stage.window->ui->downloadProgressText->text(), failed);
     QVERIFY(!Stage::hasGame());
 #endif
 }
@@ -733,7 +737,7 @@ void TestWarnings::redirectedArchive()
     stage.server.redirect(QStringLiteral("moved.zip"), stage.archive());
     QVERIFY(stage.load({stage.ofUrl(stage.server.url(QStringLiteral("moved.zip")))}));
     QVERIFY(stage.deeplyWarnedOf("redirect"));
-    QCOMPARE(stage.download(), finished + QStringLiteral("1.0"));
+    QCOMPARE(stage.download(), failed);
     QVERIFY(!Stage::hasGame());
 }
 
@@ -765,7 +769,38 @@ void TestWarnings::brokenArchive()
     stage.server.serve(QStringLiteral("files/client.zip"), "no archive");
     QVERIFY(stage.load({stage.ofServer(QStringLiteral("S"))}));
     QVERIFY(stage.deeplyWarnedOf("archive-broken"));
-    QCOMPARE(stage.download(), finished + QStringLiteral("1.0"));
+    QCOMPARE(stage.download(), failed);
+    QVERIFY(!Stage::hasGame());
+}
+
+void TestWarnings::refusedArchive_data()
+{
+    QTest::addColumn<QByteArray>("packed");
+    QTest::addColumn<QByteArray>("name"); // as long
+    QTest::newRow("a way out") << QByteArray("data/map") << QByteArray("../g/map");
+    QTest::newRow("a device") << QByteArray("data/map") << QByteArray("data/nul");
+    QTest::newRow("a stream") << QByteArray("data/map") << QByteArray("data:map");
+    QTest::newRow("a blank at the end") << QByteArray("data/map") << QByteArray("data/ma ");
+    QTest::newRow("twice") << QByteArray("data/map") << QByteArray("game.exe");
+    QTest::newRow("twice in other letters") << QByteArray("data/map") << QByteArray("GAME.EXE");
+    QTest::newRow("a file for a folder") << QByteArray("data/map") << QByteArray("read.me/");
+}
+
+// Nothing of it is unpacked, the good file neither.
+void TestWarnings::refusedArchive()
+{
+    QFETCH(QByteArray, packed);
+    QFETCH(QByteArray, name);
+    Stage stage;
+    QByteArray archive = Archives::zip({{QStringLiteral("game.exe"), "game"},
+                                        {QStringLiteral("read.me"), "text"},
+                                        {QString::fromLatin1(packed), "map"}});
+    QCOMPARE(archive.count(packed), 2);
+    archive.replace(packed, name);
+    stage.server.serve(QStringLiteral("files/client.zip"), archive);
+    QVERIFY(stage.load({stage.ofServer(QStringLiteral("S"))}));
+    QVERIFY(stage.deeplyWarnedOf("archive-refused"));
+    QCOMPARE(stage.download(), failed);
     QVERIFY(!Stage::hasGame());
 }
 
@@ -775,7 +810,7 @@ void TestWarnings::lockedArchive()
     stage.server.serve(QStringLiteral("files/client.zip"), Stage::game(QStringLiteral("code")));
     QVERIFY(stage.load({stage.ofServer(QStringLiteral("S"))}));
     QVERIFY(stage.deeplyWarnedOf("archive-locked"));
-    QCOMPARE(stage.download(), finished + QStringLiteral("1.0"));
+    QCOMPARE(stage.download(), failed);
     QVERIFY(!Stage::hasGame());
 }
 
@@ -800,7 +835,7 @@ void TestWarnings::archiveOfAnotherCode()
     stage.server.serve(QStringLiteral("files/client.zip"), Stage::game(QStringLiteral("other")));
     QVERIFY(stage.load({stage.element(entry)}, QStringLiteral("code")));
     QVERIFY(stage.deeplyWarnedOf("archive-damaged"));
-    QCOMPARE(stage.download(), finished + QStringLiteral("1.0"));
+    QCOMPARE(stage.download(), failed);
     QVERIFY(!Stage::hasGame());
 
     stage.server.serve(QStringLiteral("files/client.zip"), Stage::game(QStringLiteral("code")));
@@ -816,6 +851,9 @@ void TestWarnings::archiveWithoutExecutable_data()
     QTest::addColumn<bool>("warned");
     const QString official = QStringLiteral("Official");
     const QString beta = QStringLiteral("Beta");
+    // Play looks for it as if it were a program.
+    QTest::newRow("a folder of such a name")
+        << official << QStringList{QStringLiteral("a.exe/map"), QStringLiteral("game.exe")} << true;
     QTest::newRow("none") << official << QStringList{QStringLiteral("game.bin")} << true;
     QTest::newRow("in a folder") << official << QStringList{QStringLiteral("in/game.exe")} << true;
     QTest::newRow("capital letters")
@@ -847,7 +885,11 @@ void TestWarnings::archiveWithoutExecutable()
     const UrlCatcher catcher;
     const DialogGuard closesTheQuestion;
     stage.window->on_btnPlay_clicked();
-    QCOMPARE(catcher.opened.isEmpty(), warned);
+    const QUrl opened = catcher.opened.value(0);
+    // Closing the question asks for the last one.
+    QCOMPARE(stage.started.constFirst().programs.constLast(),
+             warned ? QString() : opened.fileName());
+    QVERIFY(warned != QFileInfo(opened.toLocalFile()).isFile());
 }
 
 QTEST_MAIN(TestWarnings)

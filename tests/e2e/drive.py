@@ -687,15 +687,20 @@ def main() -> int:
     what = parser.add_mutually_exclusive_group(required=True)
     what.add_argument("--program", type=Path, help="the built launcher")
     what.add_argument("--package", type=Path, metavar="ZIP", help="the Windows launcher's portable package")
+    parser.add_argument("--extractor", type=Path, help="the built extractor (--package: its own)")
     parser.add_argument(
         "--base-url", required=True, help="the base URL it was built for: http://127.0.0.1:PORT/ (--package: https)"
     )
     parser.add_argument("--out", required=True, type=Path, help="folder for the pictures")
     parser.add_argument("--scratch", required=True, type=Path, help="folder for everything else; emptied first")
     given = parser.parse_args()
+    if (given.extractor is None) != (given.program is None):
+        parser.error("--program and --extractor go together")
 
     exit_on_terminate()
-    platform: Native | Wine = Native(given.program) if given.package is None else Wine(given.package)
+    platform: Native | Wine = (
+        Native(given.program, given.extractor) if given.package is None else Wine(given.package)
+    )
     missing = platform.missing()
     if missing:
         say(f"drive.py: missing: {', '.join(missing)}")

@@ -26,18 +26,19 @@ DEMO = Path(__file__).resolve().parents[2] / "demo"
 class Native:
     """The program that was built for this system."""
 
-    needed = ("Xvfb", "xdotool", "xprop", "xwininfo", "xdg-open", "unzip", "zip")
+    needed = ("Xvfb", "xdotool", "xprop", "xwininfo", "xdg-open", "zip")
 
-    def __init__(self, program: Path):
+    def __init__(self, program: Path, extractor: Path):
         # Absolute: the launcher and what it starts work in another folder.
         self.program = program.resolve()
+        self.extractor = extractor.resolve()
         # The sample client shows a window only where it finds the means.
         self.client_has_window = shutil.which("xmessage") is not None
 
     def missing(self) -> list[str]:
         """What has to be there before a drive and is not."""
         missing = [name for name in self.needed if shutil.which(name) is None]
-        return missing if missing or self.program.is_file() else [os.fspath(self.program)]
+        return missing + [os.fspath(path) for path in (self.program, self.extractor) if not path.is_file()]
 
     def installation(self, scratch: Path) -> Path:
         return scratch / "install"
@@ -48,7 +49,7 @@ class Native:
 
     def prepare(self, scratch: Path, environment: dict[str, str]) -> str:
         """Makes the installation folder; returns what is worth telling about it."""
-        prepare_installation(self.installation(scratch))
+        prepare_installation(self.installation(scratch), self.extractor)
         return ""
 
     def trust(self, authority: Authority) -> None:

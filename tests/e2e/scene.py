@@ -140,13 +140,10 @@ class World:
         return self.access_log.read_text(encoding="utf-8") if self.access_log.exists() else ""
 
 
-def prepare_installation(folder: Path) -> None:
+def prepare_installation(folder: Path, extractor: Path) -> None:
     """An empty folder with nothing but the extractor, under the name the launcher calls."""
-    unzip = shutil.which("unzip")
-    if unzip is None:
-        raise WorldError("the unzip command is missing (Debian package: unzip)")
     fresh_folder(folder)
-    (folder / "unzip.exe").symlink_to(unzip)
+    (folder / "unzip.exe").symlink_to(extractor.resolve())
 
 
 class Desktop:

@@ -24,6 +24,7 @@ from scene import Desktop, World, end_process, exit_on_terminate, prepare_instal
 def main() -> int:
     parser = argparse.ArgumentParser(description="Open the launcher on this screen, in the Emberwake demo world.")
     parser.add_argument("--program", required=True, type=Path, help="the built launcher")
+    parser.add_argument("--extractor", required=True, type=Path, help="the built extractor")
     parser.add_argument("--base-url", required=True, help="the base URL it was built for: http://127.0.0.1:PORT/")
     parser.add_argument("--world", required=True, type=Path, help="folder for the world; emptied first")
     parser.add_argument("--install", required=True, type=Path, help="folder the launcher lives in; emptied first")
@@ -35,7 +36,7 @@ def main() -> int:
     launcher = None
     try:
         world.start()
-        prepare_installation(given.install)
+        prepare_installation(given.install, given.extractor)
         desktop = Desktop(given.install, pages_list=None)
         say(
             f"The demo world is served at {given.base_url}; the launcher lives in {given.install}.\n"

@@ -353,10 +353,14 @@ void TestClientDownload::howItEnds_data()
     row("an update arrives", "2.0", success("client", "green", game));
     row("a step back arrives beside the newer version", "3.0", success("client", "orange", game));
     row("a version that weighs nothing was there", "22.0", success("client", "green", game));
-    row("the archive is no archive", "", success("page", "green", folder));
-    row("the archive is empty", "", success("nothing", "green", folder));
-    row("the archive is cut but complete as announced", "", success("half", "green", folder));
-    row("a redirect is taken for the archive", "", success("redirect", "green", folder));
+    // The extractor takes the folder away that was made for it.
+    row("the archive is no archive", "", failure("page", "red"));
+    row("the archive is empty", "", failure("nothing", "red"));
+    row("the archive is cut but complete as announced", "", failure("half", "red"));
+    row("a redirect is taken for the archive", "", failure("redirect", "red"));
+    row("an update is no archive", "2.0", failure("page", "orange"));
+    row("the offered version stays as it is when its archive is none", "2.1",
+        success("page", "green", game));
     row("the extractor is missing", "", success("no extractor", "green", folder));
     row("the extractor fails", "", success("bad extractor", "green", folder));
     row("an update meets a missing extractor", "2.0", success("no extractor", "green", folder));

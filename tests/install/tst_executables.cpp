@@ -1,5 +1,7 @@
 #include "install/executables.h"
+#include "support/scratchfolder.h"
 
+#include <QDir>
 #include <QTest>
 
 // Which file Play starts.
@@ -9,6 +11,7 @@ class TestExecutables : public QObject
 
 private slots:
     void executables();
+    void firstInTheOrderOfTheFolder();
 };
 
 void TestExecutables::executables()
@@ -19,6 +22,25 @@ void TestExecutables::executables()
              (QStringList{QStringLiteral("*_dx.exe"), QStringLiteral("*_gl.exe")}));
     QVERIFY(Executables::askForEngine(QStringLiteral("Beta")));
     QVERIFY(!Executables::askForEngine(QStringLiteral("beta")));
+}
+
+// The same as a folder of these names says, which is where Play looks.
+void TestExecutables::firstInTheOrderOfTheFolder()
+{
+    const ScratchFolder folder;
+    const QStringList names{QStringLiteral("b.exe"),         QStringLiteral("A_gl.EXE"),
+                            QStringLiteral("_a.exe"),        QStringLiteral("Zz_gl.exe"),
+                            QStringLiteral("\u00C4_dx.exe"), QStringLiteral("a.exe.txt"),
+                            QStringLiteral("readme")};
+    for (const QString &name : names) {
+        ScratchFolder::write(name, "x");
+    }
+    for (const QString &filter :
+         {Executables::any(), Executables::directX(), Executables::openGl()}) {
+        const QString first = Executables::firstOf(names, filter);
+        QCOMPARE(first, QDir().entryList({filter}).constFirst());
+    }
+    QCOMPARE(Executables::firstOf(names, QStringLiteral("*.com")), QString());
 }
 
 QTEST_GUILESS_MAIN(TestExecutables)

@@ -1,7 +1,8 @@
 """Holds the floors: each folder uses only what stands below it: floors.py CMAKELISTS
 
-base < fetch < info, install, news < window < app. The checker uses base, fetch and the sources of
-launcher_rules. From below, only files that implement the window's own operations know the window.
+base < fetch < info, install, news < window < app. The checker uses base, fetch, the extractor and the
+sources of launcher_rules. The extractor uses nothing else. From below, only files that implement the
+window's own operations know the window.
 """
 
 from __future__ import annotations
@@ -39,8 +40,10 @@ def problem_of(path: Path, text: str, used: str, rules: set[str]) -> str | None:
     if used_folder == folder:
         return None
     if folder == "check":
-        below = used_folder in ("base", "fetch") or str(Path(used).with_suffix("")) in rules
-        return None if below else "is neither base, fetch nor a rule"
+        below = used_folder in ("base", "fetch", "extract") or str(Path(used).with_suffix("")) in rules
+        return None if below else "is neither base, fetch, extract nor a rule"
+    if folder == "extract":
+        return "belongs to the launcher"
     if used_folder not in FLOORS:
         return "stands outside the floors"
     return None if FLOORS[used_folder] < FLOORS[folder] else "does not stand below it"

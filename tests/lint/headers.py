@@ -17,7 +17,7 @@ from sources import arguments_of, compile_commands, own_files
 WINDOWS_ONLY = ("tests/window/nativewindowtest.h",)
 
 # A source that may use all that the headers of its folder may use.
-SOURCE_WITH_ALL = {"tests": "tests/check/tst_warnings.cpp", "check": "check/main.cpp"}
+SOURCE_WITH_ALL = {"tests": "tests/check/tst_warnings.cpp", "check": "check/main.cpp", "extract": "extract/main.cpp"}
 OTHERS = "window/testform.cpp"
 
 

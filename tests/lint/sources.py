@@ -8,7 +8,7 @@ import subprocess
 from pathlib import Path
 
 # The product's folders, from the ground floor upwards.
-PRODUCT = ("base", "fetch", "info", "install", "news", "window", "app", "check")
+PRODUCT = ("base", "fetch", "info", "install", "news", "window", "app", "extract", "check")
 
 
 def own_files(*patterns: str) -> list[str]:

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Runs clang-tidy over the launcher's and the checker's sources: tidy.py BUILD_FOLDER
+"""Runs clang-tidy over the launcher's, the extractor's and the checker's sources: tidy.py BUILD_FOLDER
 
 Each source alone would take ten seconds, nearly all of them for the toolkit's headers. So the
 sources of one program are put together and read once; a finding is then looked up in its own file,
@@ -19,7 +19,7 @@ from pathlib import Path
 from sources import arguments_of, compile_commands, own_files
 
 # Sources that can stand in one file, by folder. Each main() stands alone.
-GROUPS = (("window", "info", "install", "news", "fetch", "base"), ("check",), ("app",))
+GROUPS = (("window", "info", "install", "news", "fetch", "base"), ("extract",), ("check",), ("app",))
 INCLUDE = re.compile(r"^\s*#\s*include\s+\S+", re.M)
 
 

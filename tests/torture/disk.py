@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Starts the real launcher where the disk, the extractor or the archive is not as it should be.
 
-    disk.py --program LAUNCHER --scratch FOLDER [--workers N] [--only TEXT] [--long]
+    disk.py --program LAUNCHER --extractor UNZIP --scratch FOLDER [--workers N] [--only TEXT] [--long]
 
 Each case looks at what the window shows, what the console says and what lies on
 the disk, starts the launcher once more, and makes sure that nothing beside the
@@ -34,7 +34,7 @@ from workers import Tally, run_workers
 
 
 def work(given: argparse.Namespace, tally: Tally) -> None:
-    testbed = Testbed(Native(given.program), given.scratch)
+    testbed = Testbed(Native(given.program, given.extractor), given.scratch)
     server = None
     try:
         testbed.open()
@@ -66,6 +66,7 @@ def work(given: argparse.Namespace, tally: Tally) -> None:
 def main() -> int:
     parser = argparse.ArgumentParser(description="Start the launcher where the disk is not as it should be.")
     parser.add_argument("--program", type=Path, required=True, help=f"the launcher, built for {BASE_URL}")
+    parser.add_argument("--extractor", type=Path, required=True, help="the built extractor")
     parser.add_argument("--scratch", type=Path, required=True, help="folder for everything; emptied first")
     parser.add_argument("--workers", type=int, default=os.cpu_count())
     parser.add_argument("--only", default="", help="only cases whose name has this text")

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import shutil
 from collections.abc import Callable
 from dataclasses import dataclass
 from pathlib import Path
@@ -104,11 +105,7 @@ def no_room_for_an_update(judge: DiskJudge) -> None:
 def no_room_to_unpack(judge: DiskJudge) -> None:
     judge.mount(32 * MEBIBYTE)
     judge.fill(PICTURES + 8 * MEBIBYTE)
-    judge.choose()
-    judge.download_finishes(files=None)
-    judge.testbed.check("the client is not whole", archives.unpacked(judge.version) != judge.whole())
-    judge.leave()
-    judge.next_start("green", "play")
+    unpacks_not_at_all(judge, judge.original)
 
 
 # Files and folders in each other's place
@@ -260,11 +257,29 @@ def extractor_asks(judge: DiskJudge) -> None:
     judge.testbed.check(f"it got no answer: {said}", said[0] == "input:" and "0" not in said and len(said) == 4)
 
 
-# The archive
+# The same call with an extractor of another make: the distribution's own, which leaves what it could
+# unpack.
 
 
-def unpacks_in_part(judge: DiskJudge, content: bytes) -> None:
-    judge.archive(content)
+def other_extractor(judge: DiskJudge) -> None:
+    program = judge.folder / "unzip.exe"
+    program.unlink()
+    program.symlink_to(shutil.which("unzip") or "")
+
+
+@case("extractor of another make")
+def extractor_of_another_make(judge: DiskJudge) -> None:
+    other_extractor(judge)
+    judge.choose()
+    judge.download_finishes(judge.whole())
+    judge.leave()
+    judge.next_start("green", "play")
+
+
+@case("extractor of another make, corrupt archive")
+def extractor_of_another_make_corrupt(judge: DiskJudge) -> None:
+    other_extractor(judge)
+    judge.archive(archives.corrupt(judge.original))
     judge.choose()
     judge.download_finishes(files=None)
     judge.testbed.check("the client is not whole", archives.unpacked(judge.version) != archives.contents(judge.original))
@@ -272,38 +287,50 @@ def unpacks_in_part(judge: DiskJudge, content: bytes) -> None:
     judge.next_start("green", "play")
 
 
+# The archive
+
+
+def unpacks_not_at_all(judge: DiskJudge, content: bytes) -> None:
+    """The extractor refuses it, and takes the version's folder away, by which the launcher sees it."""
+    judge.archive(content)
+    judge.choose()
+    judge.nothing_to_unpack_into()
+    left = [path.name for path in judge.version.parent.iterdir()]
+    judge.testbed.check(f"nothing of it is left: {left}", not left)
+    judge.leave()
+    judge.next_start("red", "download")
+
+
 @case("corrupt archive")
 def corrupt(judge: DiskJudge) -> None:
-    unpacks_in_part(judge, archives.corrupt(judge.original))
+    unpacks_not_at_all(judge, archives.corrupt(judge.original))
 
 
 @case("truncated archive")
 def truncated(judge: DiskJudge) -> None:
-    unpacks_in_part(judge, judge.original[: len(judge.original) // 2])
+    unpacks_not_at_all(judge, judge.original[: len(judge.original) // 2])
 
 
 @case("empty archive")
 def empty(judge: DiskJudge) -> None:
-    judge.archive(b"")
-    unpacks_nothing(judge)
+    unpacks_not_at_all(judge, b"")
+
+
+@case("web page in place of the archive")
+def web_page(judge: DiskJudge) -> None:
+    unpacks_not_at_all(judge, b"<!DOCTYPE html><html><body><p>Please sign in.</p></body></html>\n")
 
 
 @case("encrypted archive")
 def encrypted(judge: DiskJudge) -> None:
-    judge.archive(archives.locked(judge.testbed.scratch / "world"))
-    unpacks_nothing(judge)
+    unpacks_not_at_all(judge, archives.locked(judge.testbed.scratch / "world"))
 
 
 @case("archive with names that climb out")
 def climbing(judge: DiskJudge) -> None:
-    judge.archive(archives.climbing(judge.testbed.scratch))
-    judge.choose()
-    judge.download_finishes(files=None)
-    judge.leave()
-    escaped = [path for path in judge.testbed.scratch.rglob("escaped*") if judge.version not in path.parents]
+    unpacks_not_at_all(judge, archives.climbing(judge.testbed.scratch))
+    escaped = list(judge.testbed.scratch.rglob("escaped*"))
     judge.testbed.check(f"nothing climbed out: {escaped}", not escaped)
-    judge.testbed.check("the rest is there", (judge.version / "Emberwake.exe").read_bytes() == b"in\n")
-    judge.next_start("green", "play")
 
 
 @case("archive with 10,000 files")

@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import os
-import shutil
 import subprocess
 import time
 from collections.abc import Callable
@@ -61,7 +60,7 @@ class DiskJudge:
         """Puts a small disk in place of the installation folder."""
         mount("-t", "tmpfs", "-o", f"size={size},mode=755", "tmpfs", self.folder)
         self.mounted = True
-        (self.folder / "unzip.exe").symlink_to(shutil.which("unzip") or "")
+        (self.folder / "unzip.exe").symlink_to(self.testbed.platform.extractor)
 
     def unmount(self) -> None:
         if self.mounted:

@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 """Lets everything that the launcher fetches fail in every way, each in turn.
 
-    faults.py --program LAUNCHER --secure-program LAUNCHER --scratch FOLDER [--workers N] [--only TEXT]
+    faults.py --program LAUNCHER --extractor UNZIP --secure-program LAUNCHER --scratch FOLDER
+              [--workers N] [--only TEXT]
 
 A cell is one element (the document, a picture, a logo, the archive) with one
 fault. The real launcher is started into it and has to do what it is to do: the
@@ -45,7 +46,7 @@ def wanted(only: str) -> list[Launch]:
 
 
 def work(given: argparse.Namespace, tally: Tally) -> None:
-    testbed = Testbed(Native(given.program), given.scratch)
+    testbed = Testbed(Native(given.program, given.extractor), given.scratch)
     programs = {False: given.program.resolve(), True: given.secure_program.resolve()}
     server = None
     try:
@@ -82,6 +83,7 @@ def main() -> int:
     parser = argparse.ArgumentParser(description="Let everything that the launcher fetches fail in every way.")
     parser.add_argument("--program", type=Path, required=True, help=f"the launcher, built for {BASE_URL}")
     parser.add_argument("--secure-program", type=Path, required=True, help="the same, built for https")
+    parser.add_argument("--extractor", type=Path, required=True, help="the built extractor")
     parser.add_argument("--scratch", type=Path, required=True, help="folder for everything; emptied first")
     parser.add_argument("--workers", type=int, default=os.cpu_count())
     parser.add_argument("--only", default="", help="only launches with a cell whose name has this text")

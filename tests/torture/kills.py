@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Kills the real launcher at random moments, and looks what the next start makes of it.
 
-    kills.py --program LAUNCHER --base-url URL --scratch FOLDER [--kills N] [--seed N]
+    kills.py --program LAUNCHER --extractor UNZIP --base-url URL --scratch FOLDER [--kills N] [--seed N]
 
 The installation folder lives on from one kill to the next, as a player's does.
 After each kill the next start has to work, to show what lies on the disk, and to
@@ -12,6 +12,7 @@ One line per kill, one per kind of moment, and at the end "N passed, N failed".
 from __future__ import annotations
 
 import argparse
+import contextlib
 import os
 import random
 import shutil
@@ -26,6 +27,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 sys.path[:0] = [os.fspath(ROOT / folder) for folder in ("demo", "tests/e2e")]
 
+from archives import contents, unpacked
 from drive import (
     ACTION_BUTTON,
     CLOSE_BUTTON,
@@ -40,7 +42,7 @@ from drive import (
 from neighbour import Neighbour
 from platforms import Native
 from scene import exit_on_terminate, say
-from testbed import CHOICE, CLIENT, SERVER, VERSION
+from testbed import ARCHIVE, CHOICE, CLIENT, SERVER, VERSION
 
 # A faster server than the demo's, whose archive takes about a second.
 BYTES_PER_SECOND = 6_000_000
@@ -52,11 +54,13 @@ class Torture(Road):
     def __init__(self, platform: Native, base_url: str, scratch: Path, seed: int):
         super().__init__(platform, base_url, scratch / "pictures", scratch / "road")
         self.random = random.Random(seed)
+        self.whole: dict[str, tuple[int, int]] = {}
 
     def prepare(self) -> None:
         self.beside = Neighbour(self.scratch)
         self.world.stop()
         self.world.start(BYTES_PER_SECOND)
+        self.whole = contents((self.world.folder / ARCHIVE.lstrip("/")).read_bytes())
 
     def installed(self) -> Path:
         return self.installation / SERVER / CLIENT / VERSION
@@ -123,6 +127,19 @@ class Torture(Road):
         self.pause(0.1)
         self.kill()
 
+    def during_extraction_at_once(self) -> None:
+        self.begin_download()
+        launcher = self.running().pid
+        ends = time.monotonic() + 30
+        # Watched without a rest: the extractor is at work for a few hundredths of a second.
+        while not (working := Path(f"/proc/{launcher}/task/{launcher}/children").read_text(encoding="ascii")):
+            self.check("the extractor is started", time.monotonic() < ends)
+        self.pause(0.08)
+        self.running().send_signal(signal.SIGKILL)
+        with contextlib.suppress(ProcessLookupError):
+            os.kill(int(working.split()[0]), signal.SIGKILL)
+        self.kill()
+
     def during_settings(self) -> None:
         """The close button writes settings.txt; the kill comes right behind the click."""
         self.start_launcher()
@@ -148,6 +165,7 @@ class Torture(Road):
         # whole, the file never lost the choice.
         self.check("settings.txt kept the choice", self.settings() == CHOICE)
         self.start_launcher()
+        self.check("the client is whole or not there", unpacked(self.installed()) in ({}, self.whole))
         # What lies on the disk is what the launcher shows.
         there = self.installed().is_dir()
         self.wait_for_version("green" if there else "red")
@@ -165,6 +183,8 @@ class Torture(Road):
         self.wait_for("the unpacked client", lambda: self.version_colour() == "green", 60)
         self.check("all files are those of the archive", self.same_as_archive(SERVER, CLIENT, VERSION))
         self.check("no archive is left", not self.archives())
+        left = [path.name for path in self.installed().parent.iterdir()]
+        self.check(f"nothing of the broken-off ones is left ({left})", left == [VERSION])
         self.close_by_button()
 
 
@@ -172,13 +192,14 @@ def main() -> int:
     parser = argparse.ArgumentParser(description="Kill the real launcher at random moments.")
     parser.add_argument("--program", type=Path, required=True, help="the launcher, built for the base URL")
     parser.add_argument("--base-url", required=True)
+    parser.add_argument("--extractor", type=Path, required=True, help="the built extractor")
     parser.add_argument("--scratch", type=Path, required=True, help="folder for everything; emptied first")
     parser.add_argument("--kills", type=int, default=20)
     parser.add_argument("--seed", type=int, default=int(time.time()), help="the same moments again, roughly")
     given = parser.parse_args()
 
     exit_on_terminate()
-    platform = Native(given.program)
+    platform = Native(given.program, given.extractor)
     missing = platform.missing()
     if missing:
         say(f"kills.py: missing: {', '.join(missing)}")
@@ -188,6 +209,7 @@ def main() -> int:
         torture.during_start,
         torture.during_download,
         torture.during_extraction,
+        torture.during_extraction_at_once,
         torture.during_settings,
         torture.during_choice,
     ]

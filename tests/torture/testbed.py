@@ -90,7 +90,7 @@ class Testbed(Road):
 
     def fresh(self) -> None:
         """An installation folder as on the first day."""
-        prepare_installation(self.installation)
+        prepare_installation(self.installation, self.platform.extractor)
 
     def close(self) -> None:
         if self._pinger is not None:

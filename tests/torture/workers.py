@@ -98,7 +98,7 @@ def run_workers(parser: argparse.ArgumentParser, work: Callable[[argparse.Namesp
     given = parser.parse_args()
     given.scratch = given.scratch.resolve()
     exit_on_terminate()
-    missing = Native(given.program).missing()
+    missing = Native(given.program, given.extractor).missing()
     if missing:
         say(f"missing: {', '.join(missing)}")
         return 1

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "extract/folder.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Extract
+{
+// The folder that an archive's content is for. Until take() it stays as it is; without take() it is
+// not there in the end, if nothing was in it.
+class Destination
+{
+public:
+    explicit Destination(const std::string &path);
+    ~Destination();
+    Destination(const Destination &) = delete;
+    Destination &operator=(const Destination &) = delete;
+
+    // The folder around it.
+    const Folder &around() const { return *m_around; }
+
+    // A folder of that name beside it takes its place. Where it holds files already, those of the
+    // same name are replaced and the others stay: no system does that in one step, so a process
+    // that is killed just then leaves some new files beside some old ones, each of them whole. All
+    // that could stand in the way is looked for before; renaming takes no room on the disk.
+    void take(const std::string &name);
+
+private:
+    bool holdsSomething() const;
+    void checkFit(const std::string &from, const std::string &to) const;
+    void merge(const std::string &from, const std::string &to) const;
+
+    const Place m_place;
+    std::vector<std::string> m_made;
+    std::unique_ptr<Folder> m_around;
+    bool m_taken = false;
+};
+} // namespace Extract
