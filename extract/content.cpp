@@ -14,7 +14,7 @@ namespace Extract
 {
 namespace
 {
-constexpr std::uint16_t stored = 0;
+constexpr std::uint16_t storedMethod = 0;
 constexpr std::size_t pieceSize = 256U << 10U;
 const char more[] = "it has more data than it says";
 const char less[] = "it has less data than it says";
@@ -177,7 +177,7 @@ void ContentReader::unpackInMemory(const Member &member, const std::string &pass
     const auto [packed, length] = readWhole(member, password);
     const auto size = static_cast<std::size_t>(member.size);
     const unsigned char *content = packed;
-    if (member.method == stored) {
+    if (member.method == storedMethod) {
         if (length != size) {
             throw Refusal(length > size ? more : less);
         }
@@ -205,7 +205,7 @@ void ContentReader::unpackInPieces(const Member &member, const std::string &pass
         sum = libdeflate_crc32(sum, bytes, length);
         sink.take(bytes, length);
     };
-    if (member.method == stored) {
+    if (member.method == storedMethod) {
         while (const std::size_t read = data->read(m_packed.data(), pieceSize)) {
             pass(m_packed.data(), read);
         }

@@ -32,10 +32,10 @@ constexpr std::uint16_t stored = 0;
 constexpr std::uint16_t deflated = 8;
 constexpr std::uint16_t aesMark = 99;
 
-enum class Kind { File, Folder, Other };
+enum class EntryKind { File, Folder, Other };
 
 // By what the packer's system keeps of a file.
-Kind kindOf(std::uint16_t madeBy, std::uint32_t attributes)
+EntryKind entryKindOf(std::uint16_t madeBy, std::uint32_t attributes)
 {
     constexpr int onUnix = 3;
     constexpr int onMac = 19;
@@ -43,20 +43,20 @@ Kind kindOf(std::uint16_t madeBy, std::uint32_t attributes)
         switch (attributes >> 16U & 0170000U) {
         case 0:
         case 0100000:
-            return Kind::File;
+            return EntryKind::File;
         case 0040000:
-            return Kind::Folder;
+            return EntryKind::Folder;
         default:
-            return Kind::Other;
+            return EntryKind::Other;
         }
     }
     constexpr std::uint32_t label = 0x08;
     constexpr std::uint32_t folder = 0x10;
     constexpr std::uint32_t link = 0x400;
     if ((attributes & (label | link)) != 0) {
-        return Kind::Other;
+        return EntryKind::Other;
     }
-    return (attributes & folder) != 0 ? Kind::Folder : Kind::File;
+    return (attributes & folder) != 0 ? EntryKind::Folder : EntryKind::File;
 }
 
 class DirectoryReader
@@ -187,12 +187,12 @@ private:
     {
         const std::uint16_t madeBy = number16(entry + 4);
         const std::uint32_t attributes = number32(entry + 38);
-        const Kind kind = kindOf(madeBy, attributes);
-        if (kind == Kind::Other) {
+        const EntryKind kind = entryKindOf(madeBy, attributes);
+        if (kind == EntryKind::Other) {
             throw Refusal(printable(name), "it is a link, a device or another special entry");
         }
         const bool named = name.empty() || name.back() == '/';
-        member.folder = named || (kind == Kind::Folder && member.size == 0);
+        member.folder = named || (kind == EntryKind::Folder && member.size == 0);
         if (member.folder && member.size != 0) {
             throw Refusal(printable(name), "a folder cannot have a content");
         }

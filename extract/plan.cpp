@@ -90,7 +90,7 @@ std::size_t partsInCommon(std::string_view one, std::string_view other)
 }
 
 // The first so many parts of a name.
-std::string_view beginning(std::string_view name, std::size_t parts)
+std::string_view leadingParts(std::string_view name, std::size_t parts)
 {
     std::size_t end = 0;
     for (std::size_t part = 0; part < parts && end < name.size(); ++part) {
@@ -109,7 +109,7 @@ void compareNeighbours(const SortedNames &names, std::uint32_t before, std::uint
                        std::size_t common)
 {
     const std::string name(names.nameOf(now));
-    if (beginning(names.nameOf(before), common) != beginning(names.nameOf(now), common)) {
+    if (leadingParts(names.nameOf(before), common) != leadingParts(names.nameOf(now), common)) {
         throw Refusal(name, "its name differs from that of " + std::string(names.nameOf(before)) +
                                 " only in capital and small letters");
     }
@@ -136,7 +136,7 @@ std::vector<FolderName> foldersOf(const Directory &directory)
         const std::size_t parts = partsOf(name) - (names.isFolder(now) ? 0 : 1);
         for (std::size_t part = common; part < parts; ++part) {
             folders.push_back({directory.members[now].nameAt,
-                               static_cast<std::uint32_t>(beginning(name, part + 1).size())});
+                               static_cast<std::uint32_t>(leadingParts(name, part + 1).size())});
         }
         before = &now;
     }

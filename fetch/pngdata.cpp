@@ -90,11 +90,10 @@ public:
     Counter &operator=(const Counter &) = delete;
 
     // Whether more may come behind these bytes, before so many have been unpacked.
-    bool add(const char *data, int size, qint64 most)
+    bool add(QByteArray data, qint64 most)
     {
-        // The library takes no constant, and writes nothing there.
-        m_stream.next_in = static_cast<Bytef *>(static_cast<void *>(const_cast<char *>(data)));
-        m_stream.avail_in = static_cast<uInt>(size);
+        m_stream.next_in = static_cast<Bytef *>(static_cast<void *>(data.data()));
+        m_stream.avail_in = static_cast<uInt>(data.size());
         int result = Z_OK;
         while (result == Z_OK && m_count <= most) {
             m_stream.next_out = m_unpacked.data();
@@ -133,8 +132,7 @@ bool unpacksBeyondItsRows(const QByteArray &bytes)
     }
     const qint64 most = bytesOfPicture(bytes) + tolerance;
     Counter counter;
-    forEachData(bytes, [&](int begin, int size) {
-        return counter.add(bytes.constData() + begin, size, most);
-    });
+    forEachData(bytes,
+                [&](int begin, int size) { return counter.add(bytes.mid(begin, size), most); });
     return counter.count() > most;
 }
