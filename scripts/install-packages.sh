@@ -55,7 +55,7 @@ windows_packages=(
 # What its tests run on.
 windows_test_packages=(
   wine64 xvfb x11-utils xdotool openbox unzip zip python3 python3-pil fonts-lato openssl
-  procps libzip4
+  procps libzip-dev
 )
 
 # Succeeds when the package is installed and configured.

@@ -63,7 +63,7 @@ def password(world: World) -> None:
 
 
 def pack_aes(path: pathlib.Path, method: int, entries: Mapping[str, bytes]) -> None:
-    library = ctypes.CDLL("libzip.so.4")
+    library = ctypes.CDLL("libzip.so")
     library.zip_open.restype = library.zip_source_buffer.restype = ctypes.c_void_p
     library.zip_file_add.restype = ctypes.c_int64
     error = ctypes.c_int()
