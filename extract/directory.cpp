@@ -15,7 +15,6 @@ namespace Extract
 namespace
 {
 constexpr std::size_t entrySize = 46;
-constexpr std::uint32_t entryMark = 0x02014B50;
 // As much as is held in memory beside the members that are being unpacked.
 constexpr std::uint64_t mostMembers = 400000;
 constexpr std::uint64_t mostNames = 24U << 20U;

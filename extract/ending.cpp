@@ -20,7 +20,6 @@ constexpr std::size_t wideEndSize = 56;
 constexpr std::uint32_t endMark = 0x06054B50;
 constexpr std::uint32_t locatorMark = 0x07064B50;
 constexpr std::uint32_t wideEndMark = 0x06064B50;
-constexpr std::uint32_t firstEntryMark = 0x02014B50;
 
 template<std::size_t Size>
 std::optional<std::array<unsigned char, Size>> bytesAt(const ByteSource &archive,
@@ -84,7 +83,7 @@ void locate(const ByteSource &archive, std::uint64_t said, std::uint64_t end, En
         throw Refusal("is damaged: its directory does not lie in it");
     }
     const bool asSaid =
-        ending.size == 0 || ending.size + said == end || isAt(archive, said, firstEntryMark);
+        ending.size == 0 || ending.size + said == end || isAt(archive, said, entryMark);
     ending.at = asSaid ? said : end - ending.size;
     ending.start = ending.at - said;
 }

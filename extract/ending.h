@@ -6,6 +6,9 @@ namespace Extract
 {
 class ByteSource;
 
+// What an entry of the directory begins with.
+constexpr std::uint32_t entryMark = 0x02014B50;
+
 // What the end of an archive says of its directory.
 struct Ending {
     std::uint64_t count = 0;

@@ -1,9 +1,28 @@
 #include "extract/extractor.h"
 
+#include "extract/zipbuilder.h"
 #include "support/scratchfolder.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QProcess>
+
+const QString Extractor::target = QStringLiteral("Alpha/Official/1.0");
+
+QByteArray Extractor::gameArchive()
+{
+    return ZipBuilder{ZipEntry::deflated("game.exe", QByteArray(3000, 'g')),
+                      {"empty/", ""},
+                      {"data/map.bin", "map"}}
+        .bytes();
+}
+
+QStringList Extractor::beside(const QString &folder)
+{
+    return QDir(QFileInfo(folder).path())
+        .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+}
 
 QString Extractor::program()
 {

@@ -14,6 +14,12 @@ struct Ended {
     QByteArray out;
 };
 
+// The version's folder that the tests unpack into, and an archive of a small game.
+extern const QString target;
+QByteArray gameArchive();
+// Names of what lies beside a folder.
+QStringList beside(const QString &folder);
+
 QString program();
 // Started, with its input closed, as the launcher does.
 void start(QProcess &process, const QStringList &arguments);

@@ -9,31 +9,17 @@
 #include <QProcess>
 #include <QTest>
 
+using Extractor::beside;
 using Extractor::Ended;
+using Extractor::gameArchive;
 using Extractor::run;
+using Extractor::target;
 using Extractor::unpack;
 using Texts::names;
 using Texts::text;
 
 namespace
 {
-const QString target = QStringLiteral("Alpha/Official/1.0");
-
-QByteArray gameArchive()
-{
-    return ZipBuilder{ZipEntry::deflated("game.exe", QByteArray(3000, 'g')),
-                      {"empty/", ""},
-                      {"data/map.bin", "map"}}
-        .bytes();
-}
-
-// Names of what lies beside the folder that is unpacked into.
-QStringList beside(const QString &folder)
-{
-    return QDir(QFileInfo(folder).path())
-        .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-}
-
 // What the folder held before, and what it holds when unpacking into it has failed.
 struct Before {
     const char *what;

@@ -9,8 +9,11 @@
 #include <QStorageInfo>
 #include <QTest>
 
+using Extractor::beside;
 using Extractor::Ended;
+using Extractor::gameArchive;
 using Extractor::run;
+using Extractor::target;
 using Extractor::unpack;
 using Texts::names;
 using Texts::text;
@@ -19,22 +22,6 @@ using ZipBytes::number;
 
 namespace
 {
-const QString target = QStringLiteral("Alpha/Official/1.0");
-
-QByteArray gameArchive()
-{
-    return ZipBuilder{ZipEntry::deflated("game.exe", QByteArray(3000, 'g')),
-                      {"empty/", ""},
-                      {"data/map.bin", "map"}}
-        .bytes();
-}
-
-// Names of what lies beside the folder that is unpacked into.
-QStringList beside(const QString &folder)
-{
-    return QDir(QFileInfo(folder).path())
-        .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-}
 } // namespace
 
 // Where unpacking writes, and where it does not.

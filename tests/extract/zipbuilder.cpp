@@ -22,8 +22,9 @@ QByteArray commonPart(const ZipEntry &entry, int extra)
 QByteArray ZipBytes::number(quint64 value, int bytes)
 {
     QByteArray out;
-    for (int i = 0; i < bytes; ++i) {
-        out += static_cast<char>(value >> (8 * i) & 0xFF);
+    for (; bytes > 0; --bytes) {
+        out += static_cast<char>(value & 0xFF);
+        value >>= 8;
     }
     return out;
 }
