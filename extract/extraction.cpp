@@ -22,7 +22,12 @@ public:
     {
     }
 
-    void begin(const Member &member) override { m_member = &member; }
+    void begin(const Member &member) override
+    {
+        // What a damaged member left is removed with all the rest.
+        m_file.reset();
+        m_member = &member;
+    }
 
     void take(const unsigned char *bytes, std::size_t length) override
     {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <limits>
 #include <optional>
 #include <system_error>
 #include <thread>
@@ -20,6 +21,7 @@ namespace Extract
 namespace
 {
 constexpr std::size_t mebibyte = 1U << 20U;
+constexpr std::uint32_t noMember = std::numeric_limits<std::uint32_t>::max();
 // More than these wait for the disk and for each other.
 constexpr std::size_t mostWorkers = 32;
 
@@ -46,24 +48,45 @@ std::size_t memoryBeside(const Directory &directory)
     return std::min(taken < all ? std::max(all - taken, least) : least, most);
 }
 
+// Where the archive is known to be refused: members from here on need not be unpacked.
+class End
+{
+public:
+    bool isBefore(std::uint32_t member) const { return m_member <= member; }
+    // Returns whether it was later until now.
+    bool bringTo(std::uint32_t member)
+    {
+        if (isBefore(member)) {
+            return false;
+        }
+        m_member = member;
+        return true;
+    }
+
+private:
+    std::atomic<std::uint32_t> m_member{noMember};
+};
+
 class Stopped
 {
 };
 
-// Passes everything on until another worker has failed.
+// Passes everything on while it is of use.
 class StoppableSink : public Sink
 {
 public:
-    StoppableSink(Sink &sink, const std::atomic<bool> &stop)
+    StoppableSink(Sink &sink, const End &end)
         : m_sink(sink)
-        , m_stop(stop)
+        , m_end(end)
     {
     }
+
+    void setMember(std::uint32_t member) { m_member = member; }
 
     void begin(const Member &member) override { m_sink.begin(member); }
     void take(const unsigned char *bytes, std::size_t length) override
     {
-        if (m_stop) {
+        if (m_end.isBefore(m_member)) {
             throw Stopped();
         }
         m_sink.take(bytes, length);
@@ -73,7 +96,8 @@ public:
 
 private:
     Sink &m_sink;
-    const std::atomic<bool> &m_stop;
+    const End &m_end;
+    std::uint32_t m_member = 0;
 };
 
 class Workers
@@ -92,28 +116,20 @@ public:
 
     void work(std::size_t worker, Sink &sink)
     {
-        std::string member;
+        StoppableSink stoppable(sink, m_end);
+        std::uint32_t member = noMember;
         try {
-            StoppableSink stoppable(sink, m_stop);
             ContentReader reader(m_archive, m_passwords, m_heldByEach);
             for (auto some = m_queue.next(worker); !some.empty(); some = m_queue.next(worker)) {
                 for (const std::uint32_t each : some) {
-                    if (m_stop) {
-                        return;
-                    }
-                    const Member &now = m_directory.members[each];
-                    member = m_directory.nameOf(now);
-                    reader.unpack(now, stoppable);
+                    member = each;
+                    unpack(member, reader, stoppable);
                 }
             }
-        } catch (const Stopped &) {
-            return;
         } catch (const NotWritten &refusal) {
-            fail(NotWritten(member, refusal.what()));
-        } catch (const Refusal &refusal) {
-            fail(Refusal(member, refusal.what()));
+            fail(0, NotWritten(nameOf(member), refusal.what()));
         } catch (const std::bad_alloc &) {
-            fail(NotWritten(member, "there is not enough memory"));
+            fail(0, NotWritten(nameOf(member), "there is not enough memory"));
         }
     }
 
@@ -125,13 +141,36 @@ public:
     }
 
 private:
-    void fail(const Refusal &refusal)
+    std::string nameOf(std::uint32_t member) const
+    {
+        return member == noMember ? std::string() : m_directory.nameOf(m_directory.members[member]);
+    }
+
+    // What comes before a damaged member is unpacked all the same, so that of several always the
+    // first is told, however fast each worker was.
+    void unpack(std::uint32_t member, ContentReader &reader, StoppableSink &sink)
+    {
+        if (m_end.isBefore(member)) {
+            return;
+        }
+        try {
+            sink.setMember(member);
+            reader.unpack(m_directory.members[member], sink);
+        } catch (const Stopped &) {
+            return;
+        } catch (const NotWritten &) {
+            throw;
+        } catch (const Refusal &refusal) {
+            fail(member, Refusal(nameOf(member), refusal.what()));
+        }
+    }
+
+    void fail(std::uint32_t member, const Refusal &refusal)
     {
         const std::lock_guard<std::mutex> guard(m_mutex);
-        if (!m_failure) {
+        if (m_end.bringTo(member)) {
             m_failure = refusal;
         }
-        m_stop = true;
     }
 
     const ByteSource &m_archive;
@@ -141,7 +180,7 @@ private:
     WorkQueue m_queue;
     std::mutex m_mutex;
     std::optional<Refusal> m_failure;
-    std::atomic<bool> m_stop{false};
+    End m_end;
 };
 } // namespace
 

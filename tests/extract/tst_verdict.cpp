@@ -47,6 +47,7 @@ private slots:
     void refused();
     void everyLength();
     void listsTheMembers();
+    void tellsTheFirstOfTheDamaged();
     void withoutTheContents();
     void oneByteChanged();
 };
@@ -343,6 +344,22 @@ void TestVerdict::listsTheMembers()
     QVERIFY(!verdict.members[1].encrypted && verdict.members[2].encrypted);
     QVERIFY(!verdict.accepted);
     QCOMPARE(verdict.member, std::string("c"));
+}
+
+// However many workers there are, and whichever of them is the first to find something.
+void TestVerdict::tellsTheFirstOfTheDamaged()
+{
+    ZipEntry large = ZipEntry::deflated("first", QByteArray(8 << 20, 'x'));
+    large.crc = 1;
+    ZipBuilder archive{{"sound", "content"}, large};
+    for (int i = 0; i < 64; ++i) {
+        ZipEntry later(QByteArray::number(i), "content");
+        later.crc = 1;
+        archive.add(later);
+    }
+    const Extract::Verdict verdict = verdictOf(archive.bytes());
+    QCOMPARE(verdict.member, std::string("first"));
+    QCOMPARE(verdict.reason, std::string("its sum is wrong: it is damaged"));
 }
 
 // Looking at the directory alone does not find what only the contents tell.
