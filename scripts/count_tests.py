@@ -3,7 +3,8 @@
 The folder holds CTest's own list (ctest.junit.xml) and, for each test of the toolkit, its log
 (NAME.xml). A test without a log, such as a check of the sources, counts as one function. Where
 functions were skipped, ", N skipped" follows, and a line before says why, where a check told it; one
-that was skipped for some of its data only has passed. Ends with 1 when one failed or none ran.
+that was skipped for some of its data only has passed. Each failure has a line before, since the end of
+a long log is all that is often seen. Ends with 1 when one failed or none ran.
 """
 
 from __future__ import annotations
@@ -41,14 +42,27 @@ def outcomes(case: ElementTree.Element, folder: pathlib.Path) -> Counter[str]:
     log = folder / f"{case.get('name')}.xml"
     try:
         found = Counter(functions(log))
-    except (FileNotFoundError, ElementTree.ParseError):
-        # No log, or one cut short by a crash.
+    except ElementTree.ParseError:
+        print(f"{case.get('name')}: its log is cut short")
+        return Counter(failed=1)
+    except FileNotFoundError:
         if case.get("status") in ("notrun", "disabled"):
             return Counter(skipped=1)
         return Counter(passed=1) if succeeded else Counter(failed=1)
     if not succeeded and not found["failed"]:
         found["failed"] = 1
     return found
+
+
+def failures(case: ElementTree.Element, folder: pathlib.Path) -> list[str]:
+    """The functions of one CTest entry that failed, as far as its log tells."""
+    try:
+        root = ElementTree.parse(folder / f"{case.get('name')}.xml").getroot()
+    except (FileNotFoundError, ElementTree.ParseError):
+        return []
+    return [
+        str(each.get("name")) for each in root.iter("TestFunction") if outcome_of(each) == "failed"
+    ]
 
 
 def reasons(case: ElementTree.Element) -> Iterator[str]:
@@ -61,7 +75,10 @@ def reasons(case: ElementTree.Element) -> Iterator[str]:
 def main(folder: pathlib.Path) -> int:
     total: Counter[str] = Counter()
     for case in ElementTree.parse(folder / "ctest.junit.xml").getroot().iter("testcase"):
-        total += outcomes(case, folder)
+        found = outcomes(case, folder)
+        if found["failed"]:
+            print(f"{case.get('name')} failed: {', '.join(failures(case, folder)) or 'as a whole'}")
+        total += found
         for reason in reasons(case):
             print(reason)
     line = f"{total['passed']} passed, {total['failed']} failed"
