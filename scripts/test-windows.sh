@@ -8,6 +8,13 @@
 # Needs the toolkit for Windows in /opt/qt5-mingw-w64 or in the folder that EMBERWAKE_WINDOWS_QT
 # names; packaging/windows/build-qt.sh puts it there.
 set -euo pipefail
+# Wine's loader keeps the address range around 2 GiB for itself, but where the kernel puts things at
+# random it now and then is too late for the one page that every Windows process needs, and starting a
+# program fails there with an "internal error". Nothing is put at random below this line.
+without_chance=0x0040000
+if ((!(0x$(cat /proc/self/personality) & without_chance))) && setarch --addr-no-randomize true 2> /dev/null; then
+  exec setarch --addr-no-randomize "$0" "$@"
+fi
 cd "$(dirname "$0")/.."
 # Wine takes the system's 8-bit encoding from here: western Europe's, as most players have it.
 export LC_ALL=C.UTF-8
@@ -41,7 +48,9 @@ echo '== Setting up a Windows'
 template=$(mktemp -d /tmp/emberwake-windows.XXXXXX)
 trap 'rm -rf "$template" "$summary_log"' EXIT
 export EMBERWAKE_WINE_TEMPLATE=$template/prefix
-WINEPREFIX=$EMBERWAKE_WINE_TEMPLATE WINEARCH=win64 WINEDEBUG=-all \
+# Its links into a home must not lead to that of the one who runs this.
+mkdir "$template/home"
+HOME=$template/home WINEPREFIX=$EMBERWAKE_WINE_TEMPLATE WINEARCH=win64 WINEDEBUG=-all \
   WINEDLLOVERRIDES='mscoree,mshtml=;winedbg.exe,winemenubuilder.exe=d' DISPLAY='' \
   /usr/lib/wine/wine64 wineboot --init > "$template/log" 2>&1
 WINEPREFIX=$EMBERWAKE_WINE_TEMPLATE /usr/lib/wine/wineserver64 --wait
