@@ -23,6 +23,10 @@ version=${setup##*/emberwake-launcher-}
 version=${version%-setup.exe}
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/test-installer.XXXXXX")
+# Windows' folders of the player are links into the home: what the uninstaller removes must not be the
+# caller's.
+export HOME=$work/home
+mkdir "$HOME"
 export WINEPREFIX=$work/wine WINEDEBUG=-all LC_ALL=C.UTF-8 WINEDLLOVERRIDES='mscoree,mshtml='
 wine=/usr/lib/wine/wine64
 display_pid=
@@ -43,7 +47,6 @@ done
 DISPLAY=:$(cat "$work/display")
 export DISPLAY
 
-# The whole Windows folder is on the launcher's side of Wine: nothing of it is the caller's home.
 timeout 180 "$wine" wineboot --init > /dev/null 2>&1
 c=$WINEPREFIX/drive_c
 user=$c/users/$(id -un)

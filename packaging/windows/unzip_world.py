@@ -32,8 +32,11 @@ class World:
     def __init__(self, scratch: pathlib.Path, extractor: pathlib.Path) -> None:
         self.scratch = scratch
         self.extractor = extractor
+        # Windows' folders of the player are links into the home: not into the caller's.
+        home = scratch / "home"
+        home.mkdir()
         self.environment = dict(
-            os.environ, WINEPREFIX=str(scratch / "wine"), WINEDEBUG="-all", LC_ALL="C.UTF-8",
+            os.environ, HOME=str(home), WINEPREFIX=str(scratch / "wine"), WINEDEBUG="-all", LC_ALL="C.UTF-8",
             WINEDLLOVERRIDES="mscoree,mshtml=")
         self.environment.pop("DISPLAY", None)
         self.starter = scratch / "start-hidden.exe"

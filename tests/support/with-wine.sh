@@ -25,6 +25,10 @@ wine=/usr/lib/wine/wine64
 wineserver=/usr/lib/wine/wineserver64
 # In /tmp: the path of the server's socket must be short.
 scratch=$(mktemp -d /tmp/emberwake-wine.XXXXXX)
+# Windows' folders of the player are links into the home: a test that removes something there must
+# not reach that of the one who runs it.
+export HOME=$scratch/home
+mkdir "$HOME"
 export WINEPREFIX=$scratch/prefix WINEDEBUG=${WINEDEBUG:--all} WINEARCH=win64
 # No half-installed desktop integration of the one who runs this.
 export WINEDLLOVERRIDES="${WINEDLLOVERRIDES:-mscoree,mshtml=;winedbg.exe,winemenubuilder.exe=d}"
