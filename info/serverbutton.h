@@ -33,6 +33,9 @@ public:
     // Made without a parent: whoever makes the server button gives it an owner.
     ImageDownloader *getImageDownloader() const { return imageDownloader; }
 
+    // Shows the picture at this size in pixels; does nothing before one arrived.
+    void showAt(QSize size);
+
     void onImageLoaded();
 
 private:
@@ -42,6 +45,7 @@ private:
     QPixmap *pixmap = nullptr;     // the downloader's, not a copy
     QIcon icon;
     QSize iconSize;
+    QSize m_shownSize; // the icon's now
     QString name;
     QString url;
 };

@@ -1,6 +1,7 @@
 #include "fetch/filedownloader.h"
 #include "fetch/imagedownloader.h"
 #include "fetch/oneperturn.h"
+#include "info/panelcolumns.h"
 #include "info/serverbutton.h"
 #include "info/world.h"
 #include "support/messagelog.h"
@@ -45,44 +46,6 @@ QString entry(const QString &server, const QString &client,
               const QString &version = QStringLiteral("2.0"))
 {
     return Documents::client(server, client, version);
-}
-
-// One column of the built panel, from the top.
-struct Column {
-    QGroupBox *container = nullptr;
-    QPushButton *logo = nullptr;
-    QPushButton *upper = nullptr;
-    QPushButton *lower = nullptr;
-};
-
-QPushButton *buttonAt(const QLayout *column, int place)
-{
-    return qobject_cast<QPushButton *>(column->itemAt(place)->widget());
-}
-
-// In the order of the layout.
-QList<Column> columnsOf(const testform &window)
-{
-    QList<Column> columns;
-    const QLayout *row = window.ui->serverButtonsGroup->layout();
-    for (int i = 0; row != nullptr && i < row->count(); ++i) {
-        Column column;
-        column.container = qobject_cast<QGroupBox *>(row->itemAt(i)->widget());
-        if (column.container == nullptr || column.container->layout() == nullptr ||
-            column.container->layout()->count() != 3) {
-            qFatal("a column of the panel is none");
-        }
-        column.logo = buttonAt(column.container->layout(), 0);
-        column.upper = buttonAt(column.container->layout(), 1);
-        column.lower = buttonAt(column.container->layout(), 2);
-        columns << column;
-    }
-    return columns;
-}
-
-QRect placeOf(const testform &window, const QWidget *widget)
-{
-    return {widget->mapTo(&window, QPoint()), widget->size()};
 }
 
 QImage pictureOn(const QLabel *label)
