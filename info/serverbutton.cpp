@@ -43,7 +43,10 @@ void ServerButton::onImageLoaded()
         m_shownSize = iconSize;
     }
     if (targetLabel != nullptr) {
-        targetLabel->setPixmap(scaledToSize(*pixmap, targetLabel->size()));
+        // One that could not be had takes nobody's place.
+        if (!pixmap->isNull()) {
+            targetLabel->setPixmap(scaledToSize(*pixmap, targetLabel->size()));
+        }
         targetLabel = nullptr;
     }
 }

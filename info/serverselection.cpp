@@ -149,9 +149,13 @@ void testform::serverSelectCallback()
     setMenuState(0);
 }
 
-// A logo neither downloaded nor cached leaves the label as it was.
+// A logo neither downloaded nor cached leaves the label as it was, until it arrives.
 void testform::showServerLogo()
 {
+    // Only the server that was chosen last is still waited for.
+    for (ServerButton *earlier : qAsConst(serverButtons)) {
+        earlier->setTargetLabel(nullptr);
+    }
     ServerButton *server = serverButtons.value(selectedClientInfo.server, nullptr);
     if (server == nullptr) {
         return;
@@ -163,6 +167,10 @@ void testform::showServerLogo()
     }
     if (const QPixmap *logo = server->getPixmap()) {
         ui->labelServer->setPixmap(scaledToSize(*logo, ui->labelServer->size()));
+    }
+    // A cached one too is only shown until then.
+    if (!server->getImageDownloader()->isDownloaded) {
+        server->setTargetLabel(ui->labelServer);
     }
 }
 
