@@ -30,10 +30,12 @@ render() {  # source, output, zoom
 
 # The launcher: at twice the design size, so that a full screen is sharp. Every start decodes all
 # pictures of the form, seen or not, and pays for each pixel: the tiles' placeholders, which news
-# replace, and the dark picture under the panel are content with less.
+# replace, and the dark picture under the panel are content with less. The toolkit draws what a sheet calls
+# "image" at most in the size that it has: these stop growing where their pixels end.
 zoom() {  # name
     case "$1" in
         newsBig | newsMedium* | newsSmall* | servers_nobutton_dark) echo 1 ;;
+        leftArrow | rightArrow | facebook | discord) echo 4 ;;
         *) echo 2 ;;
     esac
 }
@@ -53,7 +55,8 @@ done
 # For the same reason 256 colours each, but for the window's own picture: its wide gradients would
 # show it. The demo world's news do without the other colours too, as an operator's may.
 "$python" -B drawing/finish.py palette servers_nobutton_dark.png newsBig.png newsMedium[12].png \
-    newsSmall[123].png new_buttons/*.png ../demo/world/news/*.png
+    newsSmall[123].png new_buttons/*.png \
+    {left,right}Arrow.png facebook.png discord.png ../demo/world/news/*.png
 
 # The program icon; the two smallest sizes have a simpler drawing.
 frames=()

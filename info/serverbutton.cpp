@@ -40,9 +40,26 @@ void ServerButton::onImageLoaded()
         icon.addPixmap(scaledToSize(*pixmap, iconSize));
         button->setIcon(icon);
         button->setIconSize(iconSize);
+        m_shownSize = iconSize;
     }
     if (targetLabel != nullptr) {
-        targetLabel->setPixmap(scaledToSize(*pixmap, targetLabel->size()));
+        // One that could not be had takes nobody's place.
+        if (!pixmap->isNull()) {
+            targetLabel->setPixmap(scaledToSize(*pixmap, targetLabel->size()));
+        }
         targetLabel = nullptr;
     }
+}
+
+void ServerButton::showAt(QSize size)
+{
+    if (pixmap == nullptr || button == nullptr) {
+        return;
+    }
+    if (m_shownSize != size) {
+        icon = QIcon(scaledToSize(*pixmap, size));
+        button->setIcon(icon);
+        m_shownSize = size;
+    }
+    button->setIconSize(size);
 }

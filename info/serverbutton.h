@@ -33,15 +33,23 @@ public:
     // Made without a parent: whoever makes the server button gives it an owner.
     ImageDownloader *getImageDownloader() const { return imageDownloader; }
 
+    // The label that is to get the next picture that arrives; null for none. It must live as long
+    // as it is named here.
+    void setTargetLabel(QLabel *label) { targetLabel = label; }
+
+    // Shows the picture at this size in pixels; does nothing before one arrived.
+    void showAt(QSize size);
+
     void onImageLoaded();
 
 private:
     ImageDownloader *imageDownloader;
     QPointer<QPushButton> button;
-    QLabel *targetLabel = nullptr; // nobody sets it; for showing a late logo on a label
-    QPixmap *pixmap = nullptr;     // the downloader's, not a copy
+    QLabel *targetLabel = nullptr;
+    QPixmap *pixmap = nullptr; // the downloader's, not a copy
     QIcon icon;
     QSize iconSize;
+    QSize m_shownSize; // the icon's now
     QString name;
     QString url;
 };

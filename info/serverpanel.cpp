@@ -2,9 +2,24 @@
 
 #include "base/documentlimits.h"
 
+#include <algorithm>
+
 namespace
 {
 constexpr int designWidth = 974;
+constexpr int designHeight = 571;
+
+// The size, or the largest of its proportions that is no wider.
+QSize noWiderThan(int width, QSize size)
+{
+    return size.width() <= width ? size : QSize(width, size.height() * width / size.width());
+}
+
+QRect centredIn(const QRect &place, QSize size)
+{
+    return {place.x() + (place.width() - size.width()) / 2,
+            place.y() + (place.height() - size.height()) / 2, size.width(), size.height()};
+}
 
 QString withClientButtonSize(const QString &sheet)
 {
@@ -39,6 +54,45 @@ QSize ServerPanel::logoSize(int columns)
 int ServerPanel::columnHeight(QSize logo)
 {
     return clientButtonSize.height() * 2 + logo.height();
+}
+
+ServerPanel::ColumnPlace ServerPanel::columnPlace(int index, int columns, const QMargins &margins,
+                                                  int spacing)
+{
+    const QRect row = QRect(0, 0, designWidth, designHeight).marginsRemoved(margins);
+    const QSize logo = logoSize(columns);
+    const auto cellLeft = [&row, columns, spacing](int cell) {
+        return row.x() + cell * (row.width() + spacing) / columns;
+    };
+    const QRect cell(cellLeft(index), row.y(), cellLeft(index + 1) - spacing - cellLeft(index),
+                     row.height());
+    const int width = std::min(cell.width(), std::max(logo.width(), clientButtonSize.width()));
+
+    const QSize button = noWiderThan(width, clientButtonSize);
+    const QRect upper(0, logo.height(), width, clientButtonSize.height());
+    return {centredIn(cell, {width, columnHeight(logo)}),
+            {0, 0, width, logo.height()},
+            centredIn(upper, button),
+            centredIn(upper.translated(0, clientButtonSize.height()), button),
+            noWiderThan(width, logo)};
+}
+
+ServerPanel::ColumnPlace ServerPanel::scaledTo(QSize panel, const ColumnPlace &place)
+{
+    // Both sides were cut to whole pixels; the larger ratio is the one that has lost less.
+    const float ratio = std::max(static_cast<float>(panel.width()) / designWidth,
+                                 static_cast<float>(panel.height()) / designHeight);
+    const auto length = [ratio](int design) {
+        return static_cast<int>(static_cast<float>(design) * ratio);
+    };
+    const auto size = [&length](QSize design) {
+        return QSize(length(design.width()), length(design.height()));
+    };
+    const auto rect = [&length, &size](const QRect &design) {
+        return QRect(QPoint(length(design.x()), length(design.y())), size(design.size()));
+    };
+    return {rect(place.column), rect(place.logo), rect(place.upper), rect(place.lower),
+            size(place.picture)};
 }
 
 QString ServerPanel::logoFileName(const QString &server)

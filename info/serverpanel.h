@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QMargins>
+#include <QRect>
 #include <QSize>
 #include <QString>
 #include <QStringList>
@@ -21,6 +23,22 @@ QSize logoSize(int columns);
 
 // Height of a column with a logo of this size and two client buttons under it.
 int columnHeight(QSize logo);
+
+// Where a column stands in the panel; where its logo and its two client buttons stand in it, and
+// the size of the logo's picture there.
+struct ColumnPlace {
+    QRect column;
+    QRect logo;
+    QRect upper;
+    QRect lower;
+    QSize picture;
+};
+// The place of one of so many columns, in a panel of the design's size: side by side in cells of
+// one width, within these margins and so far apart. Where a cell is narrower than a client button,
+// logo and buttons are as narrow, in their proportions.
+ColumnPlace columnPlace(int index, int columns, const QMargins &margins, int spacing);
+// The same in a panel of this size, which has the design's proportions.
+ColumnPlace scaledTo(QSize panel, const ColumnPlace &place);
 
 // The file name of a server's logo, beside the document.
 QString logoFileName(const QString &server);

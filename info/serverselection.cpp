@@ -1,15 +1,15 @@
 // The selection panel: one column per server, and applying the player's choice.
 
 #include "fetch/imagedownloader.h"
+#include "info/panelcolumn.h"
+#include "info/panelrow.h"
 #include "info/serverbutton.h"
 #include "info/serverpanel.h"
 #include "ui_testform.h"
 #include "window/testform.h"
 
-#include <QHBoxLayout>
 #include <QPixmap>
 #include <QSignalMapper>
-#include <QVBoxLayout>
 
 namespace
 {
@@ -18,8 +18,9 @@ QPushButton *makeClientButton(const QString &styleSheet)
     auto *button = new QPushButton;
     button->setFlat(true);
     button->setStyleSheet(styleSheet);
-    // A sheet gives its size only where the toolkit accepts it; the placeholder's is rejected.
-    button->setFixedSize(ServerPanel::clientButtonSize);
+    // Its column places it; the sheet would give its size only where the toolkit accepts it, and
+    // the placeholder's is rejected.
+    button->resize(ServerPanel::clientButtonSize);
     return button;
 }
 } // namespace
@@ -30,7 +31,7 @@ void testform::createServerButtons()
     if (ui->serverButtonsGroup->layout() != nullptr) {
         return;
     }
-    auto *row = new QHBoxLayout;
+    auto *row = new PanelRow;
     const QStringList names = ServerPanel::shownNames(clientInfos.keys());
     const QSize logo = ServerPanel::logoSize(names.size());
     for (const QString &name : names) {
@@ -42,12 +43,12 @@ void testform::createServerButtons()
 // Returns the column's container, to be given a parent by the row.
 QGroupBox *testform::createServerColumn(const QString &name, QSize logo)
 {
-    auto *column = new QVBoxLayout;
+    auto *server = new ServerButton(name, BASE_URL + ServerPanel::logoFileName(name), logo);
+    auto *column = new PanelColumn(server);
     column->setSpacing(0);
     // The column's fixed height is that of its contents alone.
     column->setContentsMargins(0, 0, 0, 0);
 
-    auto *server = new ServerButton(name, BASE_URL + ServerPanel::logoFileName(name), logo);
     server->setParent(this);
     server->getImageDownloader()->setParent(this);
     server->load(false);
@@ -96,6 +97,15 @@ void testform::addClientButtons(QVBoxLayout *column, const QString &server)
     connect(mapper, SIGNAL(mapped(QString)), this, SLOT(onServerSelect(QString)));
 }
 
+// A rescale knows no design geometry of the columns and leaves them without size. If the panel is
+// open they are placed anew in the next turn of the event loop, otherwise before it is shown.
+void testform::placeServerColumnsAnew()
+{
+    if (QLayout *row = ui->serverButtonsGroup->layout()) {
+        row->update();
+    }
+}
+
 // Applies the remembered choice if the document offers it, otherwise asks for one.
 void testform::applyRememberedSelection()
 {
@@ -139,9 +149,13 @@ void testform::serverSelectCallback()
     setMenuState(0);
 }
 
-// A logo neither downloaded nor cached leaves the label as it was.
+// A logo neither downloaded nor cached leaves the label as it was, until it arrives.
 void testform::showServerLogo()
 {
+    // Only the server that was chosen last is still waited for.
+    for (ServerButton *earlier : qAsConst(serverButtons)) {
+        earlier->setTargetLabel(nullptr);
+    }
     ServerButton *server = serverButtons.value(selectedClientInfo.server, nullptr);
     if (server == nullptr) {
         return;
@@ -153,6 +167,10 @@ void testform::showServerLogo()
     }
     if (const QPixmap *logo = server->getPixmap()) {
         ui->labelServer->setPixmap(scaledToSize(*logo, ui->labelServer->size()));
+    }
+    // A cached one too is only shown until then.
+    if (!server->getImageDownloader()->isDownloaded) {
+        server->setTargetLabel(ui->labelServer);
     }
 }
 

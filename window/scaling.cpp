@@ -79,10 +79,11 @@ void testform::customResize(int w, int h)
     prevWidth = DesignScale::scaledWindowSide(W, ratio);
     prevHeight = DesignScale::scaledWindowSide(H, ratio);
     resize(prevWidth, prevHeight);
+    placeServerColumnsAnew();
 }
 
 // Looking a name up enters it: widgets made at run time, such as the server columns, have no design
-// geometry and end at nothing until their layout places them again.
+// geometry and end at nothing until their layout places them again, after customResize().
 void testform::scaleWidget(QWidget *widget, float ratio)
 {
     const QString name = widget->objectName();

@@ -151,6 +151,7 @@ private:
     void createServerButtons();
     QGroupBox *createServerColumn(const QString &name, QSize logo);
     void addClientButtons(QVBoxLayout *column, const QString &server);
+    void placeServerColumnsAnew();
     void applyRememberedSelection();
     void serverSelectCallback();
     void showServerLogo();

@@ -272,8 +272,9 @@ def button(name: str, label: str, state: str, solid: bool) -> None:
             x + c, y + 1, x + w - c, x + w - 1, y + c, y + h * .46, x + 1, y + c)),
             s.lin([(0, "#ffffff", .26 if solid else .12), (1, "#ffffff", .02)]))
     s.path(inner, "none", 'stroke="%s" stroke-opacity="%s" stroke-width="1"' % (line, ".45" if state != "-disabled" else "1"))
-    size = 20 if len(label) < 8 else 17
-    d_w = s.text(label, 98, 40.5 + size * .36, size, letters, "Black", 2.6 if len(label) < 8 else 1.5)
+    # one size for all: the largest at which the longest word and its marks stand within the frame
+    size = 18
+    d_w = s.text(label, 98, 40.5 + size * .36, size, letters, "Black", 1.5)
     for side in (-1, 1):
         mx = 98 + side * (d_w / 2 + 10.5)
         if state == "-hover":

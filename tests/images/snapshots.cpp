@@ -1,6 +1,6 @@
 // Leaves pictures of the launcher in the demo world in a folder: snapshots FOLDER. Every page at
-// the smallest, the design's and the full-screen size, the panel with one to four columns, and what
-// a player without a network sees. To be looked at; it judges nothing.
+// the smallest, the design's and the full-screen size, the panel with one to four columns among
+// them, and what a player without a network sees. To be looked at; it judges nothing.
 
 #include "images/demoworld.h"
 #include "support/documents.h"
@@ -71,9 +71,9 @@ void shootPanels(const QDir &folder)
         window.show();
         QTest::qWait(1500);
         shoot(window, folder, QStringLiteral("servers%1-974").arg(columns));
-        if (columns == 3) {
-            window.customResize(1842, 1080);
-            shoot(window, folder, QStringLiteral("servers%1-1842").arg(columns));
+        for (const QSize size : {QSize(487, 286), QSize(1842, 1080)}) {
+            window.customResize(size.width(), size.height());
+            shoot(window, folder, QStringLiteral("servers%1-%2").arg(columns).arg(size.width()));
         }
     }
 }

@@ -2,6 +2,7 @@
 #include "support/relation.h"
 #include "ui_testform.h"
 
+#include <QColor>
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QIcon>
@@ -12,6 +13,7 @@
 #include <QRegularExpression>
 #include <QTest>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -25,6 +27,8 @@ struct Picture {
 
 // News replace a placeholder, and the panel's picture is dark and soft.
 constexpr int once = 1;
+// The toolkit draws them no larger than they are, and the window can have four times its size.
+constexpr int fourTimes = 4;
 
 const QSize nowhere(1, 1);
 const QSize window(974, 571);
@@ -42,12 +46,12 @@ const Picture pictures[] = {
     {"newsSmall1.png", {138, 75}, once},
     {"newsSmall2.png", {138, 75}, once},
     {"newsSmall3.png", {138, 75}, once},
-    {"leftArrow.png", {12, 34}},
-    {"rightArrow.png", {12, 34}},
+    {"leftArrow.png", {12, 34}, fourTimes},
+    {"rightArrow.png", {12, 34}, fourTimes},
     {"slideActive.png", {9, 9}},
     {"slidePassive.png", {9, 9}},
-    {"facebook.png", {40, 40}},
-    {"discord.png", {40, 45}},
+    {"facebook.png", {40, 40}, fourTimes},
+    {"discord.png", {40, 45}, fourTimes},
     {"new_buttons/download.png", actionButton},
     {"new_buttons/download-disabled.png", actionButton},
     {"new_buttons/download-hover.png", actionButton},
@@ -133,6 +137,8 @@ private slots:
     void proportions();
     void buttonsShowTheirState_data();
     void buttonsShowTheirState();
+    void letteringHasOneSize_data();
+    void letteringHasOneSize();
     void bundleHoldsNothingElse();
     void bundleIsSmall();
     void iconHasAllSizes_data();
@@ -208,6 +214,56 @@ void TestPictures::buttonsShowTheirState()
     QVERIFY2(hover > 1.25 * normal, qPrintable(QStringLiteral("%1 %2").arg(hover).arg(normal)));
     QVERIFY2(normal > 1.25 * disabled,
              qPrintable(QStringLiteral("%1 %2").arg(normal).arg(disabled)));
+}
+
+void TestPictures::letteringHasOneSize_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QColor>("letters");
+    const auto row = [](const char *button, const char *state, const char *letters) {
+        QTest::addRow("%s%s", button, state)
+            << QStringLiteral(":/images/new_buttons/%1%2.png")
+                   .arg(QLatin1String(button), QLatin1String(state))
+            << QColor(QLatin1String(letters));
+    };
+    for (const char *button : {"download", "update", "play"}) {
+        row(button, "", "#260d05");
+        row(button, "-hover", "#260d05");
+    }
+    for (const char *button : {"official", "beta"}) {
+        row(button, "", "#ffd9ae");
+        row(button, "-hover", "#fff6e8");
+    }
+    for (const char *button : {"download", "update", "play", "official", "beta"}) {
+        row(button, "-disabled", "#697085");
+    }
+}
+
+// Official and Beta stand below each other, Play and Update side by side. 26 pixels, twice the
+// design's size; round letters reach a little further than straight ones.
+void TestPictures::letteringHasOneSize()
+{
+    QFETCH(QString, path);
+    QFETCH(QColor, letters);
+    const QImage image = QImage(path).convertToFormat(QImage::Format_ARGB32);
+    const auto isLetter = [&image, &letters](int x, int y) {
+        const QColor pixel = image.pixelColor(x, y);
+        return std::abs(pixel.red() - letters.red()) + std::abs(pixel.green() - letters.green()) +
+                   std::abs(pixel.blue() - letters.blue()) <
+               60;
+    };
+    int top = image.height();
+    int bottom = -1;
+    // Within the frame, and between the marks of the shortest word.
+    for (int y = 40; y < image.height() - 40; ++y) {
+        for (int x = 150; x < image.width() - 150; ++x) {
+            if (isLetter(x, y)) {
+                top = std::min(top, y);
+                bottom = y;
+            }
+        }
+    }
+    VERIFY_RELATION(std::abs(bottom - top + 1 - 26), <=, 1);
 }
 
 void TestPictures::bundleIsSmall()

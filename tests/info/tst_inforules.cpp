@@ -227,6 +227,8 @@ private slots:
     void columnOrder();
     void sizes_data();
     void sizes();
+    void placesOfTheDesign();
+    void placesAtAnySize();
     void selectionKeys_data();
     void selectionKeys();
     void styleSheets_data();
@@ -1053,6 +1055,60 @@ void TestInfoRules::sizes()
     QCOMPARE(ServerPanel::logoSize(columns), logo);
     QCOMPARE(ServerPanel::columnHeight(logo), height);
     QCOMPARE(ServerPanel::clientButtonSize, QSize(196, 81));
+}
+
+void TestInfoRules::placesOfTheDesign()
+{
+    const QMargins margins(9, 9, 9, 9);
+    const ServerPanel::ColumnPlace second = ServerPanel::columnPlace(1, 2, margins, 6);
+    QCOMPARE(second.column, QRect(582, 136, 291, 298));
+    QCOMPARE(second.logo, QRect(0, 0, 291, 136));
+    QCOMPARE(second.picture, QSize(291, 136));
+    QCOMPARE(second.upper, QRect(47, 136, 196, 81));
+    QCOMPARE(second.lower, QRect(47, 217, 196, 81));
+    // A logo narrower than the buttons is as wide as they are, its picture in the middle.
+    const ServerPanel::ColumnPlace fourth = ServerPanel::columnPlace(3, 4, margins, 6);
+    QCOMPARE(fourth.logo.size(), QSize(196, 81));
+    QCOMPARE(fourth.picture, QSize(174, 81));
+    QCOMPARE(fourth.upper, QRect(0, 81, 196, 81));
+    // With five there is no room for buttons of their own size.
+    const ServerPanel::ColumnPlace fifth = ServerPanel::columnPlace(4, 5, margins, 6);
+    QCOMPARE(fifth.upper.size(), QSize(187, 77));
+    QCOMPARE(fifth.lower.y() - fifth.upper.y(), 81);
+
+    const ServerPanel::ColumnPlace half = ServerPanel::scaledTo({487, 285}, second);
+    QCOMPARE(half.column, QRect(291, 68, 145, 149));
+    QCOMPARE(half.upper, QRect(23, 68, 98, 40));
+    QCOMPARE(half.lower, QRect(23, 108, 98, 40));
+    QCOMPARE(half.picture, QSize(145, 68));
+}
+
+void TestInfoRules::placesAtAnySize()
+{
+    for (int columns = 1; columns <= 100; ++columns) {
+        for (const float ratio : {0.5F, 0.77F, 1.0F, 1.232F, 1.89142F, 4.0F}) {
+            const QSize panel(int(974 * ratio), int(571 * ratio));
+            int right = 0;
+            for (int i = 0; i < columns; ++i) {
+                const ServerPanel::ColumnPlace place = ServerPanel::scaledTo(
+                    panel, ServerPanel::columnPlace(i, columns, {11, 9, 11, 9}, 6));
+                const QRect whole(QPoint(), place.column.size());
+                // With a hundred columns nothing is left of them at half the size.
+                QVERIFY(columns > 50 || !place.upper.isEmpty());
+                QVERIFY(QRect(QPoint(), panel).contains(place.column));
+                VERIFY_RELATION(place.column.x(), >=, right);
+                right = place.column.x() + place.column.width();
+                for (const QRect &part : {place.logo, place.upper, place.lower}) {
+                    QVERIFY(whole.contains(part));
+                }
+                VERIFY_RELATION(place.logo.bottom(), <, place.upper.top());
+                VERIFY_RELATION(place.upper.bottom(), <, place.lower.top());
+                QCOMPARE(place.lower.size(), place.upper.size());
+                VERIFY_RELATION(place.picture.width(), <=, place.logo.width());
+                VERIFY_RELATION(place.picture.height(), <=, place.logo.height());
+            }
+        }
+    }
 }
 
 void TestInfoRules::selectionKeys_data()

@@ -1,6 +1,7 @@
 #include "fetch/filedownloader.h"
 #include "fetch/imagedownloader.h"
 #include "fetch/oneperturn.h"
+#include "info/panelcolumns.h"
 #include "info/serverbutton.h"
 #include "info/world.h"
 #include "support/messagelog.h"
@@ -45,44 +46,6 @@ QString entry(const QString &server, const QString &client,
               const QString &version = QStringLiteral("2.0"))
 {
     return Documents::client(server, client, version);
-}
-
-// One column of the built panel, from the top.
-struct Column {
-    QGroupBox *container = nullptr;
-    QPushButton *logo = nullptr;
-    QPushButton *upper = nullptr;
-    QPushButton *lower = nullptr;
-};
-
-QPushButton *buttonAt(const QLayout *column, int place)
-{
-    return qobject_cast<QPushButton *>(column->itemAt(place)->widget());
-}
-
-// In the order of the layout.
-QList<Column> columnsOf(const testform &window)
-{
-    QList<Column> columns;
-    const QLayout *row = window.ui->serverButtonsGroup->layout();
-    for (int i = 0; row != nullptr && i < row->count(); ++i) {
-        Column column;
-        column.container = qobject_cast<QGroupBox *>(row->itemAt(i)->widget());
-        if (column.container == nullptr || column.container->layout() == nullptr ||
-            column.container->layout()->count() != 3) {
-            qFatal("a column of the panel is none");
-        }
-        column.logo = buttonAt(column.container->layout(), 0);
-        column.upper = buttonAt(column.container->layout(), 1);
-        column.lower = buttonAt(column.container->layout(), 2);
-        columns << column;
-    }
-    return columns;
-}
-
-QRect placeOf(const testform &window, const QWidget *widget)
-{
-    return {widget->mapTo(&window, QPoint()), widget->size()};
 }
 
 QImage pictureOn(const QLabel *label)
@@ -162,7 +125,10 @@ private slots:
 
     void logoIsShownOnButtonAndLabel();
     void logoIsFetchedAndCachedUnderTheServersName();
-    void lateLogoLeavesTheLabelAsItWas();
+    void lateLogoAppearsWhenItArrives();
+    void lateLogoOfAnEarlierChoiceStaysAway();
+    void lateLogoThatFailsTakesNoPlace_data();
+    void lateLogoThatFailsTakesNoPlace();
     void cachedLogoIsShownUntilTheDownloadArrives();
     void logoThatWaitsForItsTurnIsShown_data();
     void logoThatWaitsForItsTurnIsShown();
@@ -818,7 +784,7 @@ void TestServerSelection::logoIsFetchedAndCachedUnderTheServersName()
     QCOMPARE(cached.pixel(0, 0), green);
 }
 
-void TestServerSelection::lateLogoLeavesTheLabelAsItWas()
+void TestServerSelection::lateLogoAppearsWhenItArrives()
 {
     World world;
     const QString logo = QStringLiteral("Alpha.png");
@@ -839,16 +805,82 @@ void TestServerSelection::lateLogoLeavesTheLabelAsItWas()
     QCOMPARE(WindowDriver::click(window, *column.upper), QString());
     QVERIFY(showsColour(window.ui->labelServer, blue));
 
-    // When it arrives it goes to its button only.
     world.server.release(logo);
     QTRY_VERIFY(window.serverButtons[alpha]->getPixmap() != nullptr);
     QVERIFY(!column.logo->icon().isNull());
-    QVERIFY(showsColour(window.ui->labelServer, blue));
-
-    // And to the label with the next selection.
-    QCOMPARE(WindowDriver::click(window, QStringLiteral("btnSelectServer")), QString());
-    QCOMPARE(WindowDriver::click(window, *column.upper), QString());
     QVERIFY(showsColour(window.ui->labelServer, green));
+    QCOMPARE(window.serverButtons[alpha]->targetLabel, nullptr);
+}
+
+// It was chosen, but then another one was.
+void TestServerSelection::lateLogoOfAnEarlierChoiceStaysAway()
+{
+    World world;
+    const QString bravo = QStringLiteral("Bravo");
+    const QString charlie = QStringLiteral("Charlie");
+    world.server.serveHeld(QStringLiteral("Alpha.png"), Documents::png(32, 15, red));
+    world.server.serveHeld(QStringLiteral("Bravo.png"), Documents::png(32, 15, green));
+    world.server.serve(QStringLiteral("Charlie.png"), Documents::png(32, 15, blue));
+    world.publish({entry(alpha, official), entry(bravo, official), entry(charlie, official)});
+    OpenLauncher launcher;
+    QVERIFY(launcher.open());
+    testform &window = launcher.window;
+    const auto &servers = window.serverButtons;
+    QTRY_VERIFY(servers[charlie]->getPixmap() != nullptr);
+    const QList<Column> columns = columnsOf(window);
+    const auto choose = [&window, &columns](int column) {
+        window.on_btnSelectServer_clicked();
+        return WindowDriver::click(window, *columns[column].upper);
+    };
+    QCOMPARE(choose(0), QString());
+    QCOMPARE(choose(1), QString());
+    world.server.release(QStringLiteral("Alpha.png"));
+    QTRY_VERIFY(servers[alpha]->getPixmap() != nullptr);
+    QVERIFY(pictureOn(window.ui->labelServer).isNull());
+
+    world.server.release(QStringLiteral("Bravo.png"));
+    QTRY_VERIFY(servers[bravo]->getPixmap() != nullptr);
+    QVERIFY(showsColour(window.ui->labelServer, green));
+
+    // What was shown once comes at once.
+    QCOMPARE(choose(2), QString());
+    QVERIFY(showsColour(window.ui->labelServer, blue));
+}
+
+void TestServerSelection::lateLogoThatFailsTakesNoPlace_data()
+{
+    QTest::addColumn<bool>("cached");
+    QTest::addColumn<bool>("anotherMeanwhile");
+    QTest::newRow("the cached one's") << true << false;
+    QTest::newRow("that of a server chosen before") << false << false;
+    QTest::newRow("that of a server chosen since") << false << true;
+}
+
+void TestServerSelection::lateLogoThatFailsTakesNoPlace()
+{
+    QFETCH(bool, cached);
+    QFETCH(bool, anotherMeanwhile);
+    World world;
+    const QString logo = QStringLiteral("Alpha.png");
+    world.server.serveHeld(logo, QByteArray("no picture"));
+    world.server.serve(QStringLiteral("Bravo.png"), Documents::png(32, 15, blue));
+    world.publish({entry(alpha, official), entry(QStringLiteral("Bravo"), official)});
+    if (cached) {
+        ScratchFolder::write(logo, Documents::png(8, 8, red));
+    }
+    OpenLauncher launcher;
+    QVERIFY(launcher.open());
+    testform &window = launcher.window;
+    QTRY_VERIFY(window.serverButtons[QStringLiteral("Bravo")]->getPixmap() != nullptr);
+    window.onServerSelect(QStringLiteral("Bravo|Official"));
+    window.onServerSelect(QStringLiteral("Alpha|Official"));
+    if (anotherMeanwhile) {
+        window.onServerSelect(QStringLiteral("Bravo|Official"));
+    }
+    world.server.release(logo);
+    QTRY_VERIFY(window.serverButtons[alpha]->getImageDownloader()->isDownloaded);
+    QVERIFY(window.serverButtons[alpha]->getPixmap()->isNull());
+    QVERIFY(showsColour(window.ui->labelServer, cached ? red : blue));
 }
 
 void TestServerSelection::cachedLogoIsShownUntilTheDownloadArrives()
@@ -870,8 +902,6 @@ void TestServerSelection::cachedLogoIsShownUntilTheDownloadArrives()
 
     world.server.release(logo);
     QTRY_COMPARE(window.serverButtons[alpha]->getPixmap()->size(), QSize(32, 15));
-    QCOMPARE(WindowDriver::click(window, QStringLiteral("btnSelectServer")), QString());
-    QCOMPARE(WindowDriver::click(window, *column.upper), QString());
     QVERIFY(showsColour(window.ui->labelServer, green));
 }
 

@@ -29,9 +29,11 @@ BLUR = 1.5
 LIMIT = 6
 LIMIT_OF_256_COLOURS = 15
 
-# Every start decodes them, seen or not: they are content with fewer pixels than twice their size.
+# Every start decodes the first ones, seen or not: they are content with fewer pixels than twice their
+# size. The others grow with the window only as far as their pixels go.
 SCALES = dict.fromkeys(("servers_nobutton_dark", "newsBig", "newsMedium1", "newsMedium2",
                         "newsSmall1", "newsSmall2", "newsSmall3"), 1)
+SCALES |= dict.fromkeys(("leftArrow", "rightArrow", "facebook", "discord"), 4)
 
 
 @dataclass
@@ -44,7 +46,7 @@ class Change:
     replacement: str
 
 
-MARK = r'(<path d="M55[^"]*" fill=)"#5e1f0a"/>'
+MARK = r'(<path d="M59[^"]*" fill=)"#5e1f0a"/>'
 RUNE = r'<path d="M309[^"]*" fill="#ffb061"/>'
 CHANGES = (
     Change("a mark that is gone", "new_buttons/play", MARK, ""),

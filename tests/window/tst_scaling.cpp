@@ -42,6 +42,8 @@ private slots:
     void runTimeWidgetsHaveNoDesignGeometry();
     void randomSizesFollowTheFormula();
     void designSizeRestoresEverything();
+    void smallPicturesGrowWithTheWindow_data();
+    void smallPicturesGrowWithTheWindow();
     void sizeGripRescalesEveryLauncherWindow();
     void sizeGripIgnoresMoves();
 
@@ -427,6 +429,49 @@ void TestScaling::designSizeRestoresEverything()
     }
     // Icons then have their button's own design size.
     QCOMPARE(m_window->ui->btnPlay->iconSize(), QSize(196, 81));
+}
+
+void TestScaling::smallPicturesGrowWithTheWindow_data()
+{
+    QTest::addColumn<QString>("name");
+    for (const char *name : {"btnLeft", "btnRight", "btnFacebook", "btnDiscord", "slide1",
+                             "slidePassive2", "btnClose_", "btnFullscreen_", "btnMinimize_"}) {
+        QTest::newRow(name) << QString::fromLatin1(name);
+    }
+}
+
+// Not only their places: what is drawn there takes the same part of them at each size, up to the
+// largest screens.
+void TestScaling::smallPicturesGrowWithTheWindow()
+{
+    QFETCH(QString, name);
+    auto *widget = m_window->findChild<QWidget *>(name);
+    const auto drawnHeight = [widget] {
+        QImage image(widget->size(), QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        widget->render(&image, QPoint(), QRegion(), QWidget::RenderFlags());
+        int top = image.height();
+        int bottom = -1;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                if (qAlpha(image.pixel(x, y)) > 127) {
+                    top = std::min(top, y);
+                    bottom = y;
+                }
+            }
+        }
+        return bottom - top + 1;
+    };
+    // At twice the design's size, for its edges fall between two pixels there.
+    m_window->customResize(1948, 1142);
+    const int atTwice = drawnHeight();
+    VERIFY_RELATION(atTwice, >, 0);
+    for (const QSize size : {QSize(487, 286), QSize(974, 571), QSize(1200, 703), QSize(1842, 1080),
+                             QSize(2460, 1440), QSize(3684, 2160)}) {
+        m_window->customResize(size.width(), size.height());
+        const double expected = atTwice * m_window->prevWidth / 1948.0;
+        VERIFY_RELATION(std::abs(drawnHeight() - expected), <=, std::max(2.0, expected / 20));
+    }
 }
 
 namespace
