@@ -4,6 +4,7 @@
 #include "base/console.h"
 #include "base/documentlimits.h"
 #include "ui_testform.h"
+#include "window/fontsupply.h"
 
 #include <QApplication>
 #include <QPixmapCache>
@@ -22,6 +23,7 @@ testform::testform(QWidget *parent)
     , ui(new Ui::testform)
 {
     keepFormPictures();
+    FontSupply::provide(FontSupply::shippedFolder());
     ui->setupUi(this);
     letPanelHideTheRest();
     assignConstants();
