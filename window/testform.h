@@ -229,6 +229,10 @@ private:
     int y_before_full = 0;
     bool isMax = false;
     QPoint mousePos;
+    // The measure that mousePos is in: pixels of the screen to one of the window's, and the
+    // screen's corner; 0 before the first press or move.
+    qreal m_dragRatio = 0;
+    QPoint m_dragOrigin;
     float RATIO = 0;
     bool manualResizeCall = false; // nobody uses it
     QHash<QString, int> widths;
