@@ -37,12 +37,21 @@ void ServerButton::onImageLoaded()
 {
     pixmap = imageDownloader->getOriginalPixmap();
     if (button != nullptr) {
-        icon.addPixmap(scaledToSize(*pixmap, iconSize));
+        icon.addPixmap(scaledToSize(*pixmap, iconSize, button->devicePixelRatioF()));
         button->setIcon(icon);
         button->setIconSize(iconSize);
     }
     if (targetLabel != nullptr) {
-        targetLabel->setPixmap(scaledToSize(*pixmap, targetLabel->size()));
+        targetLabel->setPixmap(
+            scaledToSize(*pixmap, targetLabel->size(), targetLabel->devicePixelRatioF()));
         targetLabel = nullptr;
+    }
+}
+
+void ServerButton::remakeIcon()
+{
+    if (pixmap != nullptr && button != nullptr) {
+        icon = QIcon(scaledToSize(*pixmap, iconSize, button->devicePixelRatioF()));
+        button->setIcon(icon);
     }
 }

@@ -34,6 +34,8 @@ public:
     ImageDownloader *getImageDownloader() const { return imageDownloader; }
 
     void onImageLoaded();
+    // The icon anew, for a screen of another density; does nothing before a picture arrived.
+    void remakeIcon();
 
 private:
     ImageDownloader *imageDownloader;

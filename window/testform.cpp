@@ -5,6 +5,7 @@
 #include "base/documentlimits.h"
 #include "ui_testform.h"
 #include "window/fontsupply.h"
+#include "window/pixelratiowatch.h"
 
 #include <QApplication>
 #include <QPixmapCache>
@@ -36,6 +37,7 @@ testform::testform(QWidget *parent)
     downloadInfo();
     watchButtons();
     recordDesignGeometry();
+    new PixelRatioWatch(*this, [this] { remakePictures(); });
     setWindowFlags(Qt::FramelessWindowHint);
 }
 

@@ -135,6 +135,7 @@ private:
     void scaleWidget(QWidget *widget, float ratio);
     void scaleNewsPicture(QLabel *label, QSize size);
     const News *newsItemOf(const QLabel *label) const;
+    void remakePictures();
 
     // info/: launcher document
     void downloadInfo();
@@ -154,6 +155,7 @@ private:
     void applyRememberedSelection();
     void serverSelectCallback();
     void showServerLogo();
+    void remakeServerLogo();
 
     // install/: client directories. Paths are relative to the working directory; the first two
     // create the server's and the client's folder when missing, if the entry's names are plain.
