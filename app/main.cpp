@@ -1,4 +1,5 @@
 #include "install/gamefolder.h"
+#include "window/screenscaling.h"
 #include "window/testform.h"
 
 #include <QApplication>
@@ -7,6 +8,7 @@
 
 int main(int argc, char *argv[])
 {
+    ScreenScaling::letToolkitScale();
     const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Emberwake Online Launcher"));
     QApplication::setApplicationVersion(QStringLiteral(EMBERWAKE_VERSION));

@@ -70,11 +70,18 @@ QImage decodedInTurn(const QByteArray &bytes)
 
 qint64 ImageDownloader::s_pixels = 0;
 
-QPixmap scaledToSize(const QPixmap &picture, QSize size)
+QPixmap scaledToSize(const QPixmap &picture, QSize size, qreal pixelRatio)
 {
     // The toolkit would complain on the console about scaling nothing.
-    return picture.isNull() ? QPixmap()
-                            : picture.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    if (picture.isNull()) {
+        return {};
+    }
+    // Elsewhere published sizes are no multiples of what is shown, and lines would come out uneven.
+    const bool plain = qFuzzyCompare(pixelRatio, 1.0);
+    QPixmap scaled = picture.scaled(size * pixelRatio, Qt::IgnoreAspectRatio,
+                                    plain ? Qt::FastTransformation : Qt::SmoothTransformation);
+    scaled.setDevicePixelRatio(pixelRatio);
+    return scaled;
 }
 
 ImageDownloader::ImageDownloader(QUrl pictureUrl, QLabel *pictureLabel)
@@ -297,5 +304,5 @@ QString ImageDownloader::cacheFileName() const
 
 void ImageDownloader::showOnLabel(const QPixmap &picture)
 {
-    label->setPixmap(scaledToSize(picture, label->size()));
+    label->setPixmap(scaledToSize(picture, label->size(), label->devicePixelRatioF()));
 }

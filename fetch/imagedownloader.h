@@ -14,9 +14,9 @@ class QLabel;
 class QMutex;
 class QPixmap;
 
-// The picture scaled to exactly this size in pixels, aspect ratio ignored, not smoothed. An empty
-// picture stays empty.
-QPixmap scaledToSize(const QPixmap &picture, QSize size);
+// The picture scaled to exactly this size, aspect ratio ignored, for a screen with so many pixels
+// to each of the window's: not smoothed where that is one. An empty picture stays empty.
+QPixmap scaledToSize(const QPixmap &picture, QSize size, qreal pixelRatio = 1);
 
 // Fetches one picture, shows it on a label, keeps the unscaled original and caches it as
 // <objectName>.png in the working directory. Failures are silent: bytes that are no picture, or a

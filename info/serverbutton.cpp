@@ -37,7 +37,7 @@ void ServerButton::onImageLoaded()
 {
     pixmap = imageDownloader->getOriginalPixmap();
     if (button != nullptr) {
-        icon.addPixmap(scaledToSize(*pixmap, iconSize));
+        icon.addPixmap(scaledToSize(*pixmap, iconSize, button->devicePixelRatioF()));
         button->setIcon(icon);
         button->setIconSize(iconSize);
         m_shownSize = iconSize;
@@ -45,7 +45,8 @@ void ServerButton::onImageLoaded()
     if (targetLabel != nullptr) {
         // One that could not be had takes nobody's place.
         if (!pixmap->isNull()) {
-            targetLabel->setPixmap(scaledToSize(*pixmap, targetLabel->size()));
+            targetLabel->setPixmap(
+                scaledToSize(*pixmap, targetLabel->size(), targetLabel->devicePixelRatioF()));
         }
         targetLabel = nullptr;
     }
@@ -57,9 +58,16 @@ void ServerButton::showAt(QSize size)
         return;
     }
     if (m_shownSize != size) {
-        icon = QIcon(scaledToSize(*pixmap, size));
-        button->setIcon(icon);
         m_shownSize = size;
+        remakeIcon();
     }
     button->setIconSize(size);
+}
+
+void ServerButton::remakeIcon()
+{
+    if (pixmap != nullptr && button != nullptr) {
+        icon = QIcon(scaledToSize(*pixmap, m_shownSize, button->devicePixelRatioF()));
+        button->setIcon(icon);
+    }
 }

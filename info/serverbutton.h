@@ -41,6 +41,8 @@ public:
     void showAt(QSize size);
 
     void onImageLoaded();
+    // The icon anew, for a screen of another density; does nothing before a picture arrived.
+    void remakeIcon();
 
 private:
     ImageDownloader *imageDownloader;

@@ -166,12 +166,26 @@ void testform::showServerLogo()
         server->load(true);
     }
     if (const QPixmap *logo = server->getPixmap()) {
-        ui->labelServer->setPixmap(scaledToSize(*logo, ui->labelServer->size()));
+        ui->labelServer->setPixmap(
+            scaledToSize(*logo, ui->labelServer->size(), ui->labelServer->devicePixelRatioF()));
     }
     // A cached one too is only shown until then.
     if (!server->getImageDownloader()->isDownloaded) {
         server->setTargetLabel(ui->labelServer);
     }
+}
+
+// In the size it has, which is not always the label's.
+void testform::remakeServerLogo()
+{
+    const QPixmap shown = ui->labelServer->pixmap(Qt::ReturnByValue);
+    ServerButton *server = serverButtons.value(selectedClientInfo.server, nullptr);
+    if (shown.isNull() || server == nullptr || server->getPixmap() == nullptr) {
+        return;
+    }
+    ui->labelServer->setPixmap(scaledToSize(*server->getPixmap(),
+                                            shown.size() / shown.devicePixelRatio(),
+                                            ui->labelServer->devicePixelRatioF()));
 }
 
 void testform::on_btnSelectServer_clicked()

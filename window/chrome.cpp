@@ -27,7 +27,8 @@ bool testform::nativeEvent(const QByteArray & /*eventType*/, void *message, long
     RECT frame{};
     GetWindowRect(reinterpret_cast<HWND>(winId()), &frame);
     const HitTest::Answer answer =
-        HitTest::answer({int(frame.left), int(frame.top), int(frame.right), int(frame.bottom)},
+        HitTest::answer({int(frame.left), int(frame.top), int(frame.right), int(frame.bottom),
+                         HitTest::borderWidthAt(devicePixelRatioF())},
                         HitTest::unpackPoint(native->lParam), minimumWidth() != maximumWidth(),
                         minimumHeight() != maximumHeight(),
                         [this] { return QApplication::widgetAt(QCursor::pos()) == this; });
@@ -45,13 +46,25 @@ bool testform::nativeEvent(const QByteArray & /*eventType*/, void * /*message*/,
 void testform::mousePressEvent(QMouseEvent *event)
 {
     mousePos = event->globalPos();
+    m_dragRatio = devicePixelRatioF();
+    m_dragOrigin = screen()->geometry().topLeft();
 }
 
 void testform::mouseMoveEvent(QMouseEvent *event)
 {
     const QPoint position = event->globalPos();
-    move(pos() + position - mousePos);
+    const qreal ratio = devicePixelRatioF();
+    const QPoint origin = screen()->geometry().topLeft();
+    // The toolkit counts from the corner of the window's screen, in that screen's measure: behind a
+    // change of it the same place has another number, and the window would jump away.
+    const bool sameMeasure =
+        qFuzzyCompare(ratio, m_dragRatio) && (origin == m_dragOrigin || qFuzzyCompare(ratio, 1.0));
+    if (sameMeasure || m_dragRatio == 0) {
+        move(pos() + position - mousePos);
+    }
     mousePos = position;
+    m_dragRatio = ratio;
+    m_dragOrigin = origin;
 }
 
 void testform::mouseReleaseEvent(QMouseEvent * /*event*/) {}

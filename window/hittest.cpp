@@ -1,14 +1,19 @@
 #include "window/hittest.h"
 
+int HitTest::borderWidthAt(qreal pixelRatio)
+{
+    return qRound(borderWidth * pixelRatio);
+}
+
 // kept: each test overwrites the result of the earlier ones. In a window so narrow that bands
 // overlap, right wins over left and top over bottom.
 int HitTest::borderAt(const WindowRect &window, QPoint point, bool widthResizable,
                       bool heightResizable)
 {
-    const bool inLeft = point.x() >= window.left && point.x() < window.left + borderWidth;
-    const bool inRight = point.x() >= window.right - borderWidth && point.x() < window.right;
-    const bool inBottom = point.y() >= window.bottom - borderWidth && point.y() < window.bottom;
-    const bool inTop = point.y() >= window.top && point.y() < window.top + borderWidth;
+    const bool inLeft = point.x() >= window.left && point.x() < window.left + window.border;
+    const bool inRight = point.x() >= window.right - window.border && point.x() < window.right;
+    const bool inBottom = point.y() >= window.bottom - window.border && point.y() < window.bottom;
+    const bool inTop = point.y() >= window.top && point.y() < window.top + window.border;
 
     int result = nothing;
     const auto overwrite = [&result](bool matches, int value) {

@@ -19,15 +19,18 @@ constexpr int bottom = 15;
 constexpr int bottomLeft = 16;
 constexpr int bottomRight = 17;
 
-// Width of the resize borders, in pixels.
+// Width of the resize borders, in the window's own pixels.
 constexpr int borderWidth = 8;
+// The same in the screen's pixels, of which there are so many to one of the window's.
+int borderWidthAt(qreal pixelRatio);
 
 // Screen coordinates in pixels; left and top belong to the window, right and bottom do not.
 struct WindowRect {
-    int left;
-    int top;
-    int right;
-    int bottom;
+    int left = 0;
+    int top = 0;
+    int right = 0;
+    int bottom = 0;
+    int border = borderWidth; // width of the resize borders
 };
 
 // The border or corner at this point, or nothing; directions that cannot be resized have none.

@@ -73,9 +73,13 @@ QPixmap QGraphicsGlowEffect::applyEffectToPixmap(QPixmap src, QGraphicsEffect *e
     item->setGraphicsEffect(effect);
     scene.addItem(item);
 
-    QPixmap result(src.size() + QSize(extent * 2, extent * 2));
+    // As fine as the source, which has the screen's pixels.
+    const qreal pixelRatio = src.devicePixelRatio();
+    const QSizeF size = QSizeF(src.size()) / pixelRatio + QSizeF(extent * 2, extent * 2);
+    QPixmap result((size * pixelRatio).toSize());
+    result.setDevicePixelRatio(pixelRatio);
     result.fill(Qt::transparent);
     QPainter painter(&result);
-    scene.render(&painter, QRectF(), QRectF(-extent, -extent, result.width(), result.height()));
+    scene.render(&painter, QRectF(QPointF(), size), QRectF(QPointF(-extent, -extent), size));
     return result;
 }

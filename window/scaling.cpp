@@ -2,6 +2,7 @@
 // set from it at each new size.
 
 #include "fetch/imagedownloader.h"
+#include "info/serverbutton.h"
 #include "window/designscale.h"
 #include "window/mysizegrip.h"
 #include "window/testform.h"
@@ -121,8 +122,21 @@ void testform::scaleNewsPicture(QLabel *label, QSize size)
     const News *item = newsItemOf(label);
     const QPixmap *original = item != nullptr ? item->getOriginalPixmap() : nullptr;
     if (original != nullptr) {
-        label->setPixmap(scaledToSize(*original, size));
+        label->setPixmap(scaledToSize(*original, size, label->devicePixelRatioF()));
     }
+}
+
+// The window is on a screen of another density: the same places, with other pixels in them.
+void testform::remakePictures()
+{
+    const auto labels = findChildren<QLabel *>();
+    for (QLabel *label : labels) {
+        scaleNewsPicture(label, label->size());
+    }
+    for (ServerButton *server : qAsConst(serverButtons)) {
+        server->remakeIcon();
+    }
+    remakeServerLogo();
 }
 
 // The item that shows its picture on this label, slides first; null for none.

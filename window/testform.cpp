@@ -4,6 +4,8 @@
 #include "base/console.h"
 #include "base/documentlimits.h"
 #include "ui_testform.h"
+#include "window/fontsupply.h"
+#include "window/pixelratiowatch.h"
 
 #include <QApplication>
 #include <QPixmapCache>
@@ -22,6 +24,7 @@ testform::testform(QWidget *parent)
     , ui(new Ui::testform)
 {
     keepFormPictures();
+    FontSupply::provide(FontSupply::shippedFolder());
     ui->setupUi(this);
     letPanelHideTheRest();
     assignConstants();
@@ -34,6 +37,7 @@ testform::testform(QWidget *parent)
     downloadInfo();
     watchButtons();
     recordDesignGeometry();
+    new PixelRatioWatch(*this, [this] { remakePictures(); });
     setWindowFlags(Qt::FramelessWindowHint);
 }
 

@@ -135,6 +135,7 @@ private:
     void scaleWidget(QWidget *widget, float ratio);
     void scaleNewsPicture(QLabel *label, QSize size);
     const News *newsItemOf(const QLabel *label) const;
+    void remakePictures();
 
     // info/: launcher document
     void downloadInfo();
@@ -155,6 +156,7 @@ private:
     void applyRememberedSelection();
     void serverSelectCallback();
     void showServerLogo();
+    void remakeServerLogo();
 
     // install/: client directories. Paths are relative to the working directory; the first two
     // create the server's and the client's folder when missing, if the entry's names are plain.
@@ -230,6 +232,10 @@ private:
     int y_before_full = 0;
     bool isMax = false;
     QPoint mousePos;
+    // The measure that mousePos is in: pixels of the screen to one of the window's, and the
+    // screen's corner; 0 before the first press or move.
+    qreal m_dragRatio = 0;
+    QPoint m_dragOrigin;
     float RATIO = 0;
     bool manualResizeCall = false; // nobody uses it
     QHash<QString, int> widths;

@@ -63,7 +63,7 @@ work=$(mktemp -d "${TMPDIR:-/tmp}/package.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 name=emberwake-launcher-$version-windows-x86_64
 folder=$work/$name
-mkdir -p "$folder"/{platforms,styles,imageformats,licenses}
+mkdir -p "$folder"/{platforms,styles,imageformats,fonts,licenses}
 
 echo 'Collecting the files ...'
 runtime_file() {
@@ -85,6 +85,11 @@ cp "$qt/plugins/styles/qwindowsvistastyle.dll" "$folder/styles/"
 cp "$qt/plugins/imageformats"/{qgif,qico,qjpeg}.dll "$folder/imageformats/"
 for library in libgcc_s_seh-1.dll libstdc++-6.dll libwinpthread-1.dll; do
   cp "$(runtime_file "$library")" "$folder/"
+done
+# The form's letters, which a player's Windows does not have.
+for font in Lato-Regular.ttf Lato-Bold.ttf; do
+  install -m 644 "/usr/share/fonts/truetype/lato/$font" "$folder/fonts/" ||
+    fail "$font is not there (install fonts-lato)"
 done
 find "$folder" \( -name '*.exe' -o -name '*.dll' \) -exec x86_64-w64-mingw32-strip {} +
 
@@ -118,6 +123,8 @@ copy_license /usr/share/doc/mingw-w64-x86-64-dev/copyright mingw-w64-copyright.t
 for library in libzip-license libdeflate-license zlib-copyright; do
   copy_license "$libzip/licenses/$library.txt" "$library.txt" "the terms of a library inside the extractor"
 done
+copy_license /usr/share/doc/fonts-lato/copyright lato-copyright.txt "the terms of the form's letters"
+grep -q '^License: OFL-1.1' "$licenses/lato-copyright.txt" || fail "the font's terms are missing"
 for part in zlib pcre2 libpng jpeg freetype harfbuzz md4c double-conversion; do
   grep -qi -- "$part" "$licenses/qt-copyright.txt" || fail "$qt_copyright says nothing of $part"
 done
@@ -132,6 +139,7 @@ gcc_source+=", from gcc-${gcc_version%%.*} ${gcc_version%+"${gcc_source##* }"*}"
 sed -e "s|@QT_SOURCE@|$qt_source|" -e "s|@EXTRACTOR_SOURCES@|$extractor_sources|" \
   -e "s|@GCC_SOURCE@|$gcc_source|" \
   -e "s|@MINGW_SOURCE@|$(source_of mingw-w64-x86-64-dev)|" \
+  -e "s|@FONT_SOURCE@|$(source_of fonts-lato)|" \
   "$here/licenses-README.txt.in" > "$licenses/README.txt"
 ! grep -n '@' "$licenses/README.txt" || fail 'licenses/README.txt has a gap'
 # Notepad of the older systems knows no other line ends.

@@ -162,8 +162,9 @@ void TestProgramFile::manifest()
     QCOMPARE(level, QStringLiteral("asInvoker"));
     QCOMPARE(systems, 4);
     QCOMPARE(texts.value(QStringLiteral("longPathAware")), QStringLiteral("true"));
-    QCOMPARE(texts.value(QStringLiteral("dpiAware")), QStringLiteral("false"));
-    QCOMPARE(texts.value(QStringLiteral("dpiAwareness")), QStringLiteral("unaware"));
+    QCOMPARE(texts.value(QStringLiteral("dpiAware")), QStringLiteral("true/pm"));
+    QCOMPARE(texts.value(QStringLiteral("dpiAwareness")),
+             QStringLiteral("PerMonitorV2, PerMonitor"));
 }
 
 QTEST_GUILESS_MAIN(TestProgramFile)

@@ -22,6 +22,7 @@ from web import Web
 ROWS = {
     "start": rows_start.start,
     "own-pictures": rows_start.own_pictures,
+    "own-font": rows_start.own_font,
     "choice": rows_start.choice,
     "document": rows_start.document,
     "versions": rows_start.versions,

@@ -19,6 +19,7 @@ from table import Row, above, at_most, stated
 from web import Web
 
 IMAGES = REPOSITORY / "images"
+FONTS = Path("/usr/share/fonts/truetype/lato")
 # Where the document comes at once, and pictures and logos stay on their way.
 SLOW = "slowlogos/"
 
@@ -100,6 +101,33 @@ def own_pictures(setting: Setting, web: Web) -> list[Row]:
         lambda: window_until(setting, web.url + SLOW, "choice", plain))
     return [stated("start: processor time with our pictures, and with plain ones of the same sizes", "ms",
                    drawn["processor"], flat["processor"])]
+
+
+def own_font(setting: Setting, web: Web) -> list[Row]:
+    """The font from beside the program, as the packages have it, and the system's own."""
+    program = Path(setting.program("bench_window"))
+    beside = setting.folder("program-with-font")
+    shutil.copy(program, beside)
+    (beside / "fonts").mkdir()
+    for face in ("Regular", "Bold"):
+        shutil.copy(FONTS / f"Lato-{face}.ttf", beside / "fonts")
+    without = beside / "fonts.conf"
+    without.write_text(
+        '<?xml version="1.0"?>\n<!DOCTYPE fontconfig SYSTEM "fonts.dtd">\n<fontconfig>\n'
+        "<include>/etc/fonts/fonts.conf</include>\n"
+        f"<selectfont><rejectfont><glob>{FONTS}/*</glob></rejectfont></selectfont>\n</fontconfig>\n",
+        encoding="utf-8")
+
+    def start_of(program: Path, environment: dict[str, str]) -> dict[str, float]:
+        ended = run([program, web.url + SLOW, "choice"], setting.folder("installation"), environment)
+        return {"processor": ended.result["processor"]}
+
+    shipped, system = in_turn(
+        setting.rounds,
+        lambda: start_of(beside / program.name, {"FONTCONFIG_FILE": os.fspath(without)}),
+        lambda: start_of(program, {}))
+    return [stated("start: processor time with the font beside the program, and with the system's", "ms",
+                   shipped["processor"], system["processor"])]
 
 
 def document(setting: Setting, _: Web) -> list[Row]:

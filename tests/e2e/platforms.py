@@ -183,7 +183,8 @@ class Wine:
                 target = installation / inside
                 target.parent.mkdir(parents=True, exist_ok=True)
                 target.write_bytes(archive.read(entry))
-        lacking = [name for name in ("emberwake-launcher.exe", "unzip.exe") if not (installation / name).is_file()]
+        needed = ("emberwake-launcher.exe", "unzip.exe", "fonts/Lato-Regular.ttf", "fonts/Lato-Bold.ttf")
+        lacking = [name for name in needed if not (installation / name).is_file()]
         if lacking:
             raise WorldError(f"{self.package.name} lacks {', '.join(lacking)} in its one top folder")
 

@@ -1,6 +1,7 @@
 // Leaves pictures of the launcher in the demo world in a folder: snapshots FOLDER. Every page at
 // the smallest, the design's and the full-screen size, the panel with one to four columns among
 // them, and what a player without a network sees. To be looked at; it judges nothing.
+// QT_SCALE_FACTOR=1.5 in the environment makes it a screen of 150 %.
 
 #include "images/demoworld.h"
 #include "support/documents.h"
@@ -8,6 +9,7 @@
 #include "support/scratchfolder.h"
 #include "support/windowdriver.h"
 #include "ui_testform.h"
+#include "window/screenscaling.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -81,6 +83,7 @@ void shootPanels(const QDir &folder)
 
 int main(int argc, char *argv[])
 {
+    ScreenScaling::letToolkitScale();
     const QApplication application(argc, argv);
     if (argc != 2) {
         qFatal("usage: snapshots FOLDER");

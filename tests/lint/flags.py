@@ -16,7 +16,7 @@ FLAGS = """-Wall -Wextra -Wpedantic -Wshadow -Wconversion -std=c++17
 # and the fuzz targets.
 ELSEWHERE = """tests/app/tst_programfile.cpp tests/check/tst_windowswarnings.cpp
 tests/install/tst_realclient.cpp tests/window/tst_nativechrome.cpp
-tests/window/tst_nativedrag.cpp""".split()
+tests/window/tst_nativedrag.cpp tests/window/tst_nativeratio.cpp""".split()
 
 
 def is_elsewhere(name: str) -> bool:

@@ -24,6 +24,13 @@ bool button(bool down)
     input.mi.dwFlags = down ? MOUSEEVENTF_LEFTDOWN : MOUSEEVENTF_LEFTUP;
     return SendInput(1, &input, sizeof input) == 1;
 }
+
+// The toolkit's own cursor counts in the window's pixels.
+bool isAt(QPoint place)
+{
+    POINT now{};
+    return GetCursorPos(&now) != 0 && QPoint(int(now.x), int(now.y)) == place;
+}
 #else
 bool tool(const QStringList &arguments)
 {
@@ -41,12 +48,17 @@ bool button(bool down)
     return tool(
         {down ? QStringLiteral("mousedown") : QStringLiteral("mouseup"), QStringLiteral("1")});
 }
+
+bool isAt(QPoint place)
+{
+    return QCursor::pos() == place;
+}
 #endif
 } // namespace
 
 bool Pointer::moveTo(QPoint place)
 {
-    return warp(place) && QTest::qWaitFor([place] { return QCursor::pos() == place; });
+    return warp(place) && QTest::qWaitFor([place] { return isAt(place); });
 }
 
 bool Pointer::press()

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Runs a command on a virtual display of its own, and takes the display down afterwards:
 # with-display.sh [--window-manager] COMMAND...
+# EMBERWAKE_TEST_SCREEN may give another size and depth of the screen, as WIDTHxHEIGHTxDEPTH.
 set -euo pipefail
 window_manager=
 if [[ $1 == --window-manager ]]; then
@@ -9,7 +10,7 @@ if [[ $1 == --window-manager ]]; then
 fi
 manager=
 scratch=$(mktemp -d)
-Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp -noreset 3>"$scratch/display" 2>"$scratch/log" &
+Xvfb -displayfd 3 -screen 0 "${EMBERWAKE_TEST_SCREEN:-1920x1080x24}" -nolisten tcp -noreset 3>"$scratch/display" 2>"$scratch/log" &
 server=$!
 finish() {
   local pid

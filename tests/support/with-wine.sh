@@ -2,8 +2,9 @@
 # Runs a Windows program on a Windows of its own, with a virtual display of its own, and takes both
 # down afterwards:
 #
-#   with-wine.sh [--window-manager] [--show FILE] PROGRAM.exe ARGUMENT...
+#   with-wine.sh [--window-manager] [--dpi N] [--show FILE] PROGRAM.exe ARGUMENT...
 #
+# With --dpi its screen has N dots per inch (96 are 100 %).
 # The file of --show is printed afterwards: the toolkit's test log does not reach standard output
 # there. EMBERWAKE_WINE_TEMPLATE names a folder with a Windows that is set up already; a copy of it is made
 # for the program, so that programs that run at the same time do not meet. WINEPATH is handed on:
@@ -56,6 +57,12 @@ if [[ -n ${EMBERWAKE_WINE_TEMPLATE:-} ]]; then
 else
   "$wine" wineboot --init >"$scratch/log" 2>&1
   "$wineserver" --wait
+fi
+if [[ $1 == --dpi ]]; then
+  "$wine" reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d "$2" /f >"$scratch/log" 2>&1
+  # The desktop asks once, when it begins.
+  "$wineserver" --wait
+  shift 2
 fi
 shown=
 if [[ $1 == --show ]]; then

@@ -70,6 +70,11 @@ private:
             SetCursorPos(place.x(), place.y());
             Sleep(10); // a hand's speed
         }
+        // The last step may be lost when the machine is busy; a hand trembles there.
+        for (int nudge = 5; nudge >= 0; --nudge) {
+            SetCursorPos(to.x() + nudge % 2, to.y());
+            Sleep(10);
+        }
         do {
             put(MOUSEEVENTF_LEFTUP);
         } while (!waitUntil(false));
@@ -85,7 +90,7 @@ private:
 
 void TestNativeDrag::bordersCanBeDragged_data()
 {
-    QTest::addColumn<QPoint>("grip"); // negative: from the right or bottom edge
+    QTest::addColumn<QPoint>("grip"); // pixels of the screen; negative: from the right or bottom
     QTest::addColumn<QPoint>("distance");
     QTest::addColumn<QSize>("dragged");
     QTest::addColumn<QSize>("rescaled");
@@ -108,8 +113,12 @@ void TestNativeDrag::bordersCanBeDragged()
     const RECT window = frame();
     const QPoint from(int(grip.x() < 0 ? window.right : window.left) + grip.x(),
                       int(grip.y() < 0 ? window.bottom : window.top) + grip.y());
+    // By as many of the screen's pixels as lie between the two sizes.
+    const QSize grown = inPixels(m_window->size() + QSize(distance.x(), distance.y()));
+    const QPoint byPixels(grown.width() - sizeOf(window).width(),
+                          grown.height() - sizeOf(window).height());
     {
-        const Hand hand(from, from + distance);
+        const Hand hand(from, from + byPixels);
         QVERIFY(QTest::qWaitFor([&hand] { return hand.hasEnded(); }, 20000));
         QVERIFY(hand.wasTaken());
     }
@@ -127,9 +136,9 @@ void TestNativeDrag::bordersCanBeDragged()
 void TestNativeDrag::captionCanBeDragged()
 {
     m_window->ui->mainwindow->resize(500, 571);
-    const QPoint from = m_window->mapToGlobal(QPoint(700, 300));
+    const QPoint from = inPixels(m_window->mapToGlobal(QPoint(700, 300)));
     {
-        const Hand hand(from, from + QPoint(120, -60));
+        const Hand hand(from, from + inPixels(QPoint(120, -60)));
         QVERIFY(QTest::qWaitFor([&hand] { return hand.hasEnded(); }, 20000));
         QVERIFY(hand.wasTaken());
     }

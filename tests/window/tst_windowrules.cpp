@@ -11,6 +11,8 @@ class TestWindowRules : public QObject
 private slots:
     void borderAt_data();
     void borderAt();
+    void borderWidthAt_data();
+    void borderWidthAt();
     void answer_data();
     void answer();
     void pointsLeftOfTheFirstMonitor();
@@ -86,6 +88,36 @@ void TestWindowRules::answer_data()
         << QPoint(500, 400) << true << true << 2 << true;
     QTest::newRow("a child widget gets its click")
         << QPoint(500, 400) << false << false << 0 << true;
+}
+
+void TestWindowRules::borderWidthAt_data()
+{
+    QTest::addColumn<qreal>("ratio");
+    QTest::addColumn<int>("width");
+    QTest::newRow("100 %") << 1.0 << 8;
+    QTest::newRow("125 %") << 1.25 << 10;
+    QTest::newRow("150 %") << 1.5 << 12;
+    QTest::newRow("175 %") << 1.75 << 14;
+    QTest::newRow("200 %") << 2.0 << 16;
+    QTest::newRow("110 %, to the nearest") << 1.1 << 9;
+}
+
+// The bands of a window that is asked about in the screen's pixels.
+void TestWindowRules::borderWidthAt()
+{
+    QFETCH(qreal, ratio);
+    QFETCH(int, width);
+    QCOMPARE(HitTest::borderWidthAt(ratio), width);
+    HitTest::WindowRect scaled = window;
+    scaled.border = width;
+    const auto at = [&scaled](int x, int y) {
+        return HitTest::borderAt(scaled, QPoint(x, y), true, true);
+    };
+    QCOMPARE(at(100 + width - 1, 400), HitTest::left);
+    QCOMPARE(at(100 + width, 400), HitTest::nothing);
+    QCOMPARE(at(1074 - width, 400), HitTest::right);
+    QCOMPARE(at(1073 - width, 400), HitTest::nothing);
+    QCOMPARE(at(1074 - width, 771 - width), HitTest::bottomRight);
 }
 
 void TestWindowRules::answer()
