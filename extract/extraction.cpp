@@ -92,6 +92,8 @@ void unpackInto(const Folder &folder, const ByteSource &archive, const Directory
 void extract(const Order &order)
 {
     Destination destination(order.folder);
+    // Whatever comes of this archive; and what they take is room that it may need.
+    Staging::removeLeftovers(destination.around());
     const FileBytes archive(order.archive);
     Directory directory = readDirectory(archive);
     const Plan plan = planOf(directory);

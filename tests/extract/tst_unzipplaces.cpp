@@ -22,6 +22,12 @@ using ZipBytes::number;
 
 namespace
 {
+// What a killed run has left beside the target.
+void leaveHalf()
+{
+    ScratchFolder::write(text("Alpha/Official/.unzip-0123456789abcdef.part/data/half"), "half");
+    ScratchFolder::write(text("Alpha/Official/.unzip-0123456789abcdef.lock"));
+}
 } // namespace
 
 // Where unpacking writes, and where it does not.
@@ -34,6 +40,7 @@ private slots:
     void existingInTheWay_data();
     void existingInTheWay();
     void leftoversAreCleared();
+    void leftoversGoWhateverTheArchive();
     void onlyItsOwnAreCleared();
     void folderThatIsAFile();
     void longPaths();
@@ -85,12 +92,22 @@ void TestUnzipPlaces::existingInTheWay()
 void TestUnzipPlaces::leftoversAreCleared()
 {
     const ScratchFolder scratch;
-    ScratchFolder::write(text("Alpha/Official/.unzip-0123456789abcdef.part/data/half"), "half");
-    ScratchFolder::write(text("Alpha/Official/.unzip-0123456789abcdef.lock"));
+    leaveHalf();
     ScratchFolder::write(text("Alpha/Official/.unzip-fedcba9876543210.part/half"), "half");
     ScratchFolder::write(text("Alpha/Official/.unzip-00000000000000aa.lock"));
     QCOMPARE(unpack(gameArchive(), target).code, 0);
     QCOMPARE(beside(target), names("1.0"));
+}
+
+void TestUnzipPlaces::leftoversGoWhateverTheArchive()
+{
+    const ScratchFolder scratch;
+    leaveHalf();
+    QCOMPARE(unpack("no archive", target).code, 1);
+    QCOMPARE(beside(target), QStringList());
+    leaveHalf();
+    QCOMPARE(run({text("missing.zip"), text("-d"), target}).code, 1);
+    QCOMPARE(beside(target), QStringList());
 }
 
 void TestUnzipPlaces::onlyItsOwnAreCleared()
@@ -192,6 +209,10 @@ void TestUnzipPlaces::roomOnTheDisk()
     QCOMPARE(ended.code, 1);
     QVERIFY2(ended.error.contains("MiB left"), ended.error.constData());
     QCOMPARE(ScratchFolder::tree(), names("a.zip"));
+    // What takes the room may well be what a killed run has left.
+    leaveHalf();
+    QVERIFY(run({text("a.zip"), text("-d"), target}).error.contains("MiB left"));
+    QCOMPARE(beside(target), QStringList());
 }
 
 #ifndef Q_OS_WIN
