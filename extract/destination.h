@@ -22,15 +22,11 @@ public:
     const Folder &around() const { return *m_around; }
 
     // A folder of that name beside it takes its place. Where it holds files already, those of the
-    // same name are replaced and the others stay: no system does that in one step, so a process
-    // that is killed just then leaves some new files beside some old ones, each of them whole. All
-    // that could stand in the way is looked for before; renaming takes no room on the disk.
+    // same name are replaced and the others stay, which no system does in one step.
     void take(const std::string &name);
 
 private:
     bool holdsSomething() const;
-    void checkFit(const std::string &from, const std::string &to) const;
-    void merge(const std::string &from, const std::string &to) const;
 
     const Place m_place;
     std::vector<std::string> m_made;

@@ -9,6 +9,10 @@
 #include <QStorageInfo>
 #include <QTest>
 
+#ifdef Q_OS_LINUX
+#include <sys/prctl.h>
+#endif
+
 using Extractor::beside;
 using Extractor::Ended;
 using Extractor::gameArchive;
@@ -22,6 +26,41 @@ using ZipBytes::number;
 
 namespace
 {
+// Keeps a file of a folder from being replaced as long as it lives.
+class InTheWay
+{
+public:
+    InTheWay(const QString &folder, const QString &name)
+        : m_folder(folder)
+        , m_file(folder + QLatin1Char('/') + name)
+    {
+#ifdef Q_OS_WIN
+        // As a game does that runs.
+        (void)m_file.open(QIODevice::ReadOnly);
+#else
+        (void)QFile::setPermissions(m_folder, QFile::ReadOwner | QFile::ExeOwner);
+#ifdef Q_OS_LINUX
+        // Who may do everything is not kept from it else; programs that are started inherit this.
+        constexpr int passOverPermissions = 1;
+        (void)prctl(PR_CAPBSET_DROP, passOverPermissions, 0, 0, 0);
+#endif
+#endif
+    }
+    ~InTheWay()
+    {
+#ifndef Q_OS_WIN
+        (void)QFile::setPermissions(m_folder,
+                                    QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+#endif
+    }
+    InTheWay(const InTheWay &) = delete;
+    InTheWay &operator=(const InTheWay &) = delete;
+
+private:
+    const QString m_folder;
+    QFile m_file;
+};
+
 // What a killed run has left beside the target.
 void leaveHalf()
 {
@@ -39,6 +78,7 @@ private slots:
     void existingFiles();
     void existingInTheWay_data();
     void existingInTheWay();
+    void failureHalfwayThroughExistingFiles();
     void leftoversAreCleared();
     void leftoversGoWhateverTheArchive();
     void onlyItsOwnAreCleared();
@@ -87,6 +127,40 @@ void TestUnzipPlaces::existingInTheWay()
     QCOMPARE(ended.code, 1);
     QVERIFY(ended.error.contains("in the way"));
     QCOMPARE(ScratchFolder::tree(), QStringList(before) << text("a.zip"));
+}
+
+void TestUnzipPlaces::failureHalfwayThroughExistingFiles()
+{
+    const ScratchFolder scratch;
+    ZipBuilder archive;
+    for (int i = 10; i < 30; ++i) {
+        const QByteArray folder = "data/" + QByteArray::number(i);
+        archive.add({folder + "/map.bin", "new"});
+        archive.add({folder + "/further/map.bin", "new"});
+        archive.add({folder + "/other/map.bin", "new"});
+        ScratchFolder::write(
+            target + QLatin1Char('/') + QString::fromLatin1(folder) + text("/map.bin"), "old");
+        ScratchFolder::write(target + QLatin1Char('/') + QString::fromLatin1(folder) +
+                                 text("/other/own.cfg"),
+                             "own");
+    }
+    const QStringList before = ScratchFolder::tree();
+    Ended ended;
+    {
+        const InTheWay locked(target + text("/data/20"), text("map.bin"));
+        ended = unpack(archive.bytes(), target);
+    }
+    QCOMPARE(ended.code, 1);
+    QVERIFY2(ended.error.contains("data/20/"), ended.error.constData());
+    QCOMPARE(ScratchFolder::tree(), QStringList(before) << text("a.zip"));
+    for (int i = 10; i < 30; ++i) {
+        QCOMPARE(ScratchFolder::read(target + text("/data/%1/map.bin").arg(i)), QByteArray("old"));
+        QCOMPARE(ScratchFolder::read(target + text("/data/%1/other/own.cfg").arg(i)),
+                 QByteArray("own"));
+    }
+    QCOMPARE(unpack(archive.bytes(), target).error, QByteArray());
+    QCOMPARE(ScratchFolder::read(target + text("/data/20/map.bin")), QByteArray("new"));
+    QCOMPARE(beside(target), names("1.0"));
 }
 
 void TestUnzipPlaces::leftoversAreCleared()
