@@ -23,10 +23,15 @@ Destination::Destination(const std::string &path)
 Destination::~Destination()
 {
     if (!m_taken) {
-        if (m_around->kindOf(m_place.name) == Kind::Folder) {
-            (void)m_around->removeEmptyFolder(m_place.name);
-        }
+        removeEmpty();
         removeMadePath(m_made);
+    }
+}
+
+void Destination::removeEmpty() const
+{
+    if (m_around->kindOf(m_place.name) == Kind::Folder) {
+        (void)m_around->removeEmptyFolder(m_place.name);
     }
 }
 

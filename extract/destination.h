@@ -8,8 +8,8 @@
 
 namespace Extract
 {
-// The folder that an archive's content is for. Until take() it stays as it is; without take() it is
-// not there in the end, if nothing was in it.
+// The folder that an archive's content is for. Until take() files in it stay as they are; without
+// take() it is not there in the end, if nothing was in it.
 class Destination
 {
 public:
@@ -20,6 +20,10 @@ public:
 
     // The folder around it.
     const Folder &around() const { return *m_around; }
+
+    // What the launcher makes just before the call counts as an installed version, and would go on
+    // counting if this process were killed: it goes when unpacking begins.
+    void removeEmpty() const;
 
     // A folder of that name beside it takes its place. Where it holds files already, those of the
     // same name are replaced and the others stay, which no system does in one step.

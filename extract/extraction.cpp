@@ -99,6 +99,7 @@ void extract(const Order &order)
     const Plan plan = planOf(directory);
     checkRoom(destination.around(), plan.room);
     const Staging staging(destination.around());
+    destination.removeEmpty();
     {
         const Folder folder(destination.around().pathOf(staging.name()));
         unpackInto(folder, archive, directory, plan, order.password);
