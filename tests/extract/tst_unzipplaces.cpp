@@ -6,11 +6,15 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QStorageInfo>
 #include <QTest>
 
 #ifdef Q_OS_LINUX
 #include <sys/prctl.h>
+#endif
+#ifndef Q_OS_WIN
+#include <sys/resource.h>
 #endif
 
 using Extractor::beside;
@@ -86,6 +90,7 @@ private slots:
     void longPaths();
     void roomOnTheDisk();
 #ifndef Q_OS_WIN
+    void limitOfFiles();
     void throughLinks();
     void linkInItsPlace();
     void linkBelow();
@@ -290,6 +295,30 @@ void TestUnzipPlaces::roomOnTheDisk()
 }
 
 #ifndef Q_OS_WIN
+// A system that allows no larger files says so by a signal, which would kill the program.
+void TestUnzipPlaces::limitOfFiles()
+{
+    class Limited : public QProcess
+    {
+    protected:
+        void setupChildProcess() override
+        {
+            const rlimit limit{100000, 100000};
+            (void)setrlimit(RLIMIT_FSIZE, &limit);
+        }
+    };
+    const ScratchFolder scratch;
+    ScratchFolder::write(text("a.zip"),
+                         ZipBuilder{ZipEntry::deflated("large", QByteArray(200000, 'l'))}.bytes());
+    Limited process;
+    Extractor::start(process, {text("a.zip"), text("-d"), target});
+    QVERIFY(process.waitForFinished(-1));
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process.exitCode(), 1);
+    QVERIFY(process.readAllStandardError().contains("large: it cannot be written"));
+    QCOMPARE(ScratchFolder::tree(), names("a.zip"));
+}
+
 // A player has moved games to another drive.
 void TestUnzipPlaces::throughLinks()
 {
