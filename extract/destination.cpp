@@ -1,5 +1,6 @@
 #include "extract/destination.h"
 
+#include "extract/merging.h"
 #include "extract/refusal.h"
 #include "extract/systemtext.h"
 
@@ -22,10 +23,15 @@ Destination::Destination(const std::string &path)
 Destination::~Destination()
 {
     if (!m_taken) {
-        if (m_around->kindOf(m_place.name) == Kind::Folder) {
-            (void)m_around->removeEmptyFolder(m_place.name);
-        }
+        removeEmpty();
         removeMadePath(m_made);
+    }
+}
+
+void Destination::removeEmpty() const
+{
+    if (m_around->kindOf(m_place.name) == Kind::Folder) {
+        (void)m_around->removeEmptyFolder(m_place.name);
     }
 }
 
@@ -38,43 +44,10 @@ bool Destination::holdsSomething() const
 void Destination::take(const std::string &name)
 {
     if (holdsSomething()) {
-        checkFit(name, m_place.name);
-        merge(name, m_place.name);
+        Merging(*m_around).move(name, m_place.name);
     } else if (!m_around->move(name, m_place.name)) {
         throw NotWritten(m_place.name + " cannot take the content: " + lastError());
     }
     m_taken = true;
-}
-
-void Destination::checkFit(const std::string &from, const std::string &to) const
-{
-    for (const std::string &each : m_around->namesIn(from)) {
-        const std::string source = inFolder(from, each);
-        const std::string target = inFolder(to, each);
-        const bool folder = m_around->kindOf(source) == Kind::Folder;
-        const Kind there = m_around->kindOf(target);
-        if (there == Kind::Nothing) {
-            continue;
-        }
-        if (folder != (there == Kind::Folder)) {
-            throw NotWritten(target + " is in the way");
-        }
-        if (folder) {
-            checkFit(source, target);
-        }
-    }
-}
-
-void Destination::merge(const std::string &from, const std::string &to) const
-{
-    for (const std::string &each : m_around->namesIn(from)) {
-        const std::string source = inFolder(from, each);
-        const std::string target = inFolder(to, each);
-        if (m_around->kindOf(target) == Kind::Folder) {
-            merge(source, target);
-        } else if (!m_around->move(source, target)) {
-            throw NotWritten(target + " cannot be replaced: " + lastError());
-        }
-    }
 }
 } // namespace Extract

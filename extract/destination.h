@@ -8,8 +8,8 @@
 
 namespace Extract
 {
-// The folder that an archive's content is for. Until take() it stays as it is; without take() it is
-// not there in the end, if nothing was in it.
+// The folder that an archive's content is for. Until take() files in it stay as they are; without
+// take() it is not there in the end, if nothing was in it.
 class Destination
 {
 public:
@@ -21,16 +21,16 @@ public:
     // The folder around it.
     const Folder &around() const { return *m_around; }
 
+    // What the launcher makes just before the call counts as an installed version, and would go on
+    // counting if this process were killed: it goes when unpacking begins.
+    void removeEmpty() const;
+
     // A folder of that name beside it takes its place. Where it holds files already, those of the
-    // same name are replaced and the others stay: no system does that in one step, so a process
-    // that is killed just then leaves some new files beside some old ones, each of them whole. All
-    // that could stand in the way is looked for before; renaming takes no room on the disk.
+    // same name are replaced and the others stay, which no system does in one step.
     void take(const std::string &name);
 
 private:
     bool holdsSomething() const;
-    void checkFit(const std::string &from, const std::string &to) const;
-    void merge(const std::string &from, const std::string &to) const;
 
     const Place m_place;
     std::vector<std::string> m_made;

@@ -97,11 +97,14 @@ void unpackInto(const Folder &folder, const ByteSource &archive, const Directory
 void extract(const Order &order)
 {
     Destination destination(order.folder);
+    // Whatever comes of this archive; and what they take is room that it may need.
+    Staging::removeLeftovers(destination.around());
     const FileBytes archive(order.archive);
     Directory directory = readDirectory(archive);
     const Plan plan = planOf(directory);
     checkRoom(destination.around(), plan.room);
     const Staging staging(destination.around());
+    destination.removeEmpty();
     {
         const Folder folder(destination.around().pathOf(staging.name()));
         unpackInto(folder, archive, directory, plan, order.password);

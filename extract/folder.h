@@ -53,6 +53,8 @@ public:
     void setModified(const std::string &name, std::int64_t modified) const;
     // What is in the place of the new name goes, unless it is a folder that holds something.
     bool move(const std::string &from, const std::string &to) const;
+    // Gives a file a second name. False where the disk or the system does not.
+    bool link(const std::string &from, const std::string &to) const;
     bool removeFile(const std::string &name) const;
     bool removeEmptyFolder(const std::string &name) const;
     void removeTree(const std::string &tree) const;

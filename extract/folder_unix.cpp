@@ -161,6 +161,11 @@ bool Folder::move(const std::string &from, const std::string &to) const
     return renameat(number(m_folder), from.c_str(), number(m_folder), to.c_str()) == 0;
 }
 
+bool Folder::link(const std::string &from, const std::string &to) const
+{
+    return linkat(number(m_folder), from.c_str(), number(m_folder), to.c_str(), 0) == 0;
+}
+
 bool Folder::removeFile(const std::string &name) const
 {
     return unlinkat(number(m_folder), name.c_str(), 0) == 0;

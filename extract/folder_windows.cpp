@@ -194,6 +194,12 @@ bool Folder::move(const std::string &from, const std::string &to) const
     return false;
 }
 
+// None of the names of a file that another program has open can be removed again.
+bool Folder::link(const std::string & /*from*/, const std::string & /*to*/) const
+{
+    return false;
+}
+
 bool Folder::removeFile(const std::string &name) const
 {
     const std::wstring path = below(m_path, name);

@@ -4,6 +4,8 @@
 #include "extract/systemtext.h"
 
 #include <windows.h>
+#else
+#include <csignal>
 #endif
 
 #ifdef _WIN32
@@ -23,6 +25,8 @@ int main()
 #else
 int main(int count, char **given)
 {
+    // A file that grows beyond what the system allows is a failure like any other.
+    (void)std::signal(SIGXFSZ, SIG_IGN);
     return Extract::run({given + (count > 0 ? 1 : 0), given + count});
 }
 #endif

@@ -13,6 +13,9 @@ namespace Extract
 namespace
 {
 constexpr std::size_t localHeaderSize = 30;
+// As many as there may be members. Each takes a block of the disk, which no size tells of, and a
+// few hundred can stand in one name.
+constexpr std::size_t mostFolders = 400000;
 
 // The names as Windows compares them, in an order in which a folder is followed by what is in it.
 class SortedNames
@@ -134,6 +137,9 @@ std::vector<FolderName> foldersOf(const Directory &directory)
         }
         const std::string_view name = names.nameOf(now);
         const std::size_t parts = partsOf(name) - (names.isFolder(now) ? 0 : 1);
+        if (parts > common && parts - common > mostFolders - folders.size()) {
+            throw Refusal("has more folders than can be made");
+        }
         for (std::size_t part = common; part < parts; ++part) {
             folders.push_back({directory.members[now].nameAt,
                                static_cast<std::uint32_t>(leadingParts(name, part + 1).size())});

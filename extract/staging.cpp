@@ -44,7 +44,6 @@ std::string markOf(const std::string &name)
 Staging::Staging(const Folder &parent)
     : m_parent(parent)
 {
-    removeLeftovers();
     // The lock stands before the folder does, so that none is ever seen without.
     constexpr int mostTries = 20;
     for (int tries = 0; tries < mostTries; ++tries) {
@@ -63,16 +62,16 @@ Staging::~Staging()
     m_parent.removeTree(m_name);
 }
 
-void Staging::removeLeftovers() const
+void Staging::removeLeftovers(const Folder &parent)
 {
-    for (const std::string &name : m_parent.namesIn({})) {
+    for (const std::string &name : parent.namesIn({})) {
         const std::string mark = markOf(name);
         if (mark.empty()) {
             continue;
         }
-        const FileLock lock(m_parent.pathOf(mark + std::string(lockEnding)));
-        if (lock.isTaken() && m_parent.kindOf(mark + std::string(folderEnding)) == Kind::Folder) {
-            m_parent.removeTree(mark + std::string(folderEnding));
+        const FileLock lock(parent.pathOf(mark + std::string(lockEnding)));
+        if (lock.isTaken() && parent.kindOf(mark + std::string(folderEnding)) == Kind::Folder) {
+            parent.removeTree(mark + std::string(folderEnding));
         }
     }
 }

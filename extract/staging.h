@@ -14,8 +14,10 @@ namespace Extract
 class Staging
 {
 public:
-    // Removes what interrupted runs have left in this folder, and nothing that another process is
+    // Removes what interrupted runs have left in a folder, and nothing that another process is
     // still filling.
+    static void removeLeftovers(const Folder &parent);
+
     explicit Staging(const Folder &parent);
     // Removes itself, unless it has been moved away.
     ~Staging();
@@ -25,8 +27,6 @@ public:
     const std::string &name() const { return m_name; }
 
 private:
-    void removeLeftovers() const;
-
     const Folder &m_parent;
     std::string m_name;
     std::unique_ptr<FileLock> m_lock;

@@ -57,6 +57,16 @@ bool isCharacter(char32_t character)
     return character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
 }
 
+// What terminals obey, the ends of lines, and what turns the direction of all that follows.
+bool isCommand(char32_t character)
+{
+    const auto isWithin = [character](char32_t first, char32_t last) {
+        return character >= first && character <= last;
+    };
+    return character < 0x20 || isWithin(0x7F, 0x9F) || isWithin(0x200E, 0x200F) ||
+           isWithin(0x2028, 0x202E) || isWithin(0x2066, 0x2069);
+}
+
 template<std::size_t Size>
 std::optional<std::string> inTable(const std::u32string &text,
                                    const std::array<char16_t, Size> &table, char32_t behind)
@@ -145,11 +155,16 @@ std::optional<std::string> inCodePage1252(const std::u32string &text)
 
 std::string printable(std::string_view bytes)
 {
-    const bool whole = fromUtf8(bytes).has_value();
     std::string text;
+    if (const auto characters = fromUtf8(bytes)) {
+        for (const char32_t character : *characters) {
+            appendUtf8(text, isCommand(character) ? U'?' : character);
+        }
+        return text;
+    }
     for (const char byte : bytes) {
         const auto number = static_cast<unsigned char>(byte);
-        text += number < 0x20 || number == 0x7F || (number >= 0x80 && !whole) ? '?' : byte;
+        text += number < 0x20 || number >= 0x7F ? '?' : byte;
     }
     return text;
 }

@@ -3,6 +3,7 @@
 #include "base/console.h"
 #include "base/labeltext.h"
 #include "fetch/imagedownloader.h"
+#include "news/tiletext.h"
 
 #include <QLabel>
 #include <QStringList>
@@ -53,6 +54,8 @@ void News::loadNews(bool isBuffer)
     }
     showDocumentText(*labelTitle, title);
     showDocumentText(*labelSubtitle, description);
+    TileText::keepInTile(*labelTitle);
+    TileText::keepInTile(*labelSubtitle);
 }
 
 QPixmap *News::getOriginalPixmap() const

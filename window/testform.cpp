@@ -8,6 +8,9 @@
 #include "window/pixelratiowatch.h"
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QColor>
+#include <QPalette>
 #include <QPixmapCache>
 
 #include <algorithm>
@@ -27,6 +30,7 @@ testform::testform(QWidget *parent)
     FontSupply::provide(FontSupply::shippedFolder());
     ui->setupUi(this);
     letPanelHideTheRest();
+    darkenGrounds();
     assignConstants();
     fillWidgetArrays();
     resetDownloadDisplay();
@@ -60,6 +64,23 @@ void testform::letPanelHideTheRest()
 {
     ui->serverButtonsGroup->ensurePolished();
     ui->serverButtonsGroup->setAttribute(Qt::WA_OpaquePaintEvent);
+}
+
+// What the system would paint in its own light grey: the room beside the content in a window that
+// is larger, until it is rescaled, and the box under the check mark, which the form makes white.
+void testform::darkenGrounds()
+{
+    const QColor dark(5, 7, 12); // of the picture's edges
+    QPalette around = palette();
+    around.setColor(QPalette::Window, dark);
+    setPalette(around);
+    // The frame keeps the light shades that styles draw from these.
+    const QPalette usual = QApplication::palette(ui->rememberCheckBox);
+    QPalette box = ui->rememberCheckBox->palette();
+    box.setBrush(QPalette::Window, usual.window());
+    box.setColor(QPalette::Base, dark);
+    box.setColor(QPalette::Button, dark);
+    ui->rememberCheckBox->setPalette(box);
 }
 
 void testform::assignConstants()

@@ -123,6 +123,7 @@ private:
     // window/: the steps of construction
     static void keepFormPictures();
     void letPanelHideTheRest();
+    void darkenGrounds();
     void assignConstants();
     void fillWidgetArrays();
     void resetDownloadDisplay();

@@ -205,6 +205,12 @@ void TestMemberName::printedOnOneLine()
                                                           "c\xC3\xBC")),
              QByteArray("a?b??c\xC3\xBC"));
     QCOMPARE(QByteArray::fromStdString(Extract::printable("a\x81")), QByteArray("a?"));
+    // What terminals obey, ends a line elsewhere, or turns the letters round.
+    for (const char *command : {"\xC2\x9B", "\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9",
+                                "\xE2\x80\xAE", "\xE2\x81\xA6", "\xE2\x80\x8F"}) {
+        QCOMPARE(QByteArray::fromStdString(Extract::printable(std::string("a") + command + "b")),
+                 QByteArray("a?b"));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestMemberName)

@@ -88,6 +88,7 @@ class TestUnzipKilled : public QObject
 
 private slots:
     void atAnyMoment();
+    void noEmptyFolderIsLeft();
     void filesThatWereThere();
     void twoAtOnce();
 };
@@ -133,6 +134,22 @@ void TestUnzipKilled::atAnyMoment()
     QCOMPARE(last.exitCode(), 0);
     QCOMPARE(entriesOf(around), names("1.0"));
     QVERIFY(isWhole(target));
+}
+
+// The launcher takes an empty folder for an installed version.
+void TestUnzipKilled::noEmptyFolderIsLeft()
+{
+    const ScratchFolder scratch;
+    ScratchFolder::write(text("a.zip"), archive());
+    ScratchFolder::makeFolder(target);
+    QProcess process;
+    startInto(process, target);
+    QVERIFY(isUnpacking(process));
+    while (QFileInfo::exists(target) && !process.waitForFinished(1)) {
+    }
+    end(process);
+    QCOMPARE(process.exitStatus(), QProcess::CrashExit);
+    QVERIFY(!QFileInfo::exists(target));
 }
 
 // While members are being unpacked, what was there is as it was.

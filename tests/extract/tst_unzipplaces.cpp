@@ -6,8 +6,16 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QStorageInfo>
 #include <QTest>
+
+#ifdef Q_OS_LINUX
+#include <sys/prctl.h>
+#endif
+#ifndef Q_OS_WIN
+#include <sys/resource.h>
+#endif
 
 using Extractor::beside;
 using Extractor::Ended;
@@ -22,6 +30,47 @@ using ZipBytes::number;
 
 namespace
 {
+// Keeps a file of a folder from being replaced as long as it lives.
+class InTheWay
+{
+public:
+    InTheWay(const QString &folder, const QString &name)
+        : m_folder(folder)
+        , m_file(folder + QLatin1Char('/') + name)
+    {
+#ifdef Q_OS_WIN
+        // As a game does that runs.
+        (void)m_file.open(QIODevice::ReadOnly);
+#else
+        (void)QFile::setPermissions(m_folder, QFile::ReadOwner | QFile::ExeOwner);
+#ifdef Q_OS_LINUX
+        // Who may do everything is not kept from it else; programs that are started inherit this.
+        constexpr int passOverPermissions = 1;
+        (void)prctl(PR_CAPBSET_DROP, passOverPermissions, 0, 0, 0);
+#endif
+#endif
+    }
+    ~InTheWay()
+    {
+#ifndef Q_OS_WIN
+        (void)QFile::setPermissions(m_folder,
+                                    QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+#endif
+    }
+    InTheWay(const InTheWay &) = delete;
+    InTheWay &operator=(const InTheWay &) = delete;
+
+private:
+    const QString m_folder;
+    QFile m_file;
+};
+
+// What a killed run has left beside the target.
+void leaveHalf()
+{
+    ScratchFolder::write(text("Alpha/Official/.unzip-0123456789abcdef.part/data/half"), "half");
+    ScratchFolder::write(text("Alpha/Official/.unzip-0123456789abcdef.lock"));
+}
 } // namespace
 
 // Where unpacking writes, and where it does not.
@@ -33,12 +82,15 @@ private slots:
     void existingFiles();
     void existingInTheWay_data();
     void existingInTheWay();
+    void failureHalfwayThroughExistingFiles();
     void leftoversAreCleared();
+    void leftoversGoWhateverTheArchive();
     void onlyItsOwnAreCleared();
     void folderThatIsAFile();
     void longPaths();
     void roomOnTheDisk();
 #ifndef Q_OS_WIN
+    void limitOfFiles();
     void throughLinks();
     void linkInItsPlace();
     void linkBelow();
@@ -82,15 +134,59 @@ void TestUnzipPlaces::existingInTheWay()
     QCOMPARE(ScratchFolder::tree(), QStringList(before) << text("a.zip"));
 }
 
+void TestUnzipPlaces::failureHalfwayThroughExistingFiles()
+{
+    const ScratchFolder scratch;
+    ZipBuilder archive;
+    for (int i = 10; i < 30; ++i) {
+        const QByteArray folder = "data/" + QByteArray::number(i);
+        archive.add({folder + "/map.bin", "new"});
+        archive.add({folder + "/further/map.bin", "new"});
+        archive.add({folder + "/other/map.bin", "new"});
+        ScratchFolder::write(
+            target + QLatin1Char('/') + QString::fromLatin1(folder) + text("/map.bin"), "old");
+        ScratchFolder::write(target + QLatin1Char('/') + QString::fromLatin1(folder) +
+                                 text("/other/own.cfg"),
+                             "own");
+    }
+    const QStringList before = ScratchFolder::tree();
+    Ended ended;
+    {
+        const InTheWay locked(target + text("/data/20"), text("map.bin"));
+        ended = unpack(archive.bytes(), target);
+    }
+    QCOMPARE(ended.code, 1);
+    QVERIFY2(ended.error.contains("data/20/"), ended.error.constData());
+    QCOMPARE(ScratchFolder::tree(), QStringList(before) << text("a.zip"));
+    for (int i = 10; i < 30; ++i) {
+        QCOMPARE(ScratchFolder::read(target + text("/data/%1/map.bin").arg(i)), QByteArray("old"));
+        QCOMPARE(ScratchFolder::read(target + text("/data/%1/other/own.cfg").arg(i)),
+                 QByteArray("own"));
+    }
+    QCOMPARE(unpack(archive.bytes(), target).error, QByteArray());
+    QCOMPARE(ScratchFolder::read(target + text("/data/20/map.bin")), QByteArray("new"));
+    QCOMPARE(beside(target), names("1.0"));
+}
+
 void TestUnzipPlaces::leftoversAreCleared()
 {
     const ScratchFolder scratch;
-    ScratchFolder::write(text("Alpha/Official/.unzip-0123456789abcdef.part/data/half"), "half");
-    ScratchFolder::write(text("Alpha/Official/.unzip-0123456789abcdef.lock"));
+    leaveHalf();
     ScratchFolder::write(text("Alpha/Official/.unzip-fedcba9876543210.part/half"), "half");
     ScratchFolder::write(text("Alpha/Official/.unzip-00000000000000aa.lock"));
     QCOMPARE(unpack(gameArchive(), target).code, 0);
     QCOMPARE(beside(target), names("1.0"));
+}
+
+void TestUnzipPlaces::leftoversGoWhateverTheArchive()
+{
+    const ScratchFolder scratch;
+    leaveHalf();
+    QCOMPARE(unpack("no archive", target).code, 1);
+    QCOMPARE(beside(target), QStringList());
+    leaveHalf();
+    QCOMPARE(run({text("missing.zip"), text("-d"), target}).code, 1);
+    QCOMPARE(beside(target), QStringList());
 }
 
 void TestUnzipPlaces::onlyItsOwnAreCleared()
@@ -192,9 +288,37 @@ void TestUnzipPlaces::roomOnTheDisk()
     QCOMPARE(ended.code, 1);
     QVERIFY2(ended.error.contains("MiB left"), ended.error.constData());
     QCOMPARE(ScratchFolder::tree(), names("a.zip"));
+    // What takes the room may well be what a killed run has left.
+    leaveHalf();
+    QVERIFY(run({text("a.zip"), text("-d"), target}).error.contains("MiB left"));
+    QCOMPARE(beside(target), QStringList());
 }
 
 #ifndef Q_OS_WIN
+// A system that allows no larger files says so by a signal, which would kill the program.
+void TestUnzipPlaces::limitOfFiles()
+{
+    class Limited : public QProcess
+    {
+    protected:
+        void setupChildProcess() override
+        {
+            const rlimit limit{100000, 100000};
+            (void)setrlimit(RLIMIT_FSIZE, &limit);
+        }
+    };
+    const ScratchFolder scratch;
+    ScratchFolder::write(text("a.zip"),
+                         ZipBuilder{ZipEntry::deflated("large", QByteArray(200000, 'l'))}.bytes());
+    Limited process;
+    Extractor::start(process, {text("a.zip"), text("-d"), target});
+    QVERIFY(process.waitForFinished(-1));
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process.exitCode(), 1);
+    QVERIFY(process.readAllStandardError().contains("large: it cannot be written"));
+    QCOMPARE(ScratchFolder::tree(), names("a.zip"));
+}
+
 // A player has moved games to another drive.
 void TestUnzipPlaces::throughLinks()
 {

@@ -151,6 +151,11 @@ void TestVerdict::refused_data()
     row("a web page", "<html>not found</html>", ": is no zip archive");
     row("zeros", QByteArray(70000, '\0'), ": is no zip archive");
     row("no members", ZipBuilder{}.bytes(), ": has no members");
+    ZipBuilder deep;
+    for (int i = 0; i < 2030; ++i) {
+        deep.add({QByteArray::number(i) + '/' + QByteArray("a/").repeated(198), ""});
+    }
+    row("folders without end", deep.bytes(), ": has more folders than can be made");
     row("the archive's own folder alone", ZipBuilder{{"./", ""}}.bytes(), ": has no members");
     row("cut", ZipBuilder{game}.bytes().chopped(30), ": is no zip archive");
 
