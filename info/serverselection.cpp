@@ -52,12 +52,14 @@ QGroupBox *testform::createServerColumn(const QString &name, QSize logo)
     server->getImageDownloader()->setParent(this);
     server->load(false);
     serverButtons[name] = server;
+    server->getButton()->setAccessibleName(tr("Logo of %1").arg(name));
     column->addWidget(server->getButton(), 0, Qt::AlignTop);
 
     addClientButtons(column, name);
 
     auto *container = new QGroupBox;
     container->setStyleSheet(QStringLiteral("border: 0px solid black;"));
+    container->setAccessibleName(name);
     container->setLayout(column);
     container->setFixedHeight(ServerPanel::columnHeight(logo));
     return container;
@@ -90,6 +92,17 @@ void testform::addClientButtons(QVBoxLayout *column, const QString &server)
         column->addWidget(beta, 0, Qt::AlignCenter);
         column->addWidget(official, 0, Qt::AlignCenter);
     }
+
+    const auto name = [this, &server](QPushButton *button, const QString &client, bool live) {
+        if (live) {
+            explainButton(button, server + QStringLiteral(", ") + client);
+        } else {
+            // An empty space: there is nothing to press.
+            button->setAccessibleName(tr("%1 has no %2").arg(server, client));
+        }
+    };
+    name(official, QStringLiteral("Official"), buttons.official);
+    name(beta, QStringLiteral("Beta"), buttons.beta);
 
     mapper->setMapping(official, ServerPanel::selectionKey(server, QStringLiteral("Official")));
     mapper->setMapping(beta, ServerPanel::selectionKey(server, QStringLiteral("Beta")));
@@ -132,6 +145,7 @@ void testform::serverSelectCallback()
     const QString installed = getInstalledVersion();
     showClientVersion(installed.isEmpty() ? selectedClientInfo.version : installed, installed);
     ui->labelServer->setStyleSheet(QStringLiteral("background-color: rgba(0,0,0,0);"));
+    ui->labelServer->setAccessibleName(selectedClientInfo.server);
     showServerLogo();
 
     ui->downloadProgressText->clear();

@@ -29,11 +29,13 @@ testform::testform(QWidget *parent)
     resetDownloadDisplay();
     loadSettings();
     initNewsGui();
+    nameNews();
     setMenuState(0);
     setSlideState(0);
     downloadInfo();
     watchButtons();
     recordDesignGeometry();
+    nameForm();
     setWindowFlags(Qt::FramelessWindowHint);
 }
 

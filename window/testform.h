@@ -136,6 +136,11 @@ private:
     void scaleNewsPicture(QLabel *label, QSize size);
     const News *newsItemOf(const QLabel *label) const;
 
+    // window/: names for screen readers, and tooltips
+    void nameForm();
+    void nameButtons();
+    void explainButton(QWidget *button, const QString &what);
+
     // info/: launcher document
     void downloadInfo();
     void loadBuffer();
@@ -184,6 +189,8 @@ private:
     void loadNews(bool isBuffer);
     void setMenuState(int ms);
     void setSlideState(int s);
+    void nameNews();
+    void nameSlide();
 
     // window/: the form
     Ui::testform *ui;
