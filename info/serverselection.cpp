@@ -37,6 +37,7 @@ void testform::createServerButtons()
         row->addWidget(createServerColumn(name, logo), 0, Qt::AlignCenter);
     }
     ui->serverButtonsGroup->setLayout(row);
+    keepKeyboardInStep();
 }
 
 // Returns the column's container, to be given a parent by the row.
@@ -52,6 +53,8 @@ QGroupBox *testform::createServerColumn(const QString &name, QSize logo)
     server->getImageDownloader()->setParent(this);
     server->load(false);
     serverButtons[name] = server;
+    // A picture, though it is shown on a button.
+    server->getButton()->setFocusPolicy(Qt::NoFocus);
     server->getButton()->setAccessibleName(tr("Logo of %1").arg(name));
     column->addWidget(server->getButton(), 0, Qt::AlignTop);
 
@@ -98,6 +101,7 @@ void testform::addClientButtons(QVBoxLayout *column, const QString &server)
             explainButton(button, server + QStringLiteral(", ") + client);
         } else {
             // An empty space: there is nothing to press.
+            button->setFocusPolicy(Qt::NoFocus);
             button->setAccessibleName(tr("%1 has no %2").arg(server, client));
         }
     };
@@ -140,6 +144,7 @@ void testform::onServerSelect(QString args)
 
 void testform::serverSelectCallback()
 {
+    panelOpenedAgain = false;
     ui->serverButtonsGroup->hide();
 
     const QString installed = getInstalledVersion();
@@ -151,6 +156,7 @@ void testform::serverSelectCallback()
     ui->downloadProgressText->clear();
     updateButtonStates(QStringLiteral("serverSelect"));
     setMenuState(0);
+    offerActionToKeyboard();
 }
 
 // A logo neither downloaded nor cached leaves the label as it was.
@@ -172,6 +178,8 @@ void testform::showServerLogo()
 
 void testform::on_btnSelectServer_clicked()
 {
+    // A screen reader presses it behind the first panel as well.
+    panelOpenedAgain = panelOpenedAgain || ui->serverButtonsGroup->isHidden();
     ui->serverButtonsGroup->show();
 }
 

@@ -35,6 +35,7 @@ testform::testform(QWidget *parent)
     downloadInfo();
     watchButtons();
     recordDesignGeometry();
+    followKeyboard();
     nameForm();
     setWindowFlags(Qt::FramelessWindowHint);
 }

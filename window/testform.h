@@ -12,6 +12,7 @@
 
 class DownloadManager;
 class FileDownloader;
+class Keyboard;
 class MySizeGrip;
 class QGroupBox;
 class QLabel;
@@ -117,6 +118,10 @@ protected:
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
 
+    // window/: keyboard
+    bool focusNextPrevChild(bool next) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
 private:
     class DocumentApplier;
 
@@ -135,6 +140,12 @@ private:
     void scaleWidget(QWidget *widget, float ratio);
     void scaleNewsPicture(QLabel *label, QSize size);
     const News *newsItemOf(const QLabel *label) const;
+
+    // window/: keyboard
+    void followKeyboard();
+    void keepKeyboardInStep();
+    bool leavePanel();
+    void offerActionToKeyboard();
 
     // window/: names for screen readers, and tooltips
     void nameForm();
@@ -263,4 +274,8 @@ private:
     // window/: the buttons watched for hover and press
     int numButtonsList = watchedButtons;
     QObject *btn_list[watchedButtons] = {};
+
+    // window/: where the keyboard is, made by followKeyboard(); whether Escape leaves the panel
+    Keyboard *keyboard = nullptr;
+    bool panelOpenedAgain = false;
 };

@@ -3,6 +3,7 @@
 // by the form; where a row fails, the picture under the text has to give way.
 
 #include "images/demoworld.h"
+#include "support/contrast.h"
 #include "support/relation.h"
 #include "support/scratchfolder.h"
 #include "support/windowdriver.h"
@@ -27,25 +28,6 @@ constexpr double forSmallText = 4.5; // up to 15 pixels
 constexpr double forLargeText = 3.0;
 // Plain green on pure black has no more than 4.1.
 constexpr double forPlainGreen = 3.5;
-
-double linear(int channel)
-{
-    const double value = channel / 255.0;
-    return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-}
-
-double luminance(QRgb colour)
-{
-    return 0.2126 * linear(qRed(colour)) + 0.7152 * linear(qGreen(colour)) +
-           0.0722 * linear(qBlue(colour));
-}
-
-double contrast(QRgb one, QRgb other)
-{
-    const double a = luminance(one);
-    const double b = luminance(other);
-    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
-}
 
 int difference(QRgb one, QRgb other)
 {
@@ -85,7 +67,7 @@ Measured measure(QWidget &window, QWidget &widget, QRgb colour)
             }
             ++result.pixels;
             result.isInItsColour |= difference(with.pixel(x, y), colour) < 24;
-            const double ratio = contrast(colour, ground);
+            const double ratio = Contrast::ratio(colour, ground);
             if (ratio < result.worst) {
                 result.worst = ratio;
                 result.where = QPoint(x, y);
@@ -145,9 +127,9 @@ void TestContrast::cleanupTestCase()
 void TestContrast::formulaIsTheStandards()
 {
     const auto near = [](double one, double other) { return std::abs(one - other) < 0.005; };
-    QVERIFY(near(contrast(qRgb(255, 255, 255), qRgb(0, 0, 0)), 21));
-    QVERIFY(near(contrast(qRgb(119, 119, 119), qRgb(255, 255, 255)), 4.48));
-    QVERIFY(near(contrast(qRgb(255, 0, 0), qRgb(0, 0, 0)), 5.25));
+    QVERIFY(near(Contrast::ratio(qRgb(255, 255, 255), qRgb(0, 0, 0)), 21));
+    QVERIFY(near(Contrast::ratio(qRgb(119, 119, 119), qRgb(255, 255, 255)), 4.48));
+    QVERIFY(near(Contrast::ratio(qRgb(255, 0, 0), qRgb(0, 0, 0)), 5.25));
 }
 
 // Guards the measurement: one that looks at the wrong pixels would pass everywhere.
