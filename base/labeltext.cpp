@@ -3,6 +3,7 @@
 #include "base/simplemarkup.h"
 
 #include <QLabel>
+#include <QTextDocument>
 
 void showDocumentText(QLabel &label, const QString &text)
 {
@@ -13,4 +14,15 @@ void showDocumentText(QLabel &label, const QString &text)
         label.setTextFormat(format);
     }
     label.setText(shownPartOf(text));
+}
+
+QString spokenText(const QString &text)
+{
+    const QString shown = shownPartOf(text);
+    if (!isSimpleMarkup(text) || !Qt::mightBeRichText(shown)) {
+        return shown;
+    }
+    QTextDocument document;
+    document.setHtml(shown);
+    return document.toPlainText();
 }

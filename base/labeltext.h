@@ -7,3 +7,6 @@ class QString;
 // its markup is simple (base/simplemarkup), else letter by letter. No text loads anything, and of
 // an endless one the beginning is shown.
 void showDocumentText(QLabel &label, const QString &text);
+
+// What a reader says of such a text: the letters that the label shows, without their markup.
+QString spokenText(const QString &text);

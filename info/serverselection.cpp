@@ -38,6 +38,7 @@ void testform::createServerButtons()
         row->addWidget(createServerColumn(name, logo), 0, Qt::AlignCenter);
     }
     ui->serverButtonsGroup->setLayout(row);
+    keepKeyboardInStep();
 }
 
 // Returns the column's container, to be given a parent by the row.
@@ -53,12 +54,16 @@ QGroupBox *testform::createServerColumn(const QString &name, QSize logo)
     server->getImageDownloader()->setParent(this);
     server->load(false);
     serverButtons[name] = server;
+    // A picture, though it is shown on a button.
+    server->getButton()->setFocusPolicy(Qt::NoFocus);
+    server->getButton()->setAccessibleName(tr("Logo of %1").arg(name));
     column->addWidget(server->getButton(), 0, Qt::AlignTop);
 
     addClientButtons(column, name);
 
     auto *container = new QGroupBox;
     container->setStyleSheet(QStringLiteral("border: 0px solid black;"));
+    container->setAccessibleName(name);
     container->setLayout(column);
     container->setFixedHeight(ServerPanel::columnHeight(logo));
     return container;
@@ -91,6 +96,18 @@ void testform::addClientButtons(QVBoxLayout *column, const QString &server)
         column->addWidget(beta, 0, Qt::AlignCenter);
         column->addWidget(official, 0, Qt::AlignCenter);
     }
+
+    const auto name = [this, &server](QPushButton *button, const QString &client, bool live) {
+        if (live) {
+            explainButton(button, server + QStringLiteral(", ") + client);
+        } else {
+            // An empty space: there is nothing to press.
+            button->setFocusPolicy(Qt::NoFocus);
+            button->setAccessibleName(tr("%1 has no %2").arg(server, client));
+        }
+    };
+    name(official, QStringLiteral("Official"), buttons.official);
+    name(beta, QStringLiteral("Beta"), buttons.beta);
 
     mapper->setMapping(official, ServerPanel::selectionKey(server, QStringLiteral("Official")));
     mapper->setMapping(beta, ServerPanel::selectionKey(server, QStringLiteral("Beta")));
@@ -137,16 +154,19 @@ void testform::onServerSelect(QString args)
 
 void testform::serverSelectCallback()
 {
+    panelOpenedAgain = false;
     ui->serverButtonsGroup->hide();
 
     const QString installed = getInstalledVersion();
     showClientVersion(installed.isEmpty() ? selectedClientInfo.version : installed, installed);
     ui->labelServer->setStyleSheet(QStringLiteral("background-color: rgba(0,0,0,0);"));
+    ui->labelServer->setAccessibleName(selectedClientInfo.server);
     showServerLogo();
 
     ui->downloadProgressText->clear();
     updateButtonStates(QStringLiteral("serverSelect"));
     setMenuState(0);
+    offerActionToKeyboard();
 }
 
 // A logo neither downloaded nor cached leaves the label as it was, until it arrives.
@@ -190,6 +210,8 @@ void testform::remakeServerLogo()
 
 void testform::on_btnSelectServer_clicked()
 {
+    // A screen reader presses it behind the first panel as well.
+    panelOpenedAgain = panelOpenedAgain || ui->serverButtonsGroup->isHidden();
     ui->serverButtonsGroup->show();
 }
 

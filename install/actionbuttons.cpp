@@ -97,8 +97,8 @@ void testform::enableUpdateAndDownload(bool enable)
     ui->btnDownload->setEnabled(enable);
 }
 
-// The keyboard reaches the buttons under the panel before anything was chosen. There is no client
-// to download or play then, and the folder looked at would be the root of the drive.
+// A screen reader reaches the buttons under the panel before anything was chosen. There is no
+// client to download or play then, and the folder looked at would be the root of the drive.
 bool testform::nothingChosenYet() const
 {
     return !ui->serverButtonsGroup->isHidden() && selectedClientInfo.server.isEmpty() &&

@@ -107,6 +107,12 @@ void testform::showClientVersion(const QString &version, const QString &installe
     ui->labelClientVersion->setStyleSheet(
         QStringLiteral("color: %1; background-color: rgba(0,0,0,0);")
             .arg(versionColour(installed, selectedClientInfo.version)));
+    // For those who do not see the colour.
+    const bool isCurrent = installed == selectedClientInfo.version;
+    ui->labelClientVersion->setAccessibleDescription(installed.isEmpty() ? tr("Not installed")
+                                                     : isCurrent
+                                                         ? tr("Installed and current")
+                                                         : tr("Another version is offered"));
 }
 
 bool testform::fileExists(QString path)

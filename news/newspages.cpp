@@ -1,11 +1,15 @@
 // The two tabs, the carousel of slides and the tiles: showing them and opening their pages.
 
 #include "base/console.h"
+#include "base/labeltext.h"
 #include "ui_testform.h"
 #include "window/testform.h"
 
 #include <QDesktopServices>
 #include <QUrl>
+
+#include <algorithm>
+#include <iterator>
 
 namespace
 {
@@ -23,6 +27,15 @@ void setLabelsVisible(const News &item, bool visible)
     item.labelTitle->setVisible(visible);
     item.labelSubtitle->setVisible(visible);
     item.imageLabel->setVisible(visible);
+}
+
+// A button without letters of its own is called what its labels say; before the document arrived,
+// what it is.
+void nameAfter(QWidget *button, const News &item, const QString &otherwise)
+{
+    const QString title = spokenText(item.title);
+    button->setAccessibleName(title.trimmed().isEmpty() ? otherwise : title);
+    button->setAccessibleDescription(spokenText(item.description));
 }
 
 // In the user's own browser; an empty or unusable address opens nothing.
@@ -66,6 +79,24 @@ void testform::loadNews(bool isBuffer)
     for (News &item : news) {
         item.loadNews(isBuffer);
     }
+    nameNews();
+}
+
+void testform::nameNews()
+{
+    QWidget *const tiles[] = {ui->btnNewsBig,    ui->btnNewsMedium1, ui->btnNewsMedium2,
+                              ui->btnNewsSmall1, ui->btnNewsSmall2,  ui->btnNewsSmall3};
+    static_assert(std::size(tiles) == DocumentLimits::tiles, "each tile has its own button");
+    for (int i = 0; i < numNews; ++i) {
+        nameAfter(tiles[i], news[i], tr("News %1").arg(i + 1));
+    }
+    nameSlide();
+}
+
+void testform::nameSlide()
+{
+    const int shown = std::max(slideState, 0);
+    nameAfter(ui->btnHomeNews, homeNews[shown], tr("Slide %1").arg(shown + 1));
 }
 
 void testform::setMenuState(int ms)
@@ -95,6 +126,7 @@ void testform::setSlideState(int s)
         passiveSlides[i]->setVisible(!active);
         setLabelsVisible(homeNews[i], active);
     }
+    nameSlide();
 }
 
 void testform::on_btnHome_2_clicked()

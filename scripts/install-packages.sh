@@ -29,6 +29,7 @@ test_packages=(
   shellcheck
   xdg-utils file procps ca-certificates git libssl-dev openssl x11-apps python3-xlib
   fontconfig util-linux mount mypy
+  at-spi2-core dbus-daemon gir1.2-atspi-2.0 python3-gi
 )
 
 # What the fuzz targets are built by.

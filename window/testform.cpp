@@ -36,12 +36,15 @@ testform::testform(QWidget *parent)
     resetDownloadDisplay();
     loadSettings();
     initNewsGui();
+    nameNews();
     setMenuState(0);
     setSlideState(0);
     downloadInfo();
     watchButtons();
     recordDesignGeometry();
     new PixelRatioWatch(*this, [this] { remakePictures(); });
+    followKeyboard();
+    nameForm();
     setWindowFlags(Qt::FramelessWindowHint);
 }
 

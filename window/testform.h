@@ -12,6 +12,7 @@
 
 class DownloadManager;
 class FileDownloader;
+class Keyboard;
 class MySizeGrip;
 class QGroupBox;
 class QLabel;
@@ -117,6 +118,10 @@ protected:
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
 
+    // window/: keyboard
+    bool focusNextPrevChild(bool next) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
 private:
     class DocumentApplier;
 
@@ -137,6 +142,17 @@ private:
     void scaleNewsPicture(QLabel *label, QSize size);
     const News *newsItemOf(const QLabel *label) const;
     void remakePictures();
+
+    // window/: keyboard
+    void followKeyboard();
+    void keepKeyboardInStep();
+    bool leavePanel();
+    void offerActionToKeyboard();
+
+    // window/: names for screen readers, and tooltips
+    void nameForm();
+    void nameButtons();
+    void explainButton(QWidget *button, const QString &what);
 
     // info/: launcher document
     void downloadInfo();
@@ -188,6 +204,8 @@ private:
     void loadNews(bool isBuffer);
     void setMenuState(int ms);
     void setSlideState(int s);
+    void nameNews();
+    void nameSlide();
 
     // window/: the form
     Ui::testform *ui;
@@ -264,4 +282,8 @@ private:
     // window/: the buttons watched for hover and press
     int numButtonsList = watchedButtons;
     QObject *btn_list[watchedButtons] = {};
+
+    // window/: where the keyboard is, made by followKeyboard(); whether Escape leaves the panel
+    Keyboard *keyboard = nullptr;
+    bool panelOpenedAgain = false;
 };

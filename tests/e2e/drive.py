@@ -448,6 +448,10 @@ class Road:
         self.click(button)
         if before is not None:
             before()
+        self.meet_client(server, client, version, program, stop)
+
+    def meet_client(self, server: str, client: str, version: str, program: str, stop: str) -> None:
+        """Waits for the mark of the started client and for its window, and ends it."""
         mark = self.wait_for("the mark of the started client", lambda: self.mark(server, client, version))
         told = int(mark.pop("process"))
         self.check(

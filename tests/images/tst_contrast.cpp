@@ -67,7 +67,7 @@ Measured measure(QWidget &window, QWidget &widget, QRgb colour)
             }
             ++result.pixels;
             result.isInItsColour |= difference(with.pixel(x, y), colour) < 24;
-            const double ratio = contrast(colour, ground);
+            const double ratio = Contrast::ratio(colour, ground);
             if (ratio < result.worst) {
                 result.worst = ratio;
                 result.where = QPoint(x, y);
@@ -127,9 +127,9 @@ void TestContrast::cleanupTestCase()
 void TestContrast::formulaIsTheStandards()
 {
     const auto near = [](double one, double other) { return std::abs(one - other) < 0.005; };
-    QVERIFY(near(contrast(qRgb(255, 255, 255), qRgb(0, 0, 0)), 21));
-    QVERIFY(near(contrast(qRgb(119, 119, 119), qRgb(255, 255, 255)), 4.48));
-    QVERIFY(near(contrast(qRgb(255, 0, 0), qRgb(0, 0, 0)), 5.25));
+    QVERIFY(near(Contrast::ratio(qRgb(255, 255, 255), qRgb(0, 0, 0)), 21));
+    QVERIFY(near(Contrast::ratio(qRgb(119, 119, 119), qRgb(255, 255, 255)), 4.48));
+    QVERIFY(near(Contrast::ratio(qRgb(255, 0, 0), qRgb(0, 0, 0)), 5.25));
 }
 
 // Guards the measurement: one that looks at the wrong pixels would pass everywhere.

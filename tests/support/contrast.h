@@ -5,19 +5,25 @@
 #include <algorithm>
 #include <cmath>
 
-// How well one colour stands out from another, as WCAG 2.1 counts it: 1 for the same, 21 for black
-// on white.
-inline double contrast(QRgb one, QRgb other)
+// The contrast ratio of WCAG 2.1, from 1 to 21.
+namespace Contrast
 {
-    const auto linear = [](int channel) {
-        const double value = channel / 255.0;
-        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-    };
-    const auto luminance = [linear](QRgb colour) {
-        return 0.2126 * linear(qRed(colour)) + 0.7152 * linear(qGreen(colour)) +
-               0.0722 * linear(qBlue(colour));
-    };
+inline double linear(int channel)
+{
+    const double value = channel / 255.0;
+    return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+}
+
+inline double luminance(QRgb colour)
+{
+    return 0.2126 * linear(qRed(colour)) + 0.7152 * linear(qGreen(colour)) +
+           0.0722 * linear(qBlue(colour));
+}
+
+inline double ratio(QRgb one, QRgb other)
+{
     const double a = luminance(one);
     const double b = luminance(other);
     return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
 }
+} // namespace Contrast

@@ -47,7 +47,7 @@ Mark markOf(testform &window)
     for (int y = 0; y < with.height(); ++y) {
         for (int x = 0; x < with.width(); ++x) {
             if (with.pixel(x, y) != without.pixel(x, y)) {
-                const double ratio = contrast(with.pixel(x, y), without.pixel(x, y));
+                const double ratio = Contrast::ratio(with.pixel(x, y), without.pixel(x, y));
                 ++mark.pixels;
                 mark.clear += ratio >= enough ? 1 : 0;
                 mark.best = std::max(mark.best, ratio);
@@ -170,7 +170,7 @@ void TestColours::emptyCheckBoxCanBeSeen()
     int clear = 0;
     for (int y = 0; y < with.height(); ++y) {
         for (int x = 0; x < 20; ++x) { // without its text
-            clear += contrast(with.pixel(x, y), without.pixel(x, y)) >= enough ? 1 : 0;
+            clear += Contrast::ratio(with.pixel(x, y), without.pixel(x, y)) >= enough ? 1 : 0;
         }
     }
     qInfo("%d pixels", clear);
