@@ -50,7 +50,7 @@ source_packages=(
 # What the Windows program is built from and packed with.
 windows_packages=(
   cmake ninja-build g++ make g++-mingw-w64-x86-64-posix librsvg2-bin python3 perl
-  nsis zip unzip file libz-mingw-w64-dev
+  nsis zip unzip file libz-mingw-w64-dev osslsigncode util-linux
 )
 # What its tests run on.
 windows_test_packages=(

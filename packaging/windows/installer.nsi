@@ -1,5 +1,6 @@
 ; The installer for players, made by package.sh, which hands over VERSION, FILES (the folder to
-; install), UNINSTALL_FILES (the commands that remove them), ICON, SIZE (in KiB) and OUTPUT.
+; install), UNINSTALL_FILES (the commands that remove them), ICON, SIZE (in KiB), SIGN (the program
+; that signs the uninstaller, or leaves it alone) and OUTPUT.
 ;
 ; For one player, without administrator rights: the launcher writes the games beside itself.
 ;
@@ -32,6 +33,8 @@ InstallDir "$LOCALAPPDATA\Programs\${NAME}"
 ; An update goes where the launcher is, and a new installation to the games left by an old one.
 InstallDirRegKey HKCU "${OWN_KEY}" "InstallFolder"
 BrandingText "${NAME} ${VERSION}"
+; Before it is packed: on a player's machine nobody could sign it.
+!uninstfinalize '"${SIGN}" "%1"' = 0
 
 VIProductVersion "${VERSION}.0"
 VIAddVersionKey ProductName "${NAME}"

@@ -2,11 +2,19 @@
 # Makes the packages for players on Windows: a zip archive and an installer.
 #
 #   packaging/windows/package.sh [--output FOLDER] [--build FOLDER] [-DEMBERWAKE_...=...]...
+#                                [--sign-with CERTIFICATE [--key KEY] [--password-file FILE]
+#                                 [--timestamp URL]]
 #
 #   --output FOLDER   where the packages go              default: build/packages
 #   --build FOLDER    where the program is built         default: build/windows-release
 #   -DNAME=VALUE      a product setting (cmake/ProductSettings.cmake); those not given have their
 #                     defaults, whatever the last call was given
+#
+#   --sign-with CERTIFICATE   signs all programs; a PEM file with its --key, or a PKCS#12 file
+#   --password-file FILE      the key's password is its first line; otherwise the password is in
+#                             the environment, as EMBERWAKE_SIGN_PASSWORD
+#   --timestamp URL           a server of time stamps (RFC 3161): the signatures outlive the
+#                             certificate, but are others each time
 #
 # The toolkit is expected where packaging/windows/build-qt.sh puts it, or in EMBERWAKE_WINDOWS_QT.
 set -euo pipefail
@@ -16,20 +24,33 @@ here=$root/packaging/windows
 output=$root/build/packages
 build=$root/build/windows-release
 settings=()
+certificate=
+key=
+password_file=
+timestamp=
 usage() {
   echo 'usage: package.sh [--output FOLDER] [--build FOLDER] [-DEMBERWAKE_...=...]...' >&2
+  echo '       [--sign-with CERTIFICATE [--key KEY] [--password-file FILE] [--timestamp URL]]' >&2
   exit 64
 }
 while [ "$#" -gt 0 ]; do
   case $1 in
     --output) output=${2:-}; shift ;;
     --build) build=${2:-}; shift ;;
+    --sign-with) certificate=${2:-}; [ -n "$certificate" ] || usage; shift ;;
+    --key) key=${2:-}; [ -n "$key" ] || usage; shift ;;
+    --password-file) password_file=${2:-}; [ -n "$password_file" ] || usage; shift ;;
+    --timestamp) timestamp=${2:-}; [ -n "$timestamp" ] || usage; shift ;;
     -D?*=*) settings+=("$1") ;;
     *) usage ;;
   esac
   shift || usage
 done
 if [ -z "$output" ] || [ -z "$build" ]; then usage; fi
+[ -n "$certificate" ] || [ -z "$key$password_file$timestamp" ] || usage
+for file in "$certificate" "$key" "$password_file"; do
+  [ -z "$file" ] || [ -r "$file" ] || { echo "package.sh: $file cannot be read" >&2; exit 1; }
+done
 mkdir -p "$output" "$build"
 output=$(cd "$output" && pwd)
 build=$(cd "$build" && pwd)
@@ -87,6 +108,19 @@ for library in libgcc_s_seh-1.dll libstdc++-6.dll libwinpthread-1.dll; do
   cp "$(runtime_file "$library")" "$folder/"
 done
 find "$folder" \( -name '*.exe' -o -name '*.dll' \) -exec x86_64-w64-mingw32-strip {} +
+# The installer's making signs as well, so that what to sign with stands in the environment.
+if [ -n "$certificate" ]; then
+  EMBERWAKE_SIGN_WITH=$(realpath "$certificate")
+  EMBERWAKE_SIGN_KEY=${key:+$(realpath "$key")}
+  EMBERWAKE_SIGN_PASSWORD_FILE=${password_file:+$(realpath "$password_file")}
+  EMBERWAKE_SIGN_TIMESTAMP=$timestamp
+  export EMBERWAKE_SIGN_WITH EMBERWAKE_SIGN_KEY EMBERWAKE_SIGN_PASSWORD_FILE EMBERWAKE_SIGN_TIMESTAMP
+  sign=("$here/sign.sh")
+else
+  sign=(true)
+  sed 's/$/\r/' "$here/UNSIGNED.txt" > "$folder/UNSIGNED.txt"
+fi
+"${sign[@]}" "$folder"/*.exe
 
 echo 'Collecting the licences ...'
 licenses=$folder/licenses
@@ -156,10 +190,11 @@ rm -f "$archive"
 ) | tr / '\134' > "$work/uninstall-files.nsh"
 installer=$output/emberwake-launcher-$version-setup.exe
 rm -f "$installer"
-makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DFILES=$folder" \
+makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DFILES=$folder" "-DSIGN=${sign[*]}" \
   "-DUNINSTALL_FILES=$work/uninstall-files.nsh" "-DICON=$root/images/clienticon.ico" \
   "-DSIZE=$(du -sk --apparent-size "$folder" | cut -f1)" "-DOUTPUT=$installer" \
   "$here/installer.nsi"
+"${sign[@]}" "$installer"
 
 for package in "$archive" "$installer"; do
   echo "$(stat --format=%s "$package") bytes: $package"

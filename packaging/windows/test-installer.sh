@@ -22,65 +22,20 @@ archive=${archives[0]}
 version=${setup##*/emberwake-launcher-}
 version=${version%-setup.exe}
 
-work=$(mktemp -d "${TMPDIR:-/tmp}/test-installer.XXXXXX")
-export WINEPREFIX=$work/wine WINEDEBUG=-all LC_ALL=C.UTF-8 WINEDLLOVERRIDES='mscoree,mshtml='
-wine=/usr/lib/wine/wine64
-display_pid=
-finish() {
-  /usr/lib/wine/wineserver64 -k || true
-  [ -z "$display_pid" ] || kill "$display_pid" || true
-  rm -rf "$work"
-}
-trap finish EXIT
+# shellcheck source=wine.sh
+. "$root/packaging/windows/wine.sh"
+start_wine
 
-exec 3<> <(:)
-Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp 3> "$work/display" 2> /dev/null &
-display_pid=$!
-for _ in {1..100}; do
-  [ -s "$work/display" ] && break
-  sleep 0.1
-done
-DISPLAY=:$(cat "$work/display")
-export DISPLAY
-
-# The whole Windows folder is on the launcher's side of Wine: nothing of it is the caller's home.
-timeout 180 "$wine" wineboot --init > /dev/null 2>&1
-c=$WINEPREFIX/drive_c
-user=$c/users/$(id -un)
-
-passed=0
-failed=0
-# check NAME COMMAND...: one check, which passes when the command does.
-check() {
-  local name=$1
-  shift
-  if "$@" > "$work/check.log" 2>&1; then
-    passed=$((passed + 1))
-    echo "ok    $name"
-  else
-    failed=$((failed + 1))
-    echo "FAIL  $name"
-    sed 's/^/      /' "$work/check.log" | tail -n 5
-  fi
-}
-absent() { [ ! -e "$1" ] && [ ! -L "$1" ]; }
-# ends_with RESULT COMMAND...: the program under Wine ends by itself, with this result.
-ends_with() {
-  local expected=$1 result=0
-  shift
-  timeout 120 "$wine" "$@" || result=$?
-  [ "$result" -eq "$expected" ] || { echo "ended with $result instead of $expected"; return 1; }
-}
 # registered NAME VALUE: what stands in the registry's export, where a backslash is written twice.
 registered() {
-  "$wine" reg export "$key" 'C:\export.reg' /y > /dev/null
+  "${wine[@]}" reg export "$key" 'C:\export.reg' /y > /dev/null
   iconv -f utf-16 -t utf-8 "$c/export.reg" | tr -d '\r' > "$work/export"
   grep -F "\"$1\"=" "$work/export" | tee "$work/value"
   grep -qF "${2//\\/\\\\}" "$work/value"
 }
 key='HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Emberwake Online Launcher'
 own_key='HKCU\Software\Emberwake Online Launcher'
-no_key() { ! "$wine" reg query "$1"; }
+no_key() { ! "${wine[@]}" reg query "$1"; }
 # The files of a package, in a folder: all there, and the same.
 unzip -q "$archive" -d "$work/archive"
 files=$work/archive/$(basename "$archive" .zip)
@@ -98,7 +53,7 @@ program_gone() {
 }
 # The uninstaller goes on by a copy of itself when the program that was started has ended.
 uninstall() {
-  timeout 120 "$wine" "$1/uninstall.exe" /S "${@:2}"
+  timeout 120 "${wine[@]}" "$1/uninstall.exe" /S "${@:2}"
   for _ in {1..300}; do
     if absent "$1/uninstall.exe" && absent "$shortcut"; then
       # A moment for what comes after these.
@@ -195,12 +150,12 @@ check 'Windows knows the uninstaller' registered UninstallString 'C:\Игры и
 check 'Windows knows the size' registered EstimatedSize dword:0000
 
 # It runs, and is noticed.
-(cd "$folder" && exec "$wine" emberwake-launcher.exe) > /dev/null 2>&1 &
+(cd "$folder" && exec "${wine[@]}" emberwake-launcher.exe) > /dev/null 2>&1 &
 check 'the launcher opens its window' window_appears 'Emberwake Launcher'
 check 'an update while it runs is refused' ends_with 2 "$setup" "${install_in_folder[@]}"
 check 'so is the removal' ends_with 2 "$folder/uninstall.exe" /S '_?=C:\Игры' и 'Welt\Emberwake'
 check 'and nothing is missing' installed "$folder"
-"$wine" taskkill /F /IM emberwake-launcher.exe > /dev/null 2>&1 || true
+"${wine[@]}" taskkill /F /IM emberwake-launcher.exe > /dev/null 2>&1 || true
 sleep 2
 
 # The removal, and back again.
@@ -241,5 +196,4 @@ check 'a drive as the folder does not end in an error' ends_with 0 "$setup" /S "
 check 'nothing is written to the drive' absent "$c/emberwake-launcher.exe"
 check 'but to its own folder' installed "$default"
 
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ]
+print_checks

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Runs the tests of what the packages are made of: the check of imports, the extractor, and the
-# installer in build/packages (or in the folder given):
+# installer and the signatures of the packages in build/packages (or in the folder given):
 #
 #   packaging/windows/test.sh [FOLDER]
 #
@@ -16,4 +16,5 @@ packages=${1:-$here/../../build/packages}
 run_counted "$here/test-check-imports.py"
 run_counted "$here/test-unzip.py"
 run_counted "$here/test-installer.sh" "$packages"
+run_counted "$here/test-signing.sh" "$packages"
 print_summary
