@@ -1,6 +1,6 @@
-; The installer for players, made by package.sh, which hands over VERSION, FILES (the folder to
-; install), UNINSTALL_FILES (the commands that remove them), ICON, SIZE (in KiB), SIGN (the program
-; that signs the uninstaller, or leaves it alone) and OUTPUT.
+; The installer for players, made by package.sh, which hands over PRODUCT (a script with the name, the
+; version and so on), FILES (the folder to install), UNINSTALL_FILES (the commands that remove them),
+; SIZE (in KiB), SIGN (the program that signs the uninstaller, or leaves it alone) and OUTPUT.
 ;
 ; For one player, without administrator rights: the launcher writes the games beside itself.
 ;
@@ -22,12 +22,12 @@ CRCCheck force
 !include LogicLib.nsh
 !include x64.nsh
 
-!define NAME "Emberwake Online Launcher"
+!include "${PRODUCT}"
 !define PROGRAM "emberwake-launcher.exe"
 !define OWN_KEY "Software\${NAME}"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\${NAME}"
 
-Name "${NAME}"
+Name "${NAME}" "${NAME_IN_WINDOWS}"
 OutFile "${OUTPUT}"
 InstallDir "$LOCALAPPDATA\Programs\${NAME}"
 ; An update goes where the launcher is, and a new installation to the games left by an old one.
@@ -41,8 +41,9 @@ VIAddVersionKey ProductName "${NAME}"
 VIAddVersionKey ProductVersion "${VERSION}"
 VIAddVersionKey FileDescription "${NAME} Setup"
 VIAddVersionKey FileVersion "${VERSION}"
-VIAddVersionKey CompanyName "Emberwake"
-VIAddVersionKey LegalCopyright ""
+; These two may have quotation marks in them.
+VIAddVersionKey CompanyName `${PUBLISHER}`
+VIAddVersionKey LegalCopyright `${COPYRIGHT}`
 
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
@@ -51,7 +52,7 @@ VIAddVersionKey LegalCopyright ""
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES
 !define MUI_FINISHPAGE_RUN
-!define MUI_FINISHPAGE_RUN_TEXT "Start the ${NAME}"
+!define MUI_FINISHPAGE_RUN_TEXT "Start the ${NAME_IN_WINDOWS}"
 !define MUI_FINISHPAGE_RUN_FUNCTION startProgram
 !insertmacro MUI_PAGE_FINISH
 
@@ -215,7 +216,8 @@ Section
   WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayName" "${NAME}"
   WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayVersion" "${VERSION}"
   WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayIcon" "$INSTDIR\${PROGRAM},0"
-  WriteRegStr HKCU "${UNINSTALL_KEY}" "Publisher" "Emberwake"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "Publisher" `${PUBLISHER}`
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "URLInfoAbout" "${URL}"
   WriteRegStr HKCU "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"
   WriteRegStr HKCU "${UNINSTALL_KEY}" "UninstallString" '"$INSTDIR\uninstall.exe"'
   WriteRegStr HKCU "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\uninstall.exe" /S'

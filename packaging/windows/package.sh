@@ -74,11 +74,14 @@ libzip=$root/build/windows-libzip
 
 echo 'Building the programs ...'
 # The settings of the last call are forgotten first: the cache would keep them.
-(cd "$root" && cmake --preset windows-release -B "$build" -U 'EMBERWAKE_*_URL' \
+(cd "$root" && cmake --preset windows-release -B "$build" -U 'EMBERWAKE_*_URL' -U 'EMBERWAKE_PRODUCT_*' \
   "-DEMBERWAKE_WINDOWS_LIBZIP=$libzip" "${settings[@]}")
 cmake --build "$build" --parallel "$(nproc)" --target emberwake-launcher emberwake-unzip
-version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
-[ -n "$version" ] || fail "no version in $build/CMakeCache.txt"
+product() {
+  sed -n "s/^$1 //p" "$build/packaging/product.txt"
+}
+version=$(product version)
+[ -n "$version" ] || fail "no version in $build/packaging/product.txt"
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/package.XXXXXX")
 trap 'rm -rf "$work"' EXIT
@@ -114,7 +117,10 @@ if [ -n "$certificate" ]; then
   EMBERWAKE_SIGN_KEY=${key:+$(realpath "$key")}
   EMBERWAKE_SIGN_PASSWORD_FILE=${password_file:+$(realpath "$password_file")}
   EMBERWAKE_SIGN_TIMESTAMP=$timestamp
-  export EMBERWAKE_SIGN_WITH EMBERWAKE_SIGN_KEY EMBERWAKE_SIGN_PASSWORD_FILE EMBERWAKE_SIGN_TIMESTAMP
+  EMBERWAKE_SIGN_NAME=$(product name)
+  EMBERWAKE_SIGN_URL=$(product url)
+  export EMBERWAKE_SIGN_WITH EMBERWAKE_SIGN_KEY EMBERWAKE_SIGN_PASSWORD_FILE EMBERWAKE_SIGN_TIMESTAMP \
+    EMBERWAKE_SIGN_NAME EMBERWAKE_SIGN_URL
   sign=("$here/sign.sh")
 else
   sign=(true)
@@ -190,8 +196,8 @@ rm -f "$archive"
 ) | tr / '\134' > "$work/uninstall-files.nsh"
 installer=$output/emberwake-launcher-$version-setup.exe
 rm -f "$installer"
-makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DFILES=$folder" "-DSIGN=${sign[*]}" \
-  "-DUNINSTALL_FILES=$work/uninstall-files.nsh" "-DICON=$root/images/clienticon.ico" \
+makensis -V2 -WX -INPUTCHARSET UTF8 "-DPRODUCT=$build/packaging/product.nsh" "-DFILES=$folder" "-DSIGN=${sign[*]}" \
+  "-DUNINSTALL_FILES=$work/uninstall-files.nsh" \
   "-DSIZE=$(du -sk --apparent-size "$folder" | cut -f1)" "-DOUTPUT=$installer" \
   "$here/installer.nsi"
 "${sign[@]}" "$installer"

@@ -44,7 +44,8 @@ if [ -n "${EMBERWAKE_SIGN_TIMESTAMP:-}" ]; then
 elif [ -n "${SOURCE_DATE_EPOCH:-}" ]; then
   options+=(-time "$SOURCE_DATE_EPOCH")
 fi
-[ -z "${EMBERWAKE_SIGN_NAME:-}" ] || options+=(-n "$EMBERWAKE_SIGN_NAME")
+# It has no spelling for other letters.
+[[ -z ${EMBERWAKE_SIGN_NAME:-} || $EMBERWAKE_SIGN_NAME == *[![:ascii:]]* ]] || options+=(-n "$EMBERWAKE_SIGN_NAME")
 [ -z "${EMBERWAKE_SIGN_URL:-}" ] || options+=(-i "$EMBERWAKE_SIGN_URL")
 
 for file in "$@"; do

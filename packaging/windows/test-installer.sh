@@ -127,8 +127,17 @@ cp -r "$files" "$work/old"
 echo old > "$work/old/old-library.dll"
 # shellcheck disable=SC2016 # a variable of the installer
 (cd "$work/old" && find . -type f -printf 'Delete "$INSTDIR\\%P"\n' | tr / '\134') > "$work/old.nsh"
-makensis -V1 -INPUTCHARSET UTF8 -X'SetCompress off' -DVERSION=0.9.0 "-DFILES=$work/old" \
-  "-DUNINSTALL_FILES=$work/old.nsh" "-DICON=$root/images/clienticon.ico" -DSIZE=1 \
+cat > "$work/product.nsh" << NSIS
+!define NAME "Emberwake Online Launcher"
+!define NAME_IN_WINDOWS "Emberwake Online Launcher"
+!define VERSION 0.9.0
+!define PUBLISHER "Emberwake"
+!define COPYRIGHT ""
+!define URL "https://www.emberwake.example/"
+!define ICON "$root/images/clienticon.ico"
+NSIS
+makensis -V1 -INPUTCHARSET UTF8 -X'SetCompress off' "-DPRODUCT=$work/product.nsh" "-DFILES=$work/old" \
+  "-DUNINSTALL_FILES=$work/old.nsh" -DSIZE=1 -DSIGN=true \
   "-DOUTPUT=$work/old-setup.exe" "$root/packaging/windows/installer.nsi" > "$work/makensis.log" ||
   { cat "$work/makensis.log"; exit 1; }
 check 'an older version installs silently, blanks and Cyrillic letters in the path' \
@@ -145,6 +154,7 @@ check 'the start menu entry works in the folder' link_says 'C:\Игры и Welt\
 check 'Windows knows the name' registered DisplayName 'Emberwake Online Launcher'
 check 'Windows knows the version' registered DisplayVersion "\"$version\""
 check 'Windows knows the publisher' registered Publisher Emberwake
+check 'Windows knows the web address' registered URLInfoAbout https://www.emberwake.example/
 check 'Windows knows the icon' registered DisplayIcon 'C:\Игры и Welt\Emberwake\emberwake-launcher.exe'
 check 'Windows knows the uninstaller' registered UninstallString 'C:\Игры и Welt\Emberwake\uninstall.exe'
 check 'Windows knows the size' registered EstimatedSize dword:0000

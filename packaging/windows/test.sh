@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs the tests of what the packages are made of: the check of imports, the extractor, and the
-# installer and the signatures of the packages in build/packages (or in the folder given):
+# Runs the tests of what the packages are made of: the check of imports, the extractor, the installer
+# in build/packages (or in the folder given), and packages with another product and with signatures:
 #
 #   packaging/windows/test.sh [FOLDER]
 #
@@ -16,5 +16,6 @@ packages=${1:-$here/../../build/packages}
 run_counted "$here/test-check-imports.py"
 run_counted "$here/test-unzip.py"
 run_counted "$here/test-installer.sh" "$packages"
+run_counted "$here/test-product.sh"
 run_counted "$here/test-signing.sh" "$packages"
 print_summary
