@@ -1,6 +1,7 @@
 ; The installer for players, made by package.sh, which hands over PRODUCT (a script with the name, the
-; version and so on), FILES (the folder to install), UNINSTALL_FILES (the commands that remove them),
-; SIZE (in KiB), SIGN (the program that signs the uninstaller, or leaves it alone) and OUTPUT.
+; version and so on), INSTALL_FILES and UNINSTALL_FILES (the commands that install and remove the
+; files), SIZE (in KiB), SIGN (the program that signs the uninstaller, or leaves it alone), UNINSTALLER
+; (where a copy of that goes) and OUTPUT.
 ;
 ; For one player, without administrator rights: the launcher writes the games beside itself.
 ;
@@ -35,6 +36,7 @@ InstallDirRegKey HKCU "${OWN_KEY}" "InstallFolder"
 BrandingText "${NAME} ${VERSION}"
 ; Before it is packed: on a player's machine nobody could sign it.
 !uninstfinalize '"${SIGN}" "%1"' = 0
+!uninstfinalize 'cp "%1" "${UNINSTALLER}"' = 0
 
 VIProductVersion "${VERSION}.0"
 VIAddVersionKey ProductName "${NAME}"
@@ -199,9 +201,9 @@ Section
   ${EndIf}
 
   ClearErrors
-  SetOutPath "$INSTDIR"
   SetOverwrite on
-  File /r "${FILES}\*"
+  !include "${INSTALL_FILES}"
+  SetOutPath "$INSTDIR"
   WriteUninstaller "$INSTDIR\uninstall.exe"
   ${If} ${Errors}
     MessageBox MB_OK|MB_ICONSTOP "Not all files could be written to $INSTDIR." /SD IDOK

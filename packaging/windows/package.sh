@@ -67,7 +67,8 @@ qt=${EMBERWAKE_WINDOWS_QT:-/opt/qt5-mingw-w64}
 
 # One date for everything inside, so that the same commit gives the same packages.
 SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git -C "$root" log -1 --format=%ct 2>/dev/null || date +%s)}
-export SOURCE_DATE_EPOCH TZ=UTC
+# And one language: zip, for one, stops at letters of a folder's name that its own does not have.
+export SOURCE_DATE_EPOCH TZ=UTC LC_ALL=C.UTF-8
 
 "$here/build-libzip.sh"
 libzip=$root/build/windows-libzip
@@ -83,6 +84,7 @@ product() {
 version=$(product version)
 [ -n "$version" ] || fail "no version in $build/packaging/product.txt"
 
+umask 022
 work=$(mktemp -d "${TMPDIR:-/tmp}/package.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 name=emberwake-launcher-$version-windows-x86_64
@@ -179,29 +181,47 @@ find "$licenses" -type f -exec sed -i 's/\r$//; s/$/\r/' {} +
 
 "$here/check-imports.py" "$folder"
 
-find "$folder" -type f -exec chmod 644 {} +
-find "$folder" -exec touch --no-dereference --date="@$SOURCE_DATE_EPOCH" {} +
-
 echo 'Packing ...'
-archive=$output/$name.zip
-rm -f "$archive"
-(cd "$work" && find "$name" | LC_ALL=C sort | zip -9 -X -q -@ "$archive")
+# pack FOLDER: the zip archive of a folder of $work, the same one on whatever machine.
+pack() {
+  find "$work/$1" -type d -exec chmod 755 {} +
+  find "$work/$1" -type f -exec chmod 644 {} +
+  find "$work/$1" -exec touch --no-dereference --date="@$SOURCE_DATE_EPOCH" {} +
+  rm -f "$output/$1.zip"
+  (cd "$work" && find "$1" | LC_ALL=C sort | zip -9 -X -q -@ "$output/$1.zip")
+}
+pack "$name"
 
-# What the uninstaller removes: these files, and these folders when they are empty then.
-# shellcheck disable=SC2016 # a variable of the installer
-(
-  cd "$folder"
-  find . -type f -printf 'Delete "$INSTDIR\\%P"\n' | LC_ALL=C sort
-  find . -mindepth 1 -type d -printf 'RMDir "$INSTDIR\\%P"\n' | LC_ALL=C sort -r
-) | tr / '\134' > "$work/uninstall-files.nsh"
+"$here/list-files.sh" "$folder" "$work/install-files.nsh" "$work/uninstall-files.nsh"
+# Of the files alone: folders weigh what their file system makes of them.
+size=$(find "$folder" -type f -printf '%s\n' | awk '{ sum += $1 } END { print int((sum + 1023) / 1024) }')
 installer=$output/emberwake-launcher-$version-setup.exe
 rm -f "$installer"
-makensis -V2 -WX -INPUTCHARSET UTF8 "-DPRODUCT=$build/packaging/product.nsh" "-DFILES=$folder" "-DSIGN=${sign[*]}" \
-  "-DUNINSTALL_FILES=$work/uninstall-files.nsh" \
-  "-DSIZE=$(du -sk --apparent-size "$folder" | cut -f1)" "-DOUTPUT=$installer" \
+makensis -V2 -WX -INPUTCHARSET UTF8 "-DPRODUCT=$build/packaging/product.nsh" \
+  "-DINSTALL_FILES=$work/install-files.nsh" "-DUNINSTALL_FILES=$work/uninstall-files.nsh" \
+  "-DSIZE=$size" "-DSIGN=${sign[*]}" "-DUNINSTALLER=$work/uninstall.exe" "-DOUTPUT=$installer" \
   "$here/installer.nsi"
 "${sign[@]}" "$installer"
 
-for package in "$archive" "$installer"; do
-  echo "$(stat --format=%s "$package") bytes: $package"
+echo 'Writing the bill of materials and the check sums ...'
+{
+  echo "qt $qt_source"
+  # Without the compiler that it repacks.
+  echo "gcc ${gcc_source%%,*}"
+  echo "mingw $(source_of mingw-w64-x86-64-dev)"
+  echo "nsis $(source_of nsis)"
+  echo "base-files $(source_of base-files)"
+  sed 's/^\([^ ]*\)/\1 \1/; s/^libz-mingw-w64 /zlib /' "$libzip/licenses/SOURCE-PACKAGES"
+} > "$work/origins"
+# bill FOLDER [FILE...]
+bill() {
+  "$here/bill-of-materials.py" "$1" "$version" "$(product publisher)" "$work/$1" "${@:2}" \
+    < "$work/origins" > "$output/$1.cdx.json"
+}
+bill "$name" "$work/uninstall.exe"
+packages=("$name.zip" "$(basename "$installer")" "$name.cdx.json")
+(cd "$output" && sha256sum "${packages[@]}" > SHA256SUMS)
+
+for package in "${packages[@]}"; do
+  echo "$(stat --format=%s "$output/$package") bytes: $output/$package"
 done

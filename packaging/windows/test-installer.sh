@@ -43,6 +43,7 @@ installed() {
   diff -r "$files" "$1" | grep -v '^Only in .*: \(uninstall.exe\|Realm\|settings.txt\|offline.txt\)$' > "$work/differences" || true
   [ ! -s "$work/differences" ] || { cat "$work/differences"; return 1; }
 }
+in_bill() { grep -F "\"$(sha256sum < "$1" | cut -d ' ' -f 1)\"" "${archive%.zip}.cdx.json"; }
 # Nothing that the package brought is left in the folder.
 program_gone() {
   local file
@@ -125,8 +126,7 @@ check 'nothing was registered' no_key "$key"
 # A first version, with a file that the next one no longer has.
 cp -r "$files" "$work/old"
 echo old > "$work/old/old-library.dll"
-# shellcheck disable=SC2016 # a variable of the installer
-(cd "$work/old" && find . -type f -printf 'Delete "$INSTDIR\\%P"\n' | tr / '\134') > "$work/old.nsh"
+"$root/packaging/windows/list-files.sh" "$work/old" "$work/old-install.nsh" "$work/old.nsh"
 cat > "$work/product.nsh" << NSIS
 !define NAME "Emberwake Online Launcher"
 !define NAME_IN_WINDOWS "Emberwake Online Launcher"
@@ -136,8 +136,8 @@ cat > "$work/product.nsh" << NSIS
 !define URL "https://www.emberwake.example/"
 !define ICON "$root/images/clienticon.ico"
 NSIS
-makensis -V1 -INPUTCHARSET UTF8 -X'SetCompress off' "-DPRODUCT=$work/product.nsh" "-DFILES=$work/old" \
-  "-DUNINSTALL_FILES=$work/old.nsh" -DSIZE=1 -DSIGN=true \
+makensis -V1 -INPUTCHARSET UTF8 -X'SetCompress off' "-DPRODUCT=$work/product.nsh" -DINSTALL_FILES="$work/old-install.nsh" \
+  "-DUNINSTALL_FILES=$work/old.nsh" -DSIZE=1 -DSIGN=true "-DUNINSTALLER=$work/old-uninstall.exe" \
   "-DOUTPUT=$work/old-setup.exe" "$root/packaging/windows/installer.nsi" > "$work/makensis.log" ||
   { cat "$work/makensis.log"; exit 1; }
 check 'an older version installs silently, blanks and Cyrillic letters in the path' \
@@ -148,6 +148,7 @@ games "$folder"
 # The update.
 check 'the update installs over it' ends_with 0 "$setup" "${install_in_folder[@]}"
 check 'all files are there' installed "$folder"
+check 'the uninstaller is the one in the bill of materials' in_bill "$folder/uninstall.exe"
 check 'the file that is not needed any more is gone' absent "$folder/old-library.dll"
 check 'the update left games and settings' games_kept "$folder"
 check 'the start menu entry works in the folder' link_says 'C:\Игры и Welt\Emberwake'
