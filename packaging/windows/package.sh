@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Makes the packages for players on Windows: a zip archive and an installer.
+# Makes the packages for players on Windows: a zip archive and an installer; and a zip archive of the
+# checker for operators.
 #
 #   packaging/windows/package.sh [--output FOLDER] [--build FOLDER] [-DEMBERWAKE_...=...]...
 #                                [--sign-with CERTIFICATE [--key KEY] [--password-file FILE]
@@ -77,7 +78,7 @@ echo 'Building the programs ...'
 # The settings of the last call are forgotten first: the cache would keep them.
 (cd "$root" && cmake --preset windows-release -B "$build" -U 'EMBERWAKE_*_URL' -U 'EMBERWAKE_PRODUCT_*' \
   "-DEMBERWAKE_WINDOWS_LIBZIP=$libzip" "${settings[@]}")
-cmake --build "$build" --parallel "$(nproc)" --target emberwake-launcher emberwake-unzip
+cmake --build "$build" --parallel "$(nproc)" --target emberwake-launcher emberwake-unzip emberwake-check
 product() {
   sed -n "s/^$1 //p" "$build/packaging/product.txt"
 }
@@ -171,15 +172,25 @@ gcc_source=$(source_of gcc-mingw-w64-x86-64-posix-runtime)
 # shellcheck disable=SC2016 # dpkg-query's own variables
 gcc_version=$(dpkg-query --show --showformat='${Version}' gcc-mingw-w64-x86-64-posix-runtime)
 gcc_source+=", from gcc-${gcc_version%%.*} ${gcc_version%+"${gcc_source##* }"*}"
-sed -e "s|@QT_SOURCE@|$qt_source|" -e "s|@EXTRACTOR_SOURCES@|$extractor_sources|" \
-  -e "s|@GCC_SOURCE@|$gcc_source|" \
-  -e "s|@MINGW_SOURCE@|$(source_of mingw-w64-x86-64-dev)|" \
-  "$here/licenses-README.txt.in" > "$licenses/README.txt"
-! grep -n '@' "$licenses/README.txt" || fail 'licenses/README.txt has a gap'
-# Notepad of the older systems knows no other line ends.
-find "$licenses" -type f -exec sed -i 's/\r$//; s/$/\r/' {} +
+# describe_licenses TEMPLATE FOLDER
+describe_licenses() {
+  sed -e "s|@QT_SOURCE@|$qt_source|" -e "s|@EXTRACTOR_SOURCES@|$extractor_sources|" \
+    -e "s|@GCC_SOURCE@|$gcc_source|" \
+    -e "s|@MINGW_SOURCE@|$(source_of mingw-w64-x86-64-dev)|" \
+    "$here/$1" > "$2/README.txt"
+  ! grep -n '@' "$2/README.txt" || fail "the README.txt of $1 has a gap"
+  # Notepad of the older systems knows no other line ends.
+  find "$2" -type f -exec sed -i 's/\r$//; s/$/\r/' {} +
+}
+describe_licenses licenses-README.txt.in "$licenses"
 
 "$here/check-imports.py" "$folder"
+
+echo 'Collecting the checker ...'
+checker=emberwake-check-$version-windows-x86_64
+"$here/package-checker.sh" "$build/emberwake-check.exe" "$folder" "$work/$checker"
+describe_licenses licenses-README-checker.txt.in "$work/$checker/licenses"
+"${sign[@]}" "$work/$checker"/*.exe
 
 echo 'Packing ...'
 # pack FOLDER: the zip archive of a folder of $work, the same one on whatever machine.
@@ -191,6 +202,7 @@ pack() {
   (cd "$work" && find "$1" | LC_ALL=C sort | zip -9 -X -q -@ "$output/$1.zip")
 }
 pack "$name"
+pack "$checker"
 
 "$here/list-files.sh" "$folder" "$work/install-files.nsh" "$work/uninstall-files.nsh"
 # Of the files alone: folders weigh what their file system makes of them.
@@ -219,7 +231,8 @@ bill() {
     < "$work/origins" > "$output/$1.cdx.json"
 }
 bill "$name" "$work/uninstall.exe"
-packages=("$name.zip" "$(basename "$installer")" "$name.cdx.json")
+bill "$checker"
+packages=("$name.zip" "$(basename "$installer")" "$name.cdx.json" "$checker.zip" "$checker.cdx.json")
 (cd "$output" && sha256sum "${packages[@]}" > SHA256SUMS)
 
 for package in "${packages[@]}"; do
