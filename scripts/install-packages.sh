@@ -106,7 +106,8 @@ install_packages() {
 
   # apt-get would refuse all of them because of one, and name only the first.
   for package in "${missing[@]}"; do
-    if ! LC_ALL=C apt-cache policy "$package" | grep -q '^  Candidate: [^(]'; then
+    # All of it is read: under pipefail a writer that is cut off would count as a failure.
+    if ! LC_ALL=C apt-cache policy "$package" | grep '^  Candidate: [^(]' > /dev/null; then
       unknown+=("$package")
     fi
   done
