@@ -14,6 +14,14 @@ target_compile_options(launcher_flags INTERFACE
   $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall;-Wextra;-Wpedantic;-Wshadow;-Wconversion>
 )
 
+# The same program from the same sources, on whatever day and in whatever folder it is built. (A debugger
+# elsewhere wants the folders.)
+if(WIN32)
+  target_compile_options(launcher_flags INTERFACE
+    "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=." "-ffile-prefix-map=${PROJECT_BINARY_DIR}=build")
+  target_link_options(launcher_flags INTERFACE -Wl,--no-insert-timestamp)
+endif()
+
 # For those who work on this code: the presets and the scripts that run the tests switch it on. Who
 # only builds it, or includes it in a project of theirs, is not stopped by a warning. Another
 # compiler warns of other things, so it counts only with those that the code was written with.

@@ -66,7 +66,7 @@ if [ -z "$package" ]; then
     -DEMBERWAKE_WEBSITE_URL="${base_url}pages/website.html" \
     -DEMBERWAKE_DISCORD_URL="${base_url}pages/discord.html" \
     -DEMBERWAKE_FACEBOOK_URL="${base_url}pages/facebook.html"
-  archives=("$packages"/*.zip)
+  archives=("$packages"/emberwake-launcher-*.zip)
   if [ "${#archives[@]}" -ne 1 ] || [ ! -f "${archives[0]}" ]; then
     echo "demo-windows.sh: not one zip archive in $packages" >&2
     exit 1

@@ -28,7 +28,7 @@ test_packages=(
   clazy clang unzip zip python3 python3-pil python3-fonttools fonts-lato librsvg2-bin
   shellcheck
   xdg-utils file procps ca-certificates git libssl-dev openssl x11-apps python3-xlib
-  fontconfig util-linux mount mypy
+  fontconfig util-linux mount mypy man-db
   at-spi2-core dbus-daemon gir1.2-atspi-2.0 python3-gi
 )
 
@@ -51,7 +51,7 @@ source_packages=(
 # What the Windows program is built from and packed with.
 windows_packages=(
   cmake ninja-build g++ make g++-mingw-w64-x86-64-posix librsvg2-bin python3 perl
-  nsis zip unzip file libz-mingw-w64-dev fonts-lato
+  nsis zip unzip file libz-mingw-w64-dev osslsigncode util-linux fonts-lato
 )
 # What its tests run on.
 windows_test_packages=(
@@ -107,7 +107,8 @@ install_packages() {
 
   # apt-get would refuse all of them because of one, and name only the first.
   for package in "${missing[@]}"; do
-    if ! LC_ALL=C apt-cache policy "$package" | grep -q '^  Candidate: [^(]'; then
+    # All of it is read: under pipefail a writer that is cut off would count as a failure.
+    if ! LC_ALL=C apt-cache policy "$package" | grep '^  Candidate: [^(]' > /dev/null; then
       unknown+=("$package")
     fi
   done

@@ -1,8 +1,9 @@
 #!/usr/bin/python3
 """Checks that a folder with the Windows program holds what the program loads, and nothing else.
 
-    packaging/windows/check-imports.py FOLDER [WINDOWS-DLLS.TXT]
+    packaging/windows/check-imports.py [--checker] FOLDER [WINDOWS-DLLS.TXT]
 
+With --checker it is the folder of emberwake-check, which needs less of Windows than the list has.
 Fails, with a line for each reason, when
 - a program or library imports something that is neither shipped beside the program nor part of
   Windows (delayed imports count: they only fail later);
@@ -29,6 +30,8 @@ PLUGINS = {
     "imageformats/qjpeg.dll",
 }
 PROGRAMS = {"emberwake-launcher.exe", "unzip.exe"}
+CHECKERS_PLUGINS = {name for name in PLUGINS if name.startswith("imageformats/")}
+CHECKERS_PROGRAMS = {"emberwake-check.exe"}
 
 
 class NoProgramFile(Exception):
@@ -89,8 +92,9 @@ class ProgramFile:
             entry += entry_size
 
 
-def problems(folder: pathlib.Path, windows_dlls: set[str]) -> list[str]:
+def problems(folder: pathlib.Path, windows_dlls: set[str], checker: bool) -> list[str]:
     """Every reason why the folder cannot be shipped."""
+    named = CHECKERS_PROGRAMS | CHECKERS_PLUGINS if checker else PROGRAMS | PLUGINS
     found = []
     files: dict[str, ProgramFile] = {}
     for path in sorted(folder.rglob("*")):
@@ -100,7 +104,7 @@ def problems(folder: pathlib.Path, windows_dlls: set[str]) -> list[str]:
                 files[name] = ProgramFile(path)
             except NoProgramFile as error:
                 found.append(f"{name} cannot be read: {error}")
-    for name in sorted(PROGRAMS | PLUGINS):
+    for name in sorted(named):
         if name not in files:
             found.append(f"{name} is missing")
 
@@ -122,21 +126,25 @@ def problems(folder: pathlib.Path, windows_dlls: set[str]) -> list[str]:
     for name in files:
         if name.startswith("bearer/"):
             found.append(f"{name} must not be shipped: it polls the network all the time")
-        elif name not in PROGRAMS | PLUGINS | imported:
+        elif name not in named | imported:
             found.append(f"{name} is loaded by nothing that is shipped")
-    for name in sorted(windows_dlls - of_windows):
+    for name in sorted(windows_dlls - of_windows if not checker else ()):
         found.append(f"{name} is listed as part of Windows, but nothing imports it")
     return found
 
 
 def main() -> int:
-    if len(sys.argv) not in (2, 3):
-        print("usage: check-imports.py FOLDER [WINDOWS-DLLS.TXT]", file=sys.stderr)
+    arguments = sys.argv[1:]
+    checker = arguments[:1] == ["--checker"]
+    if checker:
+        del arguments[0]
+    if len(arguments) not in (1, 2):
+        print("usage: check-imports.py [--checker] FOLDER [WINDOWS-DLLS.TXT]", file=sys.stderr)
         return 64
-    listing = pathlib.Path(sys.argv[2] if len(sys.argv) == 3 else HERE / "windows-dlls.txt")
+    listing = pathlib.Path(arguments[1] if len(arguments) == 2 else HERE / "windows-dlls.txt")
     windows_dlls = {line.strip().lower() for line in listing.read_text().splitlines()
                     if line.strip() and not line.startswith("#")}
-    found = problems(pathlib.Path(sys.argv[1]), windows_dlls)
+    found = problems(pathlib.Path(arguments[0]), windows_dlls, checker)
     for problem in found:
         print(f"check-imports.py: {problem}", file=sys.stderr)
     return 1 if found else 0

@@ -1,5 +1,7 @@
-; The installer for players, made by package.sh, which hands over VERSION, FILES (the folder to
-; install), UNINSTALL_FILES (the commands that remove them), ICON, SIZE (in KiB) and OUTPUT.
+; The installer for players, made by package.sh, which hands over PRODUCT (a script with the name, the
+; version and so on), INSTALL_FILES and UNINSTALL_FILES (the commands that install and remove the
+; files), SIZE (in KiB), SIGN (the program that signs the uninstaller, or leaves it alone), UNINSTALLER
+; (where a copy of that goes) and OUTPUT.
 ;
 ; For one player, without administrator rights: the launcher writes the games beside itself.
 ;
@@ -21,25 +23,29 @@ CRCCheck force
 !include LogicLib.nsh
 !include x64.nsh
 
-!define NAME "Emberwake Online Launcher"
+!include "${PRODUCT}"
 !define PROGRAM "emberwake-launcher.exe"
 !define OWN_KEY "Software\${NAME}"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\${NAME}"
 
-Name "${NAME}"
+Name "${NAME}" "${NAME_IN_WINDOWS}"
 OutFile "${OUTPUT}"
 InstallDir "$LOCALAPPDATA\Programs\${NAME}"
 ; An update goes where the launcher is, and a new installation to the games left by an old one.
 InstallDirRegKey HKCU "${OWN_KEY}" "InstallFolder"
 BrandingText "${NAME} ${VERSION}"
+; Before it is packed: on a player's machine nobody could sign it.
+!uninstfinalize '"${SIGN}" "%1"' = 0
+!uninstfinalize 'cp "%1" "${UNINSTALLER}"' = 0
 
 VIProductVersion "${VERSION}.0"
 VIAddVersionKey ProductName "${NAME}"
 VIAddVersionKey ProductVersion "${VERSION}"
 VIAddVersionKey FileDescription "${NAME} Setup"
 VIAddVersionKey FileVersion "${VERSION}"
-VIAddVersionKey CompanyName "Emberwake"
-VIAddVersionKey LegalCopyright ""
+; These two may have quotation marks in them.
+VIAddVersionKey CompanyName `${PUBLISHER}`
+VIAddVersionKey LegalCopyright `${COPYRIGHT}`
 
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
@@ -48,7 +54,7 @@ VIAddVersionKey LegalCopyright ""
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES
 !define MUI_FINISHPAGE_RUN
-!define MUI_FINISHPAGE_RUN_TEXT "Start the ${NAME}"
+!define MUI_FINISHPAGE_RUN_TEXT "Start the ${NAME_IN_WINDOWS}"
 !define MUI_FINISHPAGE_RUN_FUNCTION startProgram
 !insertmacro MUI_PAGE_FINISH
 
@@ -195,9 +201,9 @@ Section
   ${EndIf}
 
   ClearErrors
-  SetOutPath "$INSTDIR"
   SetOverwrite on
-  File /r "${FILES}\*"
+  !include "${INSTALL_FILES}"
+  SetOutPath "$INSTDIR"
   WriteUninstaller "$INSTDIR\uninstall.exe"
   ${If} ${Errors}
     MessageBox MB_OK|MB_ICONSTOP "Not all files could be written to $INSTDIR." /SD IDOK
@@ -212,7 +218,8 @@ Section
   WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayName" "${NAME}"
   WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayVersion" "${VERSION}"
   WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayIcon" "$INSTDIR\${PROGRAM},0"
-  WriteRegStr HKCU "${UNINSTALL_KEY}" "Publisher" "Emberwake"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "Publisher" `${PUBLISHER}`
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "URLInfoAbout" "${URL}"
   WriteRegStr HKCU "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"
   WriteRegStr HKCU "${UNINSTALL_KEY}" "UninstallString" '"$INSTDIR\uninstall.exe"'
   WriteRegStr HKCU "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\uninstall.exe" /S'

@@ -1,12 +1,21 @@
 #!/usr/bin/env bash
-# Makes the packages for players on Windows: a zip archive and an installer.
+# Makes the packages for players on Windows: a zip archive and an installer; and a zip archive of the
+# checker for operators.
 #
 #   packaging/windows/package.sh [--output FOLDER] [--build FOLDER] [-DEMBERWAKE_...=...]...
+#                                [--sign-with CERTIFICATE [--key KEY] [--password-file FILE]
+#                                 [--timestamp URL]]
 #
 #   --output FOLDER   where the packages go              default: build/packages
 #   --build FOLDER    where the program is built         default: build/windows-release
 #   -DNAME=VALUE      a product setting (cmake/ProductSettings.cmake); those not given have their
 #                     defaults, whatever the last call was given
+#
+#   --sign-with CERTIFICATE   signs all programs; a PEM file with its --key, or a PKCS#12 file
+#   --password-file FILE      the key's password is its first line; otherwise the password is in
+#                             the environment, as EMBERWAKE_SIGN_PASSWORD
+#   --timestamp URL           a server of time stamps (RFC 3161): the signatures outlive the
+#                             certificate, but are others each time
 #
 # The toolkit is expected where packaging/windows/build-qt.sh puts it, or in EMBERWAKE_WINDOWS_QT.
 set -euo pipefail
@@ -16,20 +25,33 @@ here=$root/packaging/windows
 output=$root/build/packages
 build=$root/build/windows-release
 settings=()
+certificate=
+key=
+password_file=
+timestamp=
 usage() {
   echo 'usage: package.sh [--output FOLDER] [--build FOLDER] [-DEMBERWAKE_...=...]...' >&2
+  echo '       [--sign-with CERTIFICATE [--key KEY] [--password-file FILE] [--timestamp URL]]' >&2
   exit 64
 }
 while [ "$#" -gt 0 ]; do
   case $1 in
     --output) output=${2:-}; shift ;;
     --build) build=${2:-}; shift ;;
+    --sign-with) certificate=${2:-}; [ -n "$certificate" ] || usage; shift ;;
+    --key) key=${2:-}; [ -n "$key" ] || usage; shift ;;
+    --password-file) password_file=${2:-}; [ -n "$password_file" ] || usage; shift ;;
+    --timestamp) timestamp=${2:-}; [ -n "$timestamp" ] || usage; shift ;;
     -D?*=*) settings+=("$1") ;;
     *) usage ;;
   esac
   shift || usage
 done
 if [ -z "$output" ] || [ -z "$build" ]; then usage; fi
+[ -n "$certificate" ] || [ -z "$key$password_file$timestamp" ] || usage
+for file in "$certificate" "$key" "$password_file"; do
+  [ -z "$file" ] || [ -r "$file" ] || { echo "package.sh: $file cannot be read" >&2; exit 1; }
+done
 mkdir -p "$output" "$build"
 output=$(cd "$output" && pwd)
 build=$(cd "$build" && pwd)
@@ -46,19 +68,24 @@ qt=${EMBERWAKE_WINDOWS_QT:-/opt/qt5-mingw-w64}
 
 # One date for everything inside, so that the same commit gives the same packages.
 SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git -C "$root" log -1 --format=%ct 2>/dev/null || date +%s)}
-export SOURCE_DATE_EPOCH TZ=UTC
+# And one language: zip, for one, stops at letters of a folder's name that its own does not have.
+export SOURCE_DATE_EPOCH TZ=UTC LC_ALL=C.UTF-8
 
 "$here/build-libzip.sh"
 libzip=$root/build/windows-libzip
 
 echo 'Building the programs ...'
 # The settings of the last call are forgotten first: the cache would keep them.
-(cd "$root" && cmake --preset windows-release -B "$build" -U 'EMBERWAKE_*_URL' \
+(cd "$root" && cmake --preset windows-release -B "$build" -U 'EMBERWAKE_*_URL' -U 'EMBERWAKE_PRODUCT_*' \
   "-DEMBERWAKE_WINDOWS_LIBZIP=$libzip" "${settings[@]}")
-cmake --build "$build" --parallel "$(nproc)" --target emberwake-launcher emberwake-unzip
-version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
-[ -n "$version" ] || fail "no version in $build/CMakeCache.txt"
+cmake --build "$build" --parallel "$(nproc)" --target emberwake-launcher emberwake-unzip emberwake-check
+product() {
+  sed -n "s/^$1 //p" "$build/packaging/product.txt"
+}
+version=$(product version)
+[ -n "$version" ] || fail "no version in $build/packaging/product.txt"
 
+umask 022
 work=$(mktemp -d "${TMPDIR:-/tmp}/package.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 name=emberwake-launcher-$version-windows-x86_64
@@ -92,6 +119,22 @@ for font in Lato-Regular.ttf Lato-Bold.ttf; do
     fail "$font is not there (install fonts-lato)"
 done
 find "$folder" \( -name '*.exe' -o -name '*.dll' \) -exec x86_64-w64-mingw32-strip {} +
+# The installer's making signs as well, so that what to sign with stands in the environment.
+if [ -n "$certificate" ]; then
+  EMBERWAKE_SIGN_WITH=$(realpath "$certificate")
+  EMBERWAKE_SIGN_KEY=${key:+$(realpath "$key")}
+  EMBERWAKE_SIGN_PASSWORD_FILE=${password_file:+$(realpath "$password_file")}
+  EMBERWAKE_SIGN_TIMESTAMP=$timestamp
+  EMBERWAKE_SIGN_NAME=$(product name)
+  EMBERWAKE_SIGN_URL=$(product url)
+  export EMBERWAKE_SIGN_WITH EMBERWAKE_SIGN_KEY EMBERWAKE_SIGN_PASSWORD_FILE EMBERWAKE_SIGN_TIMESTAMP \
+    EMBERWAKE_SIGN_NAME EMBERWAKE_SIGN_URL
+  sign=("$here/sign.sh")
+else
+  sign=(true)
+  sed 's/$/\r/' "$here/UNSIGNED.txt" > "$folder/UNSIGNED.txt"
+fi
+"${sign[@]}" "$folder"/*.exe
 
 echo 'Collecting the licences ...'
 licenses=$folder/licenses
@@ -136,39 +179,71 @@ gcc_source=$(source_of gcc-mingw-w64-x86-64-posix-runtime)
 # shellcheck disable=SC2016 # dpkg-query's own variables
 gcc_version=$(dpkg-query --show --showformat='${Version}' gcc-mingw-w64-x86-64-posix-runtime)
 gcc_source+=", from gcc-${gcc_version%%.*} ${gcc_version%+"${gcc_source##* }"*}"
-sed -e "s|@QT_SOURCE@|$qt_source|" -e "s|@EXTRACTOR_SOURCES@|$extractor_sources|" \
-  -e "s|@GCC_SOURCE@|$gcc_source|" \
-  -e "s|@MINGW_SOURCE@|$(source_of mingw-w64-x86-64-dev)|" \
-  -e "s|@FONT_SOURCE@|$(source_of fonts-lato)|" \
-  "$here/licenses-README.txt.in" > "$licenses/README.txt"
-! grep -n '@' "$licenses/README.txt" || fail 'licenses/README.txt has a gap'
-# Notepad of the older systems knows no other line ends.
-find "$licenses" -type f -exec sed -i 's/\r$//; s/$/\r/' {} +
+# describe_licenses TEMPLATE FOLDER
+describe_licenses() {
+  sed -e "s|@QT_SOURCE@|$qt_source|" -e "s|@EXTRACTOR_SOURCES@|$extractor_sources|" \
+    -e "s|@GCC_SOURCE@|$gcc_source|" \
+    -e "s|@MINGW_SOURCE@|$(source_of mingw-w64-x86-64-dev)|" \
+    -e "s|@FONT_SOURCE@|$(source_of fonts-lato)|" \
+    "$here/$1" > "$2/README.txt"
+  ! grep -n '@' "$2/README.txt" || fail "the README.txt of $1 has a gap"
+  # Notepad of the older systems knows no other line ends.
+  find "$2" -type f -exec sed -i 's/\r$//; s/$/\r/' {} +
+}
+describe_licenses licenses-README.txt.in "$licenses"
 
 "$here/check-imports.py" "$folder"
 
-find "$folder" -type f -exec chmod 644 {} +
-find "$folder" -exec touch --no-dereference --date="@$SOURCE_DATE_EPOCH" {} +
+echo 'Collecting the checker ...'
+checker=emberwake-check-$version-windows-x86_64
+"$here/package-checker.sh" "$build/emberwake-check.exe" "$folder" "$work/$checker"
+describe_licenses licenses-README-checker.txt.in "$work/$checker/licenses"
+"${sign[@]}" "$work/$checker"/*.exe
 
 echo 'Packing ...'
-archive=$output/$name.zip
-rm -f "$archive"
-(cd "$work" && find "$name" | LC_ALL=C sort | zip -9 -X -q -@ "$archive")
+# pack FOLDER: the zip archive of a folder of $work, the same one on whatever machine.
+pack() {
+  find "$work/$1" -type d -exec chmod 755 {} +
+  find "$work/$1" -type f -exec chmod 644 {} +
+  find "$work/$1" -exec touch --no-dereference --date="@$SOURCE_DATE_EPOCH" {} +
+  rm -f "$output/$1.zip"
+  (cd "$work" && find "$1" | LC_ALL=C sort | zip -9 -X -q -@ "$output/$1.zip")
+}
+pack "$name"
+pack "$checker"
 
-# What the uninstaller removes: these files, and these folders when they are empty then.
-# shellcheck disable=SC2016 # a variable of the installer
-(
-  cd "$folder"
-  find . -type f -printf 'Delete "$INSTDIR\\%P"\n' | LC_ALL=C sort
-  find . -mindepth 1 -type d -printf 'RMDir "$INSTDIR\\%P"\n' | LC_ALL=C sort -r
-) | tr / '\134' > "$work/uninstall-files.nsh"
+"$here/list-files.sh" "$folder" "$work/install-files.nsh" "$work/uninstall-files.nsh"
+# Of the files alone: folders weigh what their file system makes of them.
+size=$(find "$folder" -type f -printf '%s\n' | awk '{ sum += $1 } END { print int((sum + 1023) / 1024) }')
 installer=$output/emberwake-launcher-$version-setup.exe
 rm -f "$installer"
-makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DFILES=$folder" \
-  "-DUNINSTALL_FILES=$work/uninstall-files.nsh" "-DICON=$root/images/clienticon.ico" \
-  "-DSIZE=$(du -sk --apparent-size "$folder" | cut -f1)" "-DOUTPUT=$installer" \
+makensis -V2 -WX -INPUTCHARSET UTF8 "-DPRODUCT=$build/packaging/product.nsh" \
+  "-DINSTALL_FILES=$work/install-files.nsh" "-DUNINSTALL_FILES=$work/uninstall-files.nsh" \
+  "-DSIZE=$size" "-DSIGN=${sign[*]}" "-DUNINSTALLER=$work/uninstall.exe" "-DOUTPUT=$installer" \
   "$here/installer.nsi"
+"${sign[@]}" "$installer"
 
-for package in "$archive" "$installer"; do
-  echo "$(stat --format=%s "$package") bytes: $package"
+echo 'Writing the bill of materials and the check sums ...'
+{
+  echo "qt $qt_source"
+  # Without the compiler that it repacks.
+  echo "gcc ${gcc_source%%,*}"
+  echo "mingw $(source_of mingw-w64-x86-64-dev)"
+  echo "nsis $(source_of nsis)"
+  echo "base-files $(source_of base-files)"
+  echo "lato $(source_of fonts-lato)"
+  sed 's/^\([^ ]*\)/\1 \1/; s/^libz-mingw-w64 /zlib /' "$libzip/licenses/SOURCE-PACKAGES"
+} > "$work/origins"
+# bill FOLDER [FILE...]
+bill() {
+  "$here/bill-of-materials.py" "$1" "$version" "$(product publisher)" "$work/$1" "${@:2}" \
+    < "$work/origins" > "$output/$1.cdx.json"
+}
+bill "$name" "$work/uninstall.exe"
+bill "$checker"
+packages=("$name.zip" "$(basename "$installer")" "$name.cdx.json" "$checker.zip" "$checker.cdx.json")
+(cd "$output" && sha256sum "${packages[@]}" > SHA256SUMS)
+
+for package in "${packages[@]}"; do
+  echo "$(stat --format=%s "$output/$package") bytes: $output/$package"
 done

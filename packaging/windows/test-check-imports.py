@@ -82,6 +82,7 @@ class Case:
     expected: str | None
     # The list of Windows' libraries.
     windows_dlls: str = WINDOWS_DLLS
+    options: tuple[str, ...] = ()
 
 
 def leave(folder: pathlib.Path) -> None:
@@ -90,6 +91,18 @@ def leave(folder: pathlib.Path) -> None:
 
 def cut_off(folder: pathlib.Path) -> None:
     (folder / "unzip.exe").write_bytes((folder / "unzip.exe").read_bytes()[:64])
+
+
+def make_checker(folder: pathlib.Path) -> None:
+    (folder / "emberwake-launcher.exe").rename(folder / "emberwake-check.exe")
+    (folder / "unzip.exe").unlink()
+    shutil.rmtree(folder / "platforms")
+    shutil.rmtree(folder / "styles")
+
+
+def make_checker_with_window(folder: pathlib.Path) -> None:
+    (folder / "emberwake-launcher.exe").rename(folder / "emberwake-check.exe")
+    (folder / "unzip.exe").unlink()
 
 
 CASES = {
@@ -122,6 +135,12 @@ CASES = {
     "a program that is cut off": Case(cut_off, "unzip.exe cannot be read"),
     "a line of the list that is of no use": Case(
         leave, "old.dll is listed as part of Windows, but nothing imports it", WINDOWS_DLLS + "old.dll\n"),
+    "the checker's folder, which needs less": Case(
+        make_checker, None, WINDOWS_DLLS + "old.dll\n", ("--checker",)),
+    "the checker is missing": Case(
+        leave, "emberwake-check.exe is missing", options=("--checker",)),
+    "a plug-in that only a window needs": Case(
+        make_checker_with_window, "platforms/qwindows.dll is loaded by nothing", options=("--checker",)),
 }
 
 
@@ -137,7 +156,7 @@ def main() -> int:
             case.spoil(folder)
             (scratch / "windows-dlls.txt").write_text(case.windows_dlls)
             result = subprocess.run(
-                [sys.executable, HERE / "check-imports.py", folder, scratch / "windows-dlls.txt"],
+                [sys.executable, HERE / "check-imports.py", *case.options, folder, scratch / "windows-dlls.txt"],
                 capture_output=True, text=True, check=False)
             if case.expected is None:
                 right = result.returncode == 0 and not result.stderr

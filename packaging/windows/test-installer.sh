@@ -22,68 +22,20 @@ archive=${archives[0]}
 version=${setup##*/emberwake-launcher-}
 version=${version%-setup.exe}
 
-work=$(mktemp -d "${TMPDIR:-/tmp}/test-installer.XXXXXX")
-# Windows' folders of the player are links into the home: what the uninstaller removes must not be the
-# caller's.
-export HOME=$work/home
-mkdir "$HOME"
-export WINEPREFIX=$work/wine WINEDEBUG=-all LC_ALL=C.UTF-8 WINEDLLOVERRIDES='mscoree,mshtml='
-wine=/usr/lib/wine/wine64
-display_pid=
-finish() {
-  /usr/lib/wine/wineserver64 -k || true
-  [ -z "$display_pid" ] || kill "$display_pid" || true
-  rm -rf "$work"
-}
-trap finish EXIT
+# shellcheck source=wine.sh
+. "$root/packaging/windows/wine.sh"
+start_wine
 
-exec 3<> <(:)
-Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp 3> "$work/display" 2> /dev/null &
-display_pid=$!
-for _ in {1..100}; do
-  [ -s "$work/display" ] && break
-  sleep 0.1
-done
-DISPLAY=:$(cat "$work/display")
-export DISPLAY
-
-timeout 180 "$wine" wineboot --init > /dev/null 2>&1
-c=$WINEPREFIX/drive_c
-user=$c/users/$(id -un)
-
-passed=0
-failed=0
-# check NAME COMMAND...: one check, which passes when the command does.
-check() {
-  local name=$1
-  shift
-  if "$@" > "$work/check.log" 2>&1; then
-    passed=$((passed + 1))
-    echo "ok    $name"
-  else
-    failed=$((failed + 1))
-    echo "FAIL  $name"
-    sed 's/^/      /' "$work/check.log" | tail -n 5
-  fi
-}
-absent() { [ ! -e "$1" ] && [ ! -L "$1" ]; }
-# ends_with RESULT COMMAND...: the program under Wine ends by itself, with this result.
-ends_with() {
-  local expected=$1 result=0
-  shift
-  timeout 120 "$wine" "$@" || result=$?
-  [ "$result" -eq "$expected" ] || { echo "ended with $result instead of $expected"; return 1; }
-}
 # registered NAME VALUE: what stands in the registry's export, where a backslash is written twice.
 registered() {
-  "$wine" reg export "$key" 'C:\export.reg' /y > /dev/null
+  "${wine[@]}" reg export "$key" 'C:\export.reg' /y > /dev/null
   iconv -f utf-16 -t utf-8 "$c/export.reg" | tr -d '\r' > "$work/export"
   grep -F "\"$1\"=" "$work/export" | tee "$work/value"
   grep -qF "${2//\\/\\\\}" "$work/value"
 }
 key='HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Emberwake Online Launcher'
 own_key='HKCU\Software\Emberwake Online Launcher'
-no_key() { ! "$wine" reg query "$1"; }
+no_key() { ! "${wine[@]}" reg query "$1"; }
 # The files of a package, in a folder: all there, and the same.
 unzip -q "$archive" -d "$work/archive"
 files=$work/archive/$(basename "$archive" .zip)
@@ -91,6 +43,7 @@ installed() {
   diff -r "$files" "$1" | grep -v '^Only in .*: \(uninstall.exe\|Realm\|settings.txt\|offline.txt\)$' > "$work/differences" || true
   [ ! -s "$work/differences" ] || { cat "$work/differences"; return 1; }
 }
+in_bill() { grep -F "\"$(sha256sum < "$1" | cut -d ' ' -f 1)\"" "${archive%.zip}.cdx.json"; }
 # Nothing that the package brought is left in the folder.
 program_gone() {
   local file
@@ -101,7 +54,7 @@ program_gone() {
 }
 # The uninstaller goes on by a copy of itself when the program that was started has ended.
 uninstall() {
-  timeout 120 "$wine" "$1/uninstall.exe" /S "${@:2}"
+  timeout 120 "${wine[@]}" "$1/uninstall.exe" /S "${@:2}"
   for _ in {1..300}; do
     if absent "$1/uninstall.exe" && absent "$shortcut"; then
       # A moment for what comes after these.
@@ -173,10 +126,18 @@ check 'nothing was registered' no_key "$key"
 # A first version, with a file that the next one no longer has.
 cp -r "$files" "$work/old"
 echo old > "$work/old/old-library.dll"
-# shellcheck disable=SC2016 # a variable of the installer
-(cd "$work/old" && find . -type f -printf 'Delete "$INSTDIR\\%P"\n' | tr / '\134') > "$work/old.nsh"
-makensis -V1 -INPUTCHARSET UTF8 -X'SetCompress off' -DVERSION=0.9.0 "-DFILES=$work/old" \
-  "-DUNINSTALL_FILES=$work/old.nsh" "-DICON=$root/images/clienticon.ico" -DSIZE=1 \
+"$root/packaging/windows/list-files.sh" "$work/old" "$work/old-install.nsh" "$work/old.nsh"
+cat > "$work/product.nsh" << NSIS
+!define NAME "Emberwake Online Launcher"
+!define NAME_IN_WINDOWS "Emberwake Online Launcher"
+!define VERSION 0.9.0
+!define PUBLISHER "Emberwake"
+!define COPYRIGHT ""
+!define URL "https://www.emberwake.example/"
+!define ICON "$root/images/clienticon.ico"
+NSIS
+makensis -V1 -INPUTCHARSET UTF8 -X'SetCompress off' "-DPRODUCT=$work/product.nsh" -DINSTALL_FILES="$work/old-install.nsh" \
+  "-DUNINSTALL_FILES=$work/old.nsh" -DSIZE=1 -DSIGN=true "-DUNINSTALLER=$work/old-uninstall.exe" \
   "-DOUTPUT=$work/old-setup.exe" "$root/packaging/windows/installer.nsi" > "$work/makensis.log" ||
   { cat "$work/makensis.log"; exit 1; }
 check 'an older version installs silently, blanks and Cyrillic letters in the path' \
@@ -187,23 +148,25 @@ games "$folder"
 # The update.
 check 'the update installs over it' ends_with 0 "$setup" "${install_in_folder[@]}"
 check 'all files are there' installed "$folder"
+check 'the uninstaller is the one in the bill of materials' in_bill "$folder/uninstall.exe"
 check 'the file that is not needed any more is gone' absent "$folder/old-library.dll"
 check 'the update left games and settings' games_kept "$folder"
 check 'the start menu entry works in the folder' link_says 'C:\Игры и Welt\Emberwake'
 check 'Windows knows the name' registered DisplayName 'Emberwake Online Launcher'
 check 'Windows knows the version' registered DisplayVersion "\"$version\""
 check 'Windows knows the publisher' registered Publisher Emberwake
+check 'Windows knows the web address' registered URLInfoAbout https://www.emberwake.example/
 check 'Windows knows the icon' registered DisplayIcon 'C:\Игры и Welt\Emberwake\emberwake-launcher.exe'
 check 'Windows knows the uninstaller' registered UninstallString 'C:\Игры и Welt\Emberwake\uninstall.exe'
 check 'Windows knows the size' registered EstimatedSize dword:0000
 
 # It runs, and is noticed.
-(cd "$folder" && exec "$wine" emberwake-launcher.exe) > /dev/null 2>&1 &
+(cd "$folder" && exec "${wine[@]}" emberwake-launcher.exe) > /dev/null 2>&1 &
 check 'the launcher opens its window' window_appears 'Emberwake Launcher'
 check 'an update while it runs is refused' ends_with 2 "$setup" "${install_in_folder[@]}"
 check 'so is the removal' ends_with 2 "$folder/uninstall.exe" /S '_?=C:\Игры' и 'Welt\Emberwake'
 check 'and nothing is missing' installed "$folder"
-"$wine" taskkill /F /IM emberwake-launcher.exe > /dev/null 2>&1 || true
+"${wine[@]}" taskkill /F /IM emberwake-launcher.exe > /dev/null 2>&1 || true
 sleep 2
 
 # The removal, and back again.
@@ -244,5 +207,4 @@ check 'a drive as the folder does not end in an error' ends_with 0 "$setup" /S "
 check 'nothing is written to the drive' absent "$c/emberwake-launcher.exe"
 check 'but to its own folder' installed "$default"
 
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ]
+print_checks

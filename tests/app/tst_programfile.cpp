@@ -122,6 +122,7 @@ void TestProgramFile::version()
     QVERIFY(GetFileVersionInfoW(name.c_str(), 0, size, version.data()) != 0);
     QCOMPARE(entry(version, "FileDescription"), QStringLiteral("Emberwake Online Launcher"));
     QCOMPARE(entry(version, "ProductName"), QStringLiteral("Emberwake Online Launcher"));
+    QCOMPARE(entry(version, "CompanyName"), QStringLiteral("Emberwake"));
     QCOMPARE(entry(version, "ProductVersion"), QStringLiteral("1.0.0"));
     QCOMPARE(entry(version, "FileVersion"), QStringLiteral("1.0.0"));
 

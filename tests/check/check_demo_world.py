@@ -1,7 +1,8 @@
-"""The demo world has nothing that emberwake-check --deep finds: check_demo_world.py PROGRAM
+"""The demo world has nothing that emberwake-check --deep finds: check_demo_world.py PROGRAM [SCHEME...]
 
-The world is laid out in a scratch folder and served on the loopback, over http and over https. A
-tester's code is tried as well. In the end a logo is taken away, which must be found.
+The world is laid out in a scratch folder and served on the loopback, over http and over https, or over
+those that are named. A tester's code is tried as well. In the end a logo is taken away, which must be
+found.
 """
 
 from __future__ import annotations
@@ -29,12 +30,14 @@ def run(program: str, expected: int, *arguments: str) -> str:
     return done.stdout
 
 
-def main(program: str) -> None:
+def main(program: str, *schemes: str) -> None:
     with tempfile.TemporaryDirectory(prefix="emberwake-check-") as scratch:
         authority = Authority(Path(scratch, "authority"))
         plain: list[str | Path] = []
         secure: list[str | Path] = ["--certificate", authority.certificate, "--key", authority.key]
         for scheme, options in (("http", plain), ("https", secure)):
+            if schemes and scheme not in schemes:
+                continue
             world = Path(scratch, scheme)
             port = subprocess.check_output([sys.executable, ROOT / "demo" / "free_port.py", "0"], text=True).strip()
             base = f"{scheme}://127.0.0.1:{port}/"
@@ -61,4 +64,4 @@ def main(program: str) -> None:
 
 
 if __name__ == "__main__":
-    main(sys.argv[1])
+    main(*sys.argv[1:])

@@ -1,0 +1,27 @@
+# Completes the arguments of emberwake-check in bash.
+# shellcheck shell=bash
+
+_emberwake_check() {
+  local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
+  COMPREPLY=()
+  case $before in
+    --previous | --authority)
+      compopt -o filenames 2> /dev/null
+      mapfile -t COMPREPLY < <(compgen -f -- "$word")
+      return
+      ;;
+    # Whatever the operator has in mind.
+    --code | --base | --timeout) return ;;
+  esac
+  case $word in
+    -*)
+      mapfile -t COMPREPLY < <(compgen -W \
+        '--authority --base --code --deep --help --json --previous --timeout' -- "$word")
+      ;;
+    *)
+      compopt -o filenames 2> /dev/null
+      mapfile -t COMPREPLY < <(compgen -f -- "$word")
+      ;;
+  esac
+}
+complete -F _emberwake_check emberwake-check
