@@ -7,13 +7,13 @@
 #include "check/deepcheck.h"
 #include "check/documentcontent.h"
 #include "check/fetch.h"
+#include "check/input.h"
 #include "check/output.h"
 #include "check/playersview.h"
 #include "check/rules.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
-#include <QFile>
 #include <QSslConfiguration>
 
 #include <optional>
@@ -26,25 +26,22 @@ int wrongUse(const QString &why)
     return ExitCode::wrongUse;
 }
 
-std::optional<QByteArray> contentOf(const QString &fileName)
-{
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return std::nullopt;
-    }
-    return file.readAll();
-}
-
 bool isAddress(const QString &document)
 {
     return document.startsWith(QLatin1String("https://")) ||
            document.startsWith(QLatin1String("http://"));
 }
 
+// In front of each finding.
+QString nameOf(const QString &document)
+{
+    return document == Input::standardInput() ? QStringLiteral("<stdin>") : document;
+}
+
 bool trust(const QString &fileName)
 {
     const QList<QSslCertificate> authorities =
-        QSslCertificate::fromData(contentOf(fileName).value_or(QByteArray()));
+        QSslCertificate::fromData(Input::contentOf(fileName).value_or(QByteArray()));
     QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
     configuration.addCaCertificates(authorities);
     QSslConfiguration::setDefaultConfiguration(configuration);
@@ -90,7 +87,7 @@ int main(int argc, char *argv[])
                    .toString();
         body = fetchDocument(url, fetcher, findings);
     } else {
-        body = contentOf(line.document);
+        body = Input::contentOf(line.document);
     }
     if (!body) {
         return wrongUse(line.document + QStringLiteral(" cannot be read."));
@@ -101,7 +98,7 @@ int main(int argc, char *argv[])
 
     std::optional<DocumentContent> previous;
     if (!line.previous.isEmpty()) {
-        const std::optional<QByteArray> bytes = contentOf(line.previous);
+        const std::optional<QByteArray> bytes = Input::contentOf(line.previous);
         if (!bytes) {
             return wrongUse(line.previous + QStringLiteral(" cannot be read."));
         }
@@ -116,8 +113,9 @@ int main(int argc, char *argv[])
         findings << deep.findings;
         view.started = deep.started;
     }
-    findings = sortedByPlace(findings);
-    Console::out(line.json ? QString::fromUtf8(jsonOutput(view, findings))
-                           : textOutput(line.document, view, findings));
-    return exitCodeOf(findings);
+    findings = withoutIds(sortedByPlace(findings), line.ignored);
+    const int exitCode = exitCodeOf(findings, line.failOn);
+    Console::out(line.json ? QString::fromUtf8(jsonOutput(view, findings, exitCode))
+                           : textOutput(nameOf(line.document), view, findings));
+    return exitCode;
 }

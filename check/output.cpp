@@ -27,11 +27,6 @@ QString printable(QString text)
     return text;
 }
 
-QString severityWord(const Finding &finding)
-{
-    return finding.severity == Finding::Error ? QStringLiteral("error") : QStringLiteral("warning");
-}
-
 QString tilePlace(int index)
 {
     return QLatin1String(tilePlaces[index]);
@@ -101,6 +96,20 @@ QString counted(qsizetype count, const char *thing)
 {
     return QStringLiteral("%1 %2%3").arg(count).arg(QLatin1String(thing),
                                                     count == 1 ? QString() : QStringLiteral("s"));
+}
+
+// Notes are told of only where there are any.
+QString countsText(const Findings &findings)
+{
+    const auto number = [&findings](Finding::Severity severity) {
+        return std::count_if(findings.begin(), findings.end(), [severity](const Finding &finding) {
+            return finding.severity == severity;
+        });
+    };
+    const QString text = counted(number(Finding::Error), "error") + QStringLiteral(", ") +
+                         counted(number(Finding::Warning), "warning");
+    const auto notes = number(Finding::Note);
+    return notes == 0 ? text : text + QStringLiteral(", ") + counted(notes, "note");
 }
 
 QJsonObject newsObject(const NewsItem &item)
@@ -184,29 +193,26 @@ QString textOutput(const QString &source, const PlayersView &view, const Finding
     out << '\n';
     for (const Finding &finding : findings) {
         out << source << ':' << finding.line << ':' << finding.column << ": "
-            << severityWord(finding) << ": " << printable(finding.text) << " [" << finding.id
-            << "]\n    mend: " << printable(finding.mend) << '\n';
+            << severityName(finding.severity) << ": " << printable(finding.text) << " ["
+            << finding.id << "]\n    mend: " << printable(finding.mend) << '\n';
     }
-    const auto errors = std::count_if(findings.begin(), findings.end(), [](const Finding &finding) {
-        return finding.severity == Finding::Error;
-    });
-    out << counted(errors, "error") << ", " << counted(findings.size() - errors, "warning") << '\n';
+    out << countsText(findings) << '\n';
     return text;
 }
 
-QByteArray jsonOutput(const PlayersView &view, const Findings &findings)
+QByteArray jsonOutput(const PlayersView &view, const Findings &findings, int exitCode)
 {
     QJsonArray list;
     for (const Finding &finding : findings) {
         list << QJsonObject{{QStringLiteral("line"), finding.line},
                             {QStringLiteral("column"), finding.column},
-                            {QStringLiteral("severity"), severityWord(finding)},
+                            {QStringLiteral("severity"), severityName(finding.severity)},
                             {QStringLiteral("id"), finding.id},
                             {QStringLiteral("text"), finding.text},
                             {QStringLiteral("mend"), finding.mend}};
     }
     return QJsonDocument(QJsonObject{{QStringLiteral("players"), playersObject(view)},
                                      {QStringLiteral("findings"), list},
-                                     {QStringLiteral("exitCode"), exitCodeOf(findings)}})
+                                     {QStringLiteral("exitCode"), exitCode}})
         .toJson();
 }

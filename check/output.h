@@ -9,4 +9,4 @@
 // What the program prints. source names the document in front of every line and column.
 QString textOutput(const QString &source, const PlayersView &view, const Findings &findings);
 // {"players": {...}, "findings": [...], "exitCode": n}
-QByteArray jsonOutput(const PlayersView &view, const Findings &findings);
+QByteArray jsonOutput(const PlayersView &view, const Findings &findings, int exitCode);

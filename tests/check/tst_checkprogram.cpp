@@ -22,7 +22,8 @@ struct Run {
 };
 
 // Starts the real program, as an operator does.
-Run check(const QStringList &arguments, const QStringList &variables = {})
+Run check(const QStringList &arguments, const QStringList &variables = {},
+          const QByteArray &input = {})
 {
     QProcess process;
     process.setEnvironment(QProcess::systemEnvironment() + variables);
@@ -30,6 +31,8 @@ Run check(const QStringList &arguments, const QStringList &variables = {})
     process.start(QCoreApplication::applicationDirPath() +
                       QStringLiteral("/../../" EMBERWAKE_CHECK),
                   arguments);
+    process.write(input);
+    process.closeWriteChannel();
     if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit) {
         return {};
     }
@@ -89,6 +92,9 @@ private slots:
     void wrongUse_data();
     void wrongUse();
     void helpIsNoWrongUse();
+    void versionIsTold();
+    void standardInput();
+    void ignoredFindings();
     void unknownPicturesOfTheTerminal();
 
     void documentFromTheNetwork_data();
@@ -184,6 +190,13 @@ void TestCheckProgram::exitCodes_data()
                                                               QStringLiteral("Official"),
                                                               QStringLiteral("43.0"), https)}
                              << QStringList() << 1;
+    const QStringList errorsOnly{QStringLiteral("--fail-on"), QStringLiteral("error")};
+    QTest::newRow("warning that is none of an error")
+        << QStringList{Documents::client(QStringLiteral("S"), QStringLiteral("Official"),
+                                         QStringLiteral("43.0"), https)}
+        << errorsOnly << 0;
+    QTest::newRow("error among errors")
+        << QStringList{QStringLiteral("<client/>")} << errorsOnly << 2;
     QTest::newRow("error") << QStringList{QStringLiteral("<client/>")} << QStringList() << 2;
     QTest::newRow("a lower version than before") << QStringList{clean} << previous << 1;
 }
@@ -223,6 +236,12 @@ void TestCheckProgram::wrongUse_data()
         "--timeout needs a number of seconds from 1 to 3600.");
     row("a base without its slash", "--base https://files.example launcher.xml",
         "--base needs an address that ends in a slash.");
+    row("a finding that is none", "--ignore version-wraps,version-raps launcher.xml",
+        "--ignore: there is no finding \"version-raps\".");
+    row("an empty finding", "--ignore version-wraps, launcher.xml",
+        "--ignore: there is no finding \"\".");
+    row("a severity that is none", "--fail-on note launcher.xml",
+        "--fail-on needs error or warning.");
     row("an authority that is none", "--authority launcher.xml launcher.xml",
         "launcher.xml holds no certificate.");
 }
@@ -244,10 +263,45 @@ void TestCheckProgram::helpIsNoWrongUse()
 {
     const Run run = check({QStringLiteral("--help")});
     QCOMPARE(run.exitCode, 0);
-    for (const char *option :
-         {"--json", "--code", "--deep", "--previous", "--base", "--authority", "--timeout"}) {
+    for (const char *option : {"--json", "--code", "--deep", "--previous", "--base", "--authority",
+                               "--timeout", "--ignore", "--fail-on", "--version"}) {
         QVERIFY2(run.output.contains(QLatin1String(option)), option);
     }
+}
+
+void TestCheckProgram::versionIsTold()
+{
+    const Run run = check({QStringLiteral("--version")});
+    QCOMPARE(run.output, QStringLiteral("emberwake-check " EMBERWAKE_VERSION "\n"));
+    QCOMPARE(run.exitCode, 0);
+}
+
+void TestCheckProgram::standardInput()
+{
+    const Run run = check({QStringLiteral("-")}, {}, manyThings);
+    QVERIFY(run.output.contains(QStringLiteral("<stdin>:6:3: error: ")));
+    QCOMPARE(run.exitCode, 2);
+    // Nothing comes either: an empty document.
+    QCOMPARE(idsIn(check({QStringLiteral("--json"), QStringLiteral("-")})),
+             QStringList{QStringLiteral("empty-document")});
+}
+
+void TestCheckProgram::ignoredFindings()
+{
+    const ScratchFolder folder;
+    ScratchFolder::write(documentName, manyThings);
+    const QString ignore = QStringLiteral("--ignore");
+    const Run one = check({ignore, QStringLiteral("version-wraps"), documentName});
+    QVERIFY(!one.output.contains(QStringLiteral("version-wraps")));
+    QVERIFY(one.output.endsWith(QStringLiteral("0 errors, 1 warning\n")));
+    QCOMPARE(one.exitCode, 1);
+    const Run both =
+        check({ignore, QStringLiteral("version-wraps,leading-question-mark"), documentName});
+    QVERIFY(both.output.endsWith(QStringLiteral("0 errors, 0 warnings\n")));
+    QCOMPARE(both.exitCode, 0);
+    const Run twice = check({ignore, QStringLiteral("version-wraps"), ignore,
+                             QStringLiteral("leading-question-mark"), documentName});
+    QCOMPARE(twice.exitCode, 0);
 }
 
 // A document may come from anybody: nothing in it gives orders to the terminal.

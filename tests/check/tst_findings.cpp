@@ -90,9 +90,7 @@ QStringList linesOf(const Findings &findings)
     QStringList lines;
     for (const Finding &finding : findings) {
         lines << QStringLiteral("%1 %2 %3:%4")
-                     .arg(finding.severity == Finding::Error ? QStringLiteral("error")
-                                                             : QStringLiteral("warning"),
-                          finding.id)
+                     .arg(severityName(finding.severity), finding.id)
                      .arg(finding.line)
                      .arg(finding.column);
     }
@@ -520,7 +518,8 @@ void TestFindings::orderAndExitCodes()
         return finding;
     };
     QCOMPARE(exitCodeOf({}), 0);
-    QCOMPARE(exitCodeOf({at(1, 1, Finding::Warning)}), 1);
+    QCOMPARE(exitCodeOf({at(1, 1, Finding::Note)}), 0);
+    QCOMPARE(exitCodeOf({at(1, 1, Finding::Note), at(1, 1, Finding::Warning)}), 1);
     QCOMPARE(exitCodeOf({at(1, 1, Finding::Error), at(1, 1, Finding::Warning)}), 2);
     QCOMPARE(linesOf(sortedByPlace(
                  {at(2, 1, Finding::Error), at(1, 9, Finding::Error), at(1, 2, Finding::Warning)})),

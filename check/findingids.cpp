@@ -1,0 +1,76 @@
+#include "check/findingids.h"
+
+namespace
+{
+const char *const ids[] = {
+    "after-ninth-news",
+    "archive-broken",
+    "archive-damaged",
+    "archive-locked",
+    "archive-name-collides",
+    "archive-name-refused",
+    "archive-not-zip",
+    "archive-open",
+    "archive-refused",
+    "archive-url-ends-in-slash",
+    "archive-without-executable",
+    "auth-not-sha1",
+    "auth-of-no-code",
+    "bar-in-name",
+    "document-type",
+    "dot-name",
+    "duplicate-client",
+    "empty-beta-button",
+    "empty-document",
+    "empty-server",
+    "forbidden-character",
+    "http",
+    "latin1-damage",
+    "launcher-version",
+    "leading-question-mark",
+    "long-address",
+    "markup-as-letters",
+    "missing-attribute",
+    "newer-launcher",
+    "no-size",
+    "not-a-picture",
+    "not-utf8",
+    "not-well-formed",
+    "nul-byte",
+    "picture-too-large",
+    "redirect",
+    "reserved-name",
+    "same-folder",
+    "slash-in-name",
+    "text-cut",
+    "tls-error",
+    "too-many-attributes",
+    "too-many-elements",
+    "too-many-servers",
+    "too-many-slides",
+    "too-many-tiles",
+    "trailing-dot-or-blank",
+    "unknown-element",
+    "unknown-kind",
+    "unreachable",
+    "unusable-address",
+    "version-equal",
+    "version-lower",
+    "version-negative",
+    "version-parts",
+    "version-wraps",
+    "version-zero",
+};
+} // namespace
+
+const QStringList &findingIds()
+{
+    static const QStringList all = [] {
+        QStringList list;
+        for (const char *id : ids) {
+            list << QLatin1String(id);
+        }
+        return list;
+    }();
+    return all;
+}
