@@ -12,6 +12,7 @@
 #include <QFile>
 #include <QHash>
 #include <QImage>
+#include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
 
@@ -23,8 +24,45 @@ namespace
 struct FetchedArchive {
     Fetched fetched;
     Archive archive;
+    bool isWebPage = false;
     QString damage; // without a password, or with the code
 };
+
+bool isWebPage(const QString &fileName)
+{
+    constexpr int enough = 512;
+    static const QRegularExpression beginning(
+        QStringLiteral(
+            "^(\\xEF\\xBB\\xBF)?\\s*(<!--.*?-->\\s*)*<(!doctype\\s+html|html|head|body)\\b"),
+        QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
+    QFile file(fileName);
+    return file.open(QIODevice::ReadOnly) &&
+           beginning.match(QString::fromLatin1(file.read(enough))).hasMatch();
+}
+
+// What to do about something that does not arrive.
+QString mendOf(const Fetched &fetched)
+{
+    switch (fetched.failure) {
+    case Fetched::CutShort:
+        return QStringLiteral(
+            "compare the file on the server with yours and upload it again; if it "
+            "is whole, the server says a wrong Content-Length, or a limit of time "
+            "or size on the way ends the transfer");
+    case Fetched::Silent:
+        return QStringLiteral("see whether the server is overloaded, or give it longer with "
+                              "--timeout");
+    case Fetched::TooMuch:
+        return QStringLiteral("publish a smaller file");
+    case Fetched::Forbidden:
+        return QStringLiteral("let everybody read the file: the launcher has no password");
+    case Fetched::ServerFault:
+        return QStringLiteral("look into the server's log of errors");
+    case Fetched::Other:
+        break;
+    }
+    return QStringLiteral("publish the file, or mend the address");
+}
 
 class DeepCheck
 {
@@ -129,6 +167,7 @@ private:
         result.fetched = m_fetcher.fetch(url, file, Fetcher::archives);
         file.close();
         if (result.fetched.arrived) {
+            result.isWebPage = isWebPage(file.fileName());
             result.archive = openArchive(file.fileName());
             const bool locked = result.archive.encryptedFiles > 0;
             if (result.archive.opens && (!locked || !m_code.isEmpty())) {
@@ -146,6 +185,13 @@ private:
             return;
         }
         const QString named = QStringLiteral("the archive ") + url.toString();
+        if (known.isWebPage) {
+            m_findings << errorAt(entry.place, "archive-broken",
+                                  named + QStringLiteral(" is a web page: the download fails"),
+                                  QStringLiteral("name the address of the file itself, not that "
+                                                 "of a page about it or behind a login"));
+            return;
+        }
         if (!known.fetched.sizeStated) {
             m_findings << warningAt(
                 entry.place, "no-size",
@@ -254,7 +300,7 @@ Findings findingsOfFetch(const Fetched &fetched, const Place &place, const QStri
     if (!fetched.arrived) {
         return {errorAt(place, "unreachable",
                         named + QStringLiteral("does not arrive: ") + fetched.error,
-                        QStringLiteral("publish the file, or mend the address"))};
+                        mendOf(fetched))};
     }
     return {};
 }

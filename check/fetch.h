@@ -15,7 +15,8 @@ struct Fetched {
     bool distrusted = false; // the server's certificate is no good
     bool sizeStated = false;
     QString target;
-    QString error; // why it did not arrive
+    QString error; // why it did not arrive, and of which kind that is
+    enum Failure { Other, CutShort, Silent, TooMuch, Forbidden, ServerFault } failure = Other;
 };
 
 // Fetches one resource after the other. Never waits for ever: not for a silent server, and not for

@@ -38,6 +38,19 @@ QString nameOf(const QString &document)
     return document == Input::standardInput() ? QStringLiteral("<stdin>") : document;
 }
 
+// Of a file nobody knows beside what it will lie: says so where a logo was looked for.
+Findings withAssumedBase(Findings findings, const QString &base)
+{
+    for (Finding &finding : findings) {
+        if (finding.text.startsWith(QStringLiteral("the logo ") + base)) {
+            finding.mend += QStringLiteral("; without --base logos are looked for at %1, the "
+                                           "address built into the launcher")
+                                .arg(base);
+        }
+    }
+    return findings;
+}
+
 bool trust(const QString &fileName)
 {
     const QList<QSslCertificate> authorities =
@@ -48,16 +61,13 @@ bool trust(const QString &fileName)
     return !authorities.isEmpty();
 }
 
-// Fetched as the launcher does: whatever body comes is the document.
+// Fetched as the launcher does, which takes whatever body comes for the document.
 QByteArray fetchDocument(const QUrl &url, Fetcher &fetcher, Findings &findings)
 {
     const QString what = QStringLiteral("document");
     QBuffer body;
     body.open(QIODevice::WriteOnly);
     findings << findingsOfFetch(fetcher.fetch(url, body, Fetcher::smallThings), {}, what, url);
-    if (isOpenToOthers(url)) {
-        findings << openToOthers({}, QStringLiteral("the document's address"), url);
-    }
     return body.data();
 }
 } // namespace
@@ -81,17 +91,23 @@ int main(int argc, char *argv[])
     Findings findings;
     QString base = BuildSettings::baseUrl();
     std::optional<QByteArray> body;
+    bool arrived = true;
     if (isAddress(line.document)) {
         const QUrl url(line.document);
         base = url.adjusted(QUrl::RemoveFilename | QUrl::RemoveQuery | QUrl::RemoveFragment)
                    .toString();
         body = fetchDocument(url, fetcher, findings);
+        arrived = findings.isEmpty();
+        if (isOpenToOthers(url)) {
+            findings << openToOthers({}, QStringLiteral("the document's address"), url);
+        }
     } else {
         body = Input::contentOf(line.document);
     }
     if (!body) {
         return wrongUse(line.document + QStringLiteral(" cannot be read."));
     }
+    const bool namesBase = !line.base.isEmpty() || isAddress(line.document);
     if (!line.base.isEmpty()) {
         base = line.base;
     }
@@ -106,11 +122,14 @@ int main(int argc, char *argv[])
     }
 
     const DocumentContent content = readContent(*body, line.code);
-    findings << findingsOf(content, previous ? &*previous : nullptr);
+    // Of the page that says so there is nothing to mend.
+    if (arrived) {
+        findings << findingsOf(content, previous ? &*previous : nullptr);
+    }
     PlayersView view = playersViewOf(content);
-    if (line.deep) {
+    if (line.deep && arrived) {
         const DeepResult deep = checkDeeply(content, base, line.code, fetcher);
-        findings << deep.findings;
+        findings << (namesBase ? deep.findings : withAssumedBase(deep.findings, base));
         view.started = deep.started;
     }
     findings = withoutIds(sortedByPlace(findings), line.ignored);

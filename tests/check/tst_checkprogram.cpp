@@ -100,6 +100,9 @@ private slots:
     void documentFromTheNetwork_data();
     void documentFromTheNetwork();
     void logosLieBesideTheDocument();
+    void missingLogoOfAFile();
+    void archiveThatDoesNotArrive_data();
+    void archiveThatDoesNotArrive();
     void deepWithoutFault();
     void silentServerIsGivenUp();
     void endlessPictureIsGivenUp();
@@ -321,13 +324,16 @@ void TestCheckProgram::documentFromTheNetwork_data()
     QTest::addColumn<QString>("path");
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QStringList>("ids");
-    const QString empty = QStringLiteral("empty-document");
     QTest::newRow("good") << QStringLiteral("good") << 0 << QStringList();
     QTest::newRow("missing") << QStringLiteral("missing") << 2
-                             << QStringList{QStringLiteral("unreachable"), empty};
-    // The launcher reads the body of whatever answer comes.
+                             << QStringList{QStringLiteral("unreachable")};
+    // The page that says so is no document, and nothing more is said of it.
+    QTest::newRow("forbidden") << QStringLiteral("forbidden") << 2
+                               << QStringList{QStringLiteral("unreachable")};
     QTest::newRow("redirect") << QStringLiteral("moved") << 2
-                              << QStringList{QStringLiteral("redirect"), empty};
+                              << QStringList{QStringLiteral("redirect")};
+    QTest::newRow("empty") << QStringLiteral("empty") << 2
+                           << QStringList{QStringLiteral("empty-document")};
 }
 
 void TestCheckProgram::documentFromTheNetwork()
@@ -337,6 +343,8 @@ void TestCheckProgram::documentFromTheNetwork()
     QFETCH(QStringList, ids);
     HttpServer server;
     server.serve(QStringLiteral("good"), Documents::launcher({}));
+    server.serve(QStringLiteral("forbidden"), "<html><p>Forbidden<hr></html>", 403);
+    server.serve(QStringLiteral("empty"), {});
     server.redirect(QStringLiteral("moved"), server.url(QStringLiteral("good")));
     const Run run = check({QStringLiteral("--json"), server.url(path)});
     QCOMPARE(run.exitCode, exitCode);
@@ -362,6 +370,64 @@ void TestCheckProgram::logosLieBesideTheDocument()
     QCOMPARE(server.requests(logo), 2);
     (void)check({documentName});
     QCOMPARE(server.requests(logo), 2);
+}
+
+// Where logos lie is a guess when a file is checked: whoever reads that one is missing has to know.
+void TestCheckProgram::missingLogoOfAFile()
+{
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serve(QStringLiteral("1.zip"), Archives::zip({{QStringLiteral("game.exe"), "game"}}));
+    ScratchFolder::write(documentName,
+                         Documents::launcher({Documents::client(
+                             QStringLiteral("S"), QStringLiteral("Official"), QStringLiteral("1.0"),
+                             server.url(QStringLiteral("1.zip")))}));
+    const QString hint = QStringLiteral("; without --base logos are looked for at ");
+    const Run assumed = check({QStringLiteral("--deep"), documentName});
+    QCOMPARE(assumed.output.count(hint), 1);
+    QVERIFY(assumed.output.contains(hint + QStringLiteral(EMBERWAKE_BASE_URL)));
+    const Run named =
+        check({QStringLiteral("--deep"), QStringLiteral("--base"), server.url(), documentName});
+    QVERIFY(named.output.contains(QStringLiteral("[unreachable]")));
+    QVERIFY(!named.output.contains(hint));
+}
+
+void TestCheckProgram::archiveThatDoesNotArrive_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<QString>("said");
+    QTest::newRow("cut") << QStringLiteral("cut.zip") << QStringLiteral("unreachable")
+                         << QStringLiteral("compare the file on the server with yours");
+    QTest::newRow("forbidden") << QStringLiteral("forbidden.zip") << QStringLiteral("unreachable")
+                               << QStringLiteral("the launcher has no password");
+    QTest::newRow("fault") << QStringLiteral("fault.zip") << QStringLiteral("unreachable")
+                           << QStringLiteral("look into the server's log");
+    QTest::newRow("missing") << QStringLiteral("missing.zip") << QStringLiteral("unreachable")
+                             << QStringLiteral("publish the file, or mend the address");
+    QTest::newRow("page") << QStringLiteral("page.zip") << QStringLiteral("archive-broken")
+                          << QStringLiteral("is a web page: the download fails");
+}
+
+void TestCheckProgram::archiveThatDoesNotArrive()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, id);
+    QFETCH(QString, said);
+    HttpServer server;
+    server.serve(QStringLiteral("S.png"), Documents::png(4, 4, 0));
+    server.serveCut(QStringLiteral("cut.zip"), QByteArray(5000, 'x'), 1000);
+    server.serve(QStringLiteral("forbidden.zip"), "no", 403);
+    server.serve(QStringLiteral("fault.zip"), "no", 503);
+    server.serveWithoutLength(QStringLiteral("page.zip"), "\n<!DOCTYPE html>\n<p>Sign in");
+    server.serve(
+        documentName,
+        Documents::launcher({Documents::client(QStringLiteral("S"), QStringLiteral("Official"),
+                                               QStringLiteral("1.0"), server.url(path))}));
+    const Run run =
+        check({QStringLiteral("--deep"), QStringLiteral("--json"), server.url(documentName)});
+    QCOMPARE(idsIn(run), QStringList{id});
+    QVERIFY2(run.output.contains(said), qPrintable(run.output));
 }
 
 void TestCheckProgram::deepWithoutFault()

@@ -164,6 +164,9 @@ void TestFindings::clean_data()
                                QLatin1String(sumOfCode)));
     row("three slides and six tiles",
         news("homenews", "s").repeated(3) + news("news", "t").repeated(6));
+    row("an accent in a slide, written as its bytes", news("homenews", "Caf\xC3\x83\xC2\xA9?"));
+    row("a mail", news("news", "t", "https://a.example/p.png", "mailto:crew@a.example"));
+    row("a sum behind the archive's name", ofUrl("https://a.example/a.zip#sha256"));
     row("accents in a tile", news("news", "Caf\xC3\xA9"));
     row("a question mark in the middle", news("homenews", "Why?") + news("news", "Why?"));
     row("an unknown container",
@@ -317,16 +320,25 @@ void TestFindings::found_data()
        "warning http 2:1");
     in("an archive without a scheme", ofUrl("a.example/a.zip"), "error unusable-address 2:1");
     in("an archive on the disk", ofUrl("file:///a.zip"), "error unusable-address 2:1");
-    in("no picture", news("news", "t", ""), "error unusable-address 2:1");
+    in("no picture", news("news", "t", ""), "note unusable-address 2:1");
     in("no page", news("homenews", "t", "https://a.example/p.png", ""),
+       "note unusable-address 2:1");
+    for (const char *page : {"www.a.example", "file:///a.html", "javascript:alert(1)",
+                             "steam:", "C:\\a.html", "https:///a.html", "data:text/html,a"}) {
+        in(page, news("homenews", "t", "https://a.example/p.png", page),
+           "error unusable-address 2:1");
+    }
+    in("a picture that is mailed", news("news", "t", "mailto:a@a.example"),
        "error unusable-address 2:1");
+    in("another program's page", news("news", "t", "https://a.example/p.png", "steam://run/1"),
+       "note other-program 2:1");
     in("a longer archive's address than is read",
        ofUrl(("https://a.example/" + QByteArray(8192, 'a') + ".zip").constData()),
        "error unusable-address 2:1, error long-address 2:1");
     in("a longer page's address than is read",
        news("homenews", "t", "https://a.example/p.png",
             ("https://a.example/" + QByteArray(8192, 'a')).constData()),
-       "error unusable-address 2:1, error long-address 2:1");
+       "note unusable-address 2:1, error long-address 2:1");
     in("more servers than have buttons",
        serversFrom(0, 99) + lines + ofServer("Beta") + lines + serversFrom(99, 101),
        "error too-many-servers 3:1");
@@ -336,6 +348,12 @@ void TestFindings::found_data()
        "warning archive-url-ends-in-slash 2:1");
     in("an archive of another ending", ofUrl("https://a.example/get?f=a.zip"),
        "warning archive-not-zip 2:1");
+    for (const char *name : {"a.7z", "a.RAR", "a.tar.gz", "a.zip.001", "a.z01"}) {
+        in(name, ofUrl((QByteArray("https://a.example/") + name).constData()),
+           "error archive-not-zip 2:1");
+    }
+    in("an archive's name with a number sign", ofUrl("https://a.example/build#3.zip"),
+       "error archive-url-fragment 2:1");
     for (const char *name : {"version.dll", "SETUP.EXE", "qt.conf", "a.zip.lnk", "unzip.exe%00.zip",
                              "a%0A.zip", "D:x.zip", "nul.zip", "a%3F.zip"}) {
         in(name, ofUrl((QByteArray("https://a.example/") + name).constData()),
@@ -345,7 +363,7 @@ void TestFindings::found_data()
        ofUrl("https://a.example/1/client.zip") + lines +
            client(QStringLiteral("S"), QStringLiteral("Beta"), QStringLiteral("1.0"),
                   QStringLiteral("https://a.example/2/Client.zip")),
-       "warning archive-name-collides 3:1");
+       "note archive-name-collides 3:1");
 
     in("an accent in a slide", news("homenews", "Caf\xC3\xA9"), "error latin1-damage 2:1");
     in("letters beyond Latin-1 in a slide", news("homenews", "\xD0\x96"),
@@ -357,8 +375,13 @@ void TestFindings::found_data()
        "warning markup-as-letters 2:1");
     in("broken markup in a slide", news("homenews", "<b Why"), "warning markup-as-letters 2:1");
     in("a longer text", news("news", QByteArray(10001, 'w').constData()), "warning text-cut 2:1");
-    in("an element of the wrong letters", QStringLiteral("<Client server='S'/>"),
-       "warning unknown-element 2:1");
+    for (const char *element :
+         {"<Client server='S'/>", "<clients version='1'/>", "<home-news title='t'/>",
+          "<build version='1' url='https://a.example/'/>", "<item imageURL='x'/>"}) {
+        in(element, QString::fromLatin1(element), "warning unknown-element 2:1");
+    }
+    in("an element for others", QStringLiteral("<feed name='t' version='2'/>"),
+       "note unknown-element 2:1");
 }
 
 void TestFindings::found()
@@ -375,7 +398,7 @@ void TestFindings::bytes_data()
     QTest::newRow("a zero byte") << QByteArray("<launcher>\n</launcher>\n\0<x/>", 28)
                                  << QStringList{QStringLiteral("error nul-byte 3:0")};
     QTest::newRow("Latin-1") << QByteArray("<launcher>\n<x y='\xE9'/></launcher>")
-                             << QStringList{QStringLiteral("warning unknown-element 2:1"),
+                             << QStringList{QStringLiteral("note unknown-element 2:1"),
                                             QStringLiteral("error not-utf8 2:7")};
     QTest::newRow("a replacement mark that is written")
         << QByteArray("<launcher>\xEF\xBF\xBD</launcher>") << QStringList();
