@@ -4,14 +4,13 @@
 #include "check/addresses.h"
 #include "check/archive.h"
 #include "check/fetch.h"
-#include "fetch/picturesize.h"
+#include "check/pictures.h"
 #include "info/serverpanel.h"
 #include "install/executables.h"
 
 #include <QBuffer>
 #include <QFile>
 #include <QHash>
-#include <QImage>
 #include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
@@ -78,8 +77,7 @@ public:
     DeepResult all()
     {
         checkLogos();
-        checkPictures(m_content.slides, DocumentLimits::slides);
-        checkPictures(m_content.tiles, DocumentLimits::tiles);
+        checkPictures();
         checkArchives();
         return {m_findings, m_started};
     }
@@ -93,23 +91,33 @@ private:
             if (!servers.contains(server)) {
                 servers.insert(server);
                 checkPicture(entry.place, QStringLiteral("logo"),
-                             QUrl(m_base + ServerPanel::logoFileName(server)));
+                             QUrl(m_base + ServerPanel::logoFileName(server)), shownSizeOfLogo());
             }
         }
     }
 
-    void checkPictures(const QVector<NewsItem> &items, int room)
+    void checkPictures()
     {
-        for (const NewsItem &item : items) {
-            const QUrl url(item.shown.imageUrl);
-            // An address that is none has been told already.
-            if (item.index < room && isUsableAddress(url)) {
-                checkPicture(item.place, QStringLiteral("picture"), url);
-            }
+        const QVector<NewsItem> slides = m_content.slides.mid(0, DocumentLimits::slides);
+        for (const NewsItem &slide : slides) {
+            checkNewsPicture(slide, shownSizeOfSlide());
+        }
+        const QVector<NewsItem> tiles = m_content.tiles.mid(0, DocumentLimits::tiles);
+        for (const NewsItem &tile : tiles) {
+            checkNewsPicture(tile, shownSizeOfTile(tile.index));
         }
     }
 
-    void checkPicture(const Place &place, const QString &what, const QUrl &url)
+    void checkNewsPicture(const NewsItem &item, const QSize &shown)
+    {
+        const QUrl url(item.shown.imageUrl);
+        // An address that is none has been told already.
+        if (isUsableAddress(url)) {
+            checkPicture(item.place, QStringLiteral("picture"), url, shown);
+        }
+    }
+
+    void checkPicture(const Place &place, const QString &what, const QUrl &url, const QSize &shown)
     {
         QBuffer body;
         body.open(QIODevice::WriteOnly);
@@ -118,22 +126,8 @@ private:
         if (!fetched.arrived) {
             return;
         }
-        if (!isPictureOfReasonableSize(body.data())) {
-            m_findings << errorAt(
-                place, "picture-too-large",
-                QStringLiteral("the %1 %2 is too large or takes too long to decode: players see an "
-                               "empty place")
-                    .arg(what, url.toString()),
-                QStringLiteral(
-                    "publish no more than %1 million pixels, saved anew by a common program")
-                    .arg(largestPicture / 1000000));
-        } else if (decodedPicture(body.data()).isNull()) {
-            m_findings << errorAt(
-                place, "not-a-picture",
-                QStringLiteral("the %1 %2 is no picture: players see an empty place")
-                    .arg(what, url.toString()),
-                QStringLiteral("publish a PNG or JPEG file"));
-        }
+        m_findings << findingsOfPicture(body.data(), shown, place,
+                                        QStringLiteral("the %1 %2").arg(what, url.toString()));
     }
 
     void checkArchives()

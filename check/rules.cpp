@@ -6,6 +6,8 @@
 #include "check/news.h"
 #include "check/reading.h"
 #include "check/releases.h"
+#include "check/texts.h"
+#include "check/unread.h"
 #include "check/versions.h"
 
 namespace
@@ -41,8 +43,10 @@ Findings findingsOf(const DocumentContent &content, const DocumentContent *previ
     checkServerFolders(content.clients, findings);
     checkButtons(content.clients, findings);
     checkNews(content, findings);
+    checkTexts(content, findings);
     checkLongAddresses(content.longAddresses, findings);
     checkStrangers(content, findings);
+    checkUnread(content, findings);
     checkEnd(content, findings);
     return sortedByPlace(findings);
 }

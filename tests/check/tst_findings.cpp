@@ -141,7 +141,22 @@ void TestFindings::clean_data()
             client(QStringLiteral("B"), QStringLiteral("Beta"), QStringLiteral("1.0")));
     row("simple markup in a tile", news("news", "<b>Why</b> now"));
     row("a sign that is no tag", news("news", "1 < 2"));
-    row("the longest text", news("news", QByteArray(10000, 'w').constData()));
+    row("markup of two lines in a slide's description",
+        Documents::news(
+            QStringLiteral("homenews"), QStringLiteral("t"), QStringLiteral("<b>one</b><br>two"),
+            QStringLiteral("https://a.example/p.png"), QStringLiteral("https://a.example/")));
+    row("two lines in a slide's description",
+        Documents::news(QStringLiteral("homenews"), QStringLiteral("t"),
+                        QStringLiteral("one&#10;two"), QStringLiteral("https://a.example/p.png"),
+                        QStringLiteral("https://a.example/"))
+            .replace(QStringLiteral("&amp;"), QStringLiteral("&")));
+    row("a text that just fits", news("news", "The Hill That Breathes keeps its small fire"));
+    row("letters of other languages",
+        news("news", "\xC3\x93 \xE2\x80\x93 \xC3\x83O \xC2\xAB\xC3\xA0\xC2\xBB"));
+    row("signs that no template left", news("news", "100% {sic} @you $5"));
+    row("a comment without elements", QStringLiteral("<!-- news <b> -->"));
+    row("an element that is only called so",
+        QStringLiteral("<enabled>") + ofServer("S") + QStringLiteral("</enabled>"));
     row("letters beyond ASCII in a server's name", ofServer("\xC3\x84\xD0\x96"));
     row("two dots in the middle of a version", ofVersion("1..2"));
     row("a name that only begins like a device", ofServer("CONTEST") + ofServer("COM10"));
@@ -375,6 +390,52 @@ void TestFindings::found_data()
        "warning markup-as-letters 2:1");
     in("broken markup in a slide", news("homenews", "<b Why"), "warning markup-as-letters 2:1");
     in("a longer text", news("news", QByteArray(10001, 'w').constData()), "warning text-cut 2:1");
+    in("a text that is wider than its place", news("news", QByteArray(80, 'w').constData()),
+       "warning text-clipped 2:1");
+    in("a title of two lines",
+       news("news", "one&#10;two").replace(QStringLiteral("&amp;"), QStringLiteral("&")),
+       "warning line-break 2:1");
+    in("a title with a gap", news("news", "one    two"), "warning line-break 2:1");
+    in("a title of two lines of markup", news("news", "<b>one</b><br>two"),
+       "warning line-break 2:1");
+    for (const char *damaged :
+         {"Caf\xC3\x83\xC2\xA9", "\xC3\xA2\xE2\x82\xAC\xE2\x84\xA2", "a\xEF\xBF\xBD"}) {
+        in(damaged, news("news", damaged), "warning wrong-encoding 2:1");
+    }
+    in("an accent in a slide that is damaged twice",
+       news("homenews", "Caf\xC3\x83\xC2\x83\xC3\x82\xC2\xA9"), "warning wrong-encoding 2:1");
+    for (const char *entity : {"A &amp; B", "&quot;A", "&#39;", "&#x20AC;", "&eacute;"}) {
+        in(entity, news("news", entity), "warning entity-as-letters 2:1");
+    }
+    in("a tag without its end", news("news", "Press <b> to jump"), "warning taken-as-markup 2:1");
+    in("letters from the right",
+       news("news", "\xD7\xA9\xD7\x9C!") + lines + news("news", "\xD7\xA9\xD7\x9C!"),
+       "error direction 3:1");
+    in("a sign that turns the direction",
+       news("news", "a\xE2\x80\xAE"
+                    "b"),
+       "warning direction 2:1");
+    for (const char *left : {"{{ title }}", "${version}", "$(TITLE)", "%TITLE%", "@TITLE@",
+                             "__TITLE__", "{% title %}"}) {
+        in(left, news("news", left), "error placeholder 2:1");
+    }
+    in("a text between elements", QStringLiteral("\n  Hello\n") + ofServer("S"),
+       "warning text-between-elements 4:1");
+    in("an element in CDATA", QStringLiteral("<![CDATA[<client version='1' url='u'/>]]>"),
+       "warning text-between-elements 2:41");
+    in("an element in a comment",
+       QStringLiteral("<!--\n<client version='1' url='u'/>\n<news id='1'/>-->"),
+       "note in-comment 4:17");
+    in("an element within one that sounds switched off",
+       QStringLiteral("<disabled>\n ") + ofServer("S") + QStringLiteral("</disabled>"),
+       "warning not-switched-off 3:2");
+    for (const char *name : {"enabled", "hidden", "visible", "validUntil"}) {
+        in(name,
+           QStringLiteral("<client server='S' name='Official' version='1.0'\n "
+                          "url='https://a.example/b.zip' %1='false'/>")
+               .arg(QLatin1String(name)),
+           "warning not-switched-off 2:1");
+    }
     for (const char *element :
          {"<Client server='S'/>", "<clients version='1'/>", "<home-news title='t'/>",
           "<build version='1' url='https://a.example/'/>", "<item imageURL='x'/>"}) {
@@ -401,7 +462,7 @@ void TestFindings::bytes_data()
                              << QStringList{QStringLiteral("note unknown-element 2:1"),
                                             QStringLiteral("error not-utf8 2:7")};
     QTest::newRow("a replacement mark that is written")
-        << QByteArray("<launcher>\xEF\xBF\xBD</launcher>") << QStringList();
+        << QByteArray("<launcher x='\xEF\xBF\xBD'/>") << QStringList();
     QTest::newRow("a byte order mark") << QByteArray("\xEF\xBB\xBF<launcher/>") << QStringList();
 }
 
