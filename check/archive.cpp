@@ -16,6 +16,7 @@ void take(Archive &archive, const Extract::JudgedMember &member)
     const QString name = QString::fromStdString(member.name);
     archive.files += member.folder ? 0 : 1;
     archive.encryptedFiles += !member.folder && member.encrypted ? 1 : 0;
+    archive.unpackedSize += static_cast<qint64>(member.size);
     const QString top = name.section(QLatin1Char('/'), 0, 0);
     const bool isFolder = member.folder || top.size() != name.size();
     if (!isFolder) {

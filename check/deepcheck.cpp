@@ -79,7 +79,7 @@ public:
         checkLogos();
         checkPictures();
         checkArchives();
-        return {m_findings, m_started};
+        return {m_findings, m_started, m_archives};
     }
 
 private:
@@ -195,6 +195,7 @@ private:
                                "way"));
         }
         if (known.archive.opens) {
+            m_archives.insert(url.toString(), {known.archive.files, known.archive.unpackedSize});
             checkContent(entry, named, known);
             checkPrograms(entry, named, known.archive);
         } else if (known.archive.refused) {
@@ -272,6 +273,7 @@ private:
     Fetcher &m_fetcher;
     Findings m_findings;
     QVector<PlayersView::Started> m_started;
+    QHash<QString, ArchiveSize> m_archives;
 };
 } // namespace
 

@@ -4,14 +4,22 @@
 #include "check/finding.h"
 #include "check/playersview.h"
 
+#include <QHash>
 #include <QUrl>
 
 class Fetcher;
 struct Fetched;
 
+// What an archive that unpacks is made of.
+struct ArchiveSize {
+    int files = 0;
+    qint64 unpacked = 0; // bytes
+};
+
 struct DeepResult {
     Findings findings;
     QVector<PlayersView::Started> started;
+    QHash<QString, ArchiveSize> archives; // by their address
 };
 
 // Fetches what the document names and looks into it: logos beside the document (base ends in a

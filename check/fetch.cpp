@@ -3,6 +3,7 @@
 #include "check/terminal.h"
 #include "fetch/replybody.h"
 
+#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QIODevice>
 #include <QNetworkReply>
@@ -62,6 +63,8 @@ Fetcher::Fetcher(int secondsOfSilence)
 
 Fetched Fetcher::fetch(const QUrl &url, QIODevice &to, Limits limits)
 {
+    QElapsedTimer time;
+    time.start();
     QNetworkReply *reply = m_network.get(QNetworkRequest(url));
     reply->setReadBufferSize(NetworkAccess::receiveBufferSize);
     ReplyBody body(reply);
@@ -116,5 +119,6 @@ Fetched Fetcher::fetch(const QUrl &url, QIODevice &to, Limits limits)
     }
     result.arrived = result.error.isEmpty() && !result.redirected;
     delete reply;
+    m_transfers << Transfer{url, taken, time.elapsed(), result.arrived};
     return result;
 }

@@ -18,6 +18,7 @@ const char *const ids[] = {
     "auth-not-sha1",
     "auth-of-no-code",
     "bar-in-name",
+    "code-opens-nothing",
     "direction",
     "document-type",
     "dot-name",

@@ -8,9 +8,13 @@
 #include "check/documentcontent.h"
 #include "check/fetch.h"
 #include "check/input.h"
+#include "check/json.h"
 #include "check/output.h"
 #include "check/playersview.h"
+#include "check/report.h"
 #include "check/rules.h"
+#include "check/terminal.h"
+#include "check/testerscode.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -30,12 +34,6 @@ bool isAddress(const QString &document)
 {
     return document.startsWith(QLatin1String("https://")) ||
            document.startsWith(QLatin1String("http://"));
-}
-
-// In front of each finding.
-QString nameOf(const QString &document)
-{
-    return document == Input::standardInput() ? QStringLiteral("<stdin>") : document;
 }
 
 // Of a file nobody knows beside what it will lie: says so where a logo was looked for.
@@ -121,20 +119,27 @@ int main(int argc, char *argv[])
         previous = readContent(*bytes, line.code);
     }
 
+    Report report;
+    report.asked = line;
     const DocumentContent content = readContent(*body, line.code);
+    report.view = playersViewOf(content);
     // Of the page that says so there is nothing to mend.
     if (arrived) {
         findings << findingsOf(content, previous ? &*previous : nullptr);
+        checkTestersCode(content, line.code, findings);
     }
-    PlayersView view = playersViewOf(content);
     if (line.deep && arrived) {
         const DeepResult deep = checkDeeply(content, base, line.code, fetcher);
         findings << (namesBase ? deep.findings : withAssumedBase(deep.findings, base));
-        view.started = deep.started;
+        report.view.started = deep.started;
+        report.archives = deep.archives;
     }
-    findings = withoutIds(sortedByPlace(findings), line.ignored);
-    const int exitCode = exitCodeOf(findings, line.failOn);
-    Console::out(line.json ? QString::fromUtf8(jsonOutput(view, findings, exitCode))
-                           : textOutput(nameOf(line.document), view, findings));
-    return exitCode;
+    report.transfers = fetcher.transfers();
+    report.findings = withoutIds(sortedByPlace(findings), line.ignored);
+    report.ignored = findings.size() - report.findings.size();
+    report.exitCode = exitCodeOf(report.findings, line.failOn);
+    Console::out(line.json ? QString::fromUtf8(jsonOutput(report))
+                           : textOutput(report, Terminal::showsColours() ? Colours::Terminal
+                                                                         : Colours::None));
+    return report.exitCode;
 }

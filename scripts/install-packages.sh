@@ -28,7 +28,7 @@ test_packages=(
   clazy clang unzip zip python3 python3-pil python3-fonttools fonts-lato librsvg2-bin
   shellcheck
   xdg-utils file procps ca-certificates git libssl-dev openssl x11-apps python3-xlib
-  fontconfig util-linux mount mypy
+  fontconfig util-linux mount mypy python3-jsonschema nginx apache2-bin
 )
 
 # What the fuzz targets are built by.

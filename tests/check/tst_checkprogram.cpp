@@ -126,8 +126,17 @@ void TestCheckProgram::textOutput()
     Ash  Beta 2.1
   Slides:
     1  Plain
+       d
+    2  (empty)
+    3  (empty)
   Tiles:
     big  Tile
+         d
+    medium 1  (empty)
+    medium 2  (empty)
+    small 1  (empty)
+    small 2  (empty)
+    small 3  (empty)
 
 launcher.xml:6:3: error: version "22.0" is too great and wraps around: it never counts as installed, and Play is never offered [version-wraps]
     mend: number versions from 0.0.0.0.1 to 21.47
@@ -145,6 +154,12 @@ void TestCheckProgram::codeShowsWhatATesterSees()
     const Run run = check({QStringLiteral("--code"), QStringLiteral("code"), documentName});
     QVERIFY(run.output.contains(QStringLiteral("    Ash  [Official] 2.0  [Beta] 2.1\n")));
     QVERIFY(!run.output.contains(QStringLiteral("Hidden")));
+    QVERIFY(!run.output.contains(QStringLiteral("code-opens-nothing")));
+    // With a line end, as "echo" writes it.
+    const Run slip = check({QStringLiteral("--code"), QStringLiteral("code\n"), documentName});
+    QVERIFY(slip.output.contains(QStringLiteral("launcher.xml:0:0: warning: no entry has the sum "
+                                                "of this code")));
+    QVERIFY(slip.output.contains(QStringLiteral("Hidden")));
 }
 
 void TestCheckProgram::jsonOutput()
@@ -177,6 +192,26 @@ void TestCheckProgram::jsonOutput()
     QCOMPARE(finding.value(QStringLiteral("id")).toString(), QStringLiteral("version-wraps"));
     QVERIFY(!finding.value(QStringLiteral("text")).toString().isEmpty());
     QVERIFY(!finding.value(QStringLiteral("mend")).toString().isEmpty());
+
+    QCOMPARE(object.value(QStringLiteral("document")).toString(), documentName);
+    QCOMPARE(object.value(QStringLiteral("program"))
+                 .toObject()
+                 .value(QStringLiteral("version"))
+                 .toString(),
+             QStringLiteral(EMBERWAKE_VERSION));
+    const Run withOptions =
+        check({QStringLiteral("--json"), QStringLiteral("--code"), QStringLiteral("secret"),
+               QStringLiteral("--ignore"), QStringLiteral("version-wraps"),
+               QStringLiteral("--fail-on"), QStringLiteral("error"), documentName});
+    const QJsonObject options = QJsonDocument::fromJson(withOptions.output.toUtf8())
+                                    .object()
+                                    .value(QStringLiteral("options"))
+                                    .toObject();
+    QCOMPARE(options.value(QStringLiteral("failOn")).toString(), QStringLiteral("error"));
+    QCOMPARE(options.value(QStringLiteral("ignore")).toArray(),
+             QJsonArray{QStringLiteral("version-wraps")});
+    // Outputs are kept, and the code is a secret.
+    QVERIFY(!withOptions.output.contains(QStringLiteral("secret")));
 }
 
 void TestCheckProgram::exitCodes_data()
@@ -296,11 +331,11 @@ void TestCheckProgram::ignoredFindings()
     const QString ignore = QStringLiteral("--ignore");
     const Run one = check({ignore, QStringLiteral("version-wraps"), documentName});
     QVERIFY(!one.output.contains(QStringLiteral("version-wraps")));
-    QVERIFY(one.output.endsWith(QStringLiteral("0 errors, 1 warning\n")));
+    QVERIFY(one.output.endsWith(QStringLiteral("0 errors, 1 warning, 1 ignored\n")));
     QCOMPARE(one.exitCode, 1);
     const Run both =
         check({ignore, QStringLiteral("version-wraps,leading-question-mark"), documentName});
-    QVERIFY(both.output.endsWith(QStringLiteral("0 errors, 0 warnings\n")));
+    QVERIFY(both.output.endsWith(QStringLiteral("0 errors, 0 warnings, 2 ignored\n")));
     QCOMPARE(both.exitCode, 0);
     const Run twice = check({ignore, QStringLiteral("version-wraps"), ignore,
                              QStringLiteral("leading-question-mark"), documentName});
@@ -440,7 +475,18 @@ void TestCheckProgram::deepWithoutFault()
                                    QStringLiteral("S"), QStringLiteral("Official"),
                                    QStringLiteral("1.0"), server.url(QStringLiteral("1.zip")))}));
     const Run good = check({QStringLiteral("--deep"), server.url(documentName)});
-    QCOMPARE(findingsPart(good.output), QStringLiteral("0 errors, 0 warnings\n"));
+    const QString size = QStringLiteral("%1 bytes").arg(archive.size());
+    const QString room = QStringLiteral("%1 bytes").arg(archive.size() + 4);
+    QVERIFY2(good.output.contains(QStringLiteral("/1.zip  ") + size) &&
+                 good.output.contains(QStringLiteral(", unpacks to 1 file of 4 bytes, needs ") +
+                                      room + QStringLiteral(" of free space\n")),
+             qPrintable(good.output));
+    const QString end = findingsPart(good.output);
+    QVERIFY2(end.startsWith(QStringLiteral("fetched 3 of 3 files, ")), qPrintable(end));
+    QVERIFY2(end.endsWith(QStringLiteral("s; the largest client needs %1 of free space\n"
+                                         "0 errors, 0 warnings\n")
+                              .arg(room)),
+             qPrintable(end));
     QVERIFY(good.output.contains(
         QStringLiteral("\n  Play starts:\n    S  Official 1.0: game.exe\n\n")));
     QCOMPARE(good.exitCode, 0);
