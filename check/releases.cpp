@@ -2,8 +2,6 @@
 
 #include "install/versionweight.h"
 
-#include <QRegularExpression>
-
 namespace
 {
 void checkStep(const ClientEntry &entry, const QString &before, Findings &findings)
@@ -28,25 +26,6 @@ void checkStep(const ClientEntry &entry, const QString &before, Findings &findin
     }
 }
 } // namespace
-
-void checkAuth(const ClientEntry &entry, Findings &findings)
-{
-    static const QRegularExpression sha1(QStringLiteral("^[0-9A-Fa-f]{40}$"));
-    if (!entry.hasAuth) {
-        return;
-    }
-    if (!sha1.match(entry.info.auth).hasMatch()) {
-        findings << errorAt(entry.place, "auth-not-sha1",
-                            QStringLiteral("auth is no SHA-1 sum: no code shows the entry"),
-                            QStringLiteral("write the 40 hexadecimal digits that sha1sum prints "
-                                           "for the code, without a line end"));
-    } else if (entry.info.auth.toLower() == authCodeSum({})) {
-        findings << warningAt(entry.place, "auth-of-no-code",
-                              QStringLiteral("auth is the sum of an empty code: everybody without "
-                                             "a code sees the entry"),
-                              QStringLiteral("write the sum of the code, or leave auth out"));
-    }
-}
 
 // An entry is lost to everybody when a later one of the same server and kind is seen by all who
 // would see it. A later one behind another code is a tester's, and meant so.

@@ -4,9 +4,6 @@
 #include "check/documentcontent.h"
 #include "check/finding.h"
 
-// Whom an entry is for.
-void checkAuth(const ClientEntry &entry, Findings &findings);
-
 // Entries that another one replaces.
 void checkDuplicates(const QVector<ClientEntry> &clients, const EntryCounts &counts,
                      Findings &findings);

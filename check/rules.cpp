@@ -6,11 +6,12 @@
 #include "check/news.h"
 #include "check/reading.h"
 #include "check/releases.h"
+#include "check/restrictions.h"
 #include "check/versions.h"
 
 namespace
 {
-void checkEachEntry(const QVector<ClientEntry> &clients, Findings &findings)
+void checkEachEntry(const QVector<ClientEntry> &clients, const QString &code, Findings &findings)
 {
     NamesTold namesTold;
     ArchiveNames archiveNames;
@@ -19,7 +20,7 @@ void checkEachEntry(const QVector<ClientEntry> &clients, Findings &findings)
     for (const ClientEntry &entry : clients) {
         checkNames(entry, namesTold, findings);
         checkVersion(entry, findings);
-        checkAuth(entry, findings);
+        checkAuth(entry, code, findings);
         checkArchiveUrl(entry, archiveNames, findings);
     }
 }
@@ -31,7 +32,10 @@ Findings findingsOf(const DocumentContent &content, const DocumentContent *previ
     Findings findings;
     checkBytes(content, findings);
     checkLaunchers(content, findings);
-    checkEachEntry(content.clients, findings);
+    checkCode(content.code, findings);
+    checkAttributes(content.elements, findings);
+    checkEachEntry(content.clients, content.code, findings);
+    checkClosedArchives(content.clients, findings);
     const EntryCounts counts = entryCountsOf(content.clients);
     checkDuplicates(content.clients, counts, findings);
     checkEqualVersions(content.clients, counts, findings);

@@ -90,6 +90,7 @@ public:
         m_previous = readContent(Documents::launcher(elements), {});
     }
 
+    QStringList ids() const { return m_ids; }
     bool warnedOf(const char *id) const { return m_ids.contains(QLatin1String(id)); }
     bool deeplyWarnedOf(const char *id)
     {

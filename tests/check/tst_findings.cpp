@@ -62,6 +62,15 @@ QString withAuth(const char *auth)
                   QString::fromLatin1(auth));
 }
 
+// An entry whose sum stands in an attribute of another name.
+QString otherwise(const char *attribute)
+{
+    return client(QStringLiteral("S"), QStringLiteral("Official"), QStringLiteral("1.0"), {},
+                  QLatin1String(sumOfCode))
+        .replace(QStringLiteral("auth="),
+                 QStringLiteral("xmlns:a='urn:a' %1=").arg(QString::fromUtf8(attribute)));
+}
+
 QString news(const char *kind, const char *title, const char *picture = "https://a.example/p.png",
              const char *page = "https://a.example/")
 {
@@ -120,6 +129,10 @@ private slots:
     void everyFindingSaysHowToMendIt();
     void previous_data();
     void previous();
+    void sumOfSomethingElse_data();
+    void sumOfSomethingElse();
+    void codeThatIsNotKept_data();
+    void codeThatIsNotKept();
     void codeDecidesWhatIsSeen();
     void lostThingsAreCounted();
     void namesAreToldOnce();
@@ -151,6 +164,12 @@ void TestFindings::clean_data()
     row("the greatest version", ofVersion("21.47.48.36.47"));
     row("the smallest version", ofVersion("0.0.0.0.1"));
     row("a sum in capital letters", withAuth("4DA0B9A5E4A1D1F8D2F0C2B1F1A0E9D8C7B6A594"));
+    row("an attribute that nobody reads",
+        ofServer("S").replace(QStringLiteral("server="),
+                              QStringLiteral("comment='x' id='4' size='12' server=")));
+    row("a sum beside auth", withAuth(sumOfCode).replace(
+                                 QStringLiteral("auth="),
+                                 QStringLiteral("hash='%1' auth=").arg(QLatin1String(sumOfCode))));
     row("plain http that stays on the machine",
         ofUrl("http://127.0.0.1:8080/a.zip") +
             news("news", "t", "http://localhost/p.png", "http://[::1]/"));
@@ -236,7 +255,7 @@ void TestFindings::found_data()
        client(QStringLiteral("S"), QStringLiteral("Official"), QStringLiteral("1.1"), {},
               QLatin1String(sumOfCode)) +
            lines + ofVersion("1.0"),
-       "error duplicate-client 2:1");
+       "warning closed-archive-is-open 2:1, error duplicate-client 2:1");
     in("one tester's entry twice",
        ofServer("Open") + lines +
            client(QStringLiteral("S"), QStringLiteral("Beta"), QStringLiteral("1.1"), {},
@@ -310,6 +329,54 @@ void TestFindings::found_data()
     in("an empty auth", withAuth(""), "error auth-not-sha1 3:1");
     in("the sum of no code", withAuth("da39a3ee5e6b4b0d3255bfef95601890afd80709"),
        "warning auth-of-no-code 3:1");
+
+    in("auth in other letters", ofServer("Open") + lines + otherwise("Auth"),
+       "error auth-misspelled 3:1");
+    for (const char *name : {"AUTH", "auht", "aut", "authh", "authcode", "auth-code", "a:auth",
+                             "\xD0\xB0uth", "_auth", "password", "hidden", "whatever"}) {
+        in(name, ofServer("Open") + lines + otherwise(name), "error auth-misspelled 3:1");
+    }
+    in("the sum of a file in an element of its own",
+       QStringLiteral("<file sha1='%1'/>").arg(QLatin1String(sumOfCode)),
+       "warning unknown-element 2:1");
+    in("the sum of an archive, or what closes nothing",
+       ofServer("Open") + lines + otherwise("sha1"), "warning auth-misspelled 3:1");
+    in("auth of a container",
+       QStringLiteral("<beta auth='x'>") + ofServer("S") + QStringLiteral("</beta>"),
+       "error auth-elsewhere 2:1, warning unknown-element 2:1");
+    in("auth of everything", QStringLiteral("<launcher auth='%1'/>").arg(QLatin1String(sumOfCode)),
+       "error auth-elsewhere 2:1");
+    in("auth of a tile",
+       news("news", "t").replace(QStringLiteral("<news "), QStringLiteral("<news auth='x' ")),
+       "error auth-elsewhere 2:1");
+    in("auth as an element", ofServer("S") + QStringLiteral("\n<auth>x</auth>"),
+       "error auth-elsewhere 3:1");
+    in("a server in other letters",
+       ofServer("S").replace(QStringLiteral("server="), QStringLiteral("Server=")),
+       "error attribute-misspelled 2:1, error empty-server 2:1");
+    in("a kind in other letters",
+       ofServer("S").replace(QStringLiteral("name="), QStringLiteral("NAME=")),
+       "error attribute-misspelled 2:1, error unknown-kind 2:1, error empty-beta-button 2:1");
+    in("a launcher's version in other letters", QStringLiteral("<launcher Version='2'/>"),
+       "error attribute-misspelled 2:1");
+    in("a tile's picture in other letters",
+       news("news", "t").replace(QStringLiteral("imageUrl"), QStringLiteral("imageURL")),
+       "error attribute-misspelled 2:1, error missing-attribute 2:1");
+    in("the sum of a line end", withAuth("adc83b19e793491b1c6ea0fd8b46cd9f32e592fc"),
+       "error auth-of-blank 3:1");
+    in("the sum of a blank", withAuth("B858CB282617FB0956D960215C8E84D1CCF909C6"),
+       "error auth-of-blank 3:1");
+    in("a sum with blanks around it",
+       withAuth(QByteArray("\n ").append(sumOfCode).append('\n').constData()),
+       "error auth-not-sha1 3:1");
+    in("the sum of the server's name",
+       withAuth(QCryptographicHash::hash("s", QCryptographicHash::Sha1).toHex().constData()),
+       "warning auth-guessable 3:1");
+    in("a closed archive that is open",
+       ofUrl("https://a.example/a.zip") + lines +
+           client(QStringLiteral("T"), QStringLiteral("Official"), QStringLiteral("1.0"),
+                  QStringLiteral("https://a.example/a.zip"), QLatin1String(sumOfCode)),
+       "warning closed-archive-is-open 3:1");
 
     in("an archive over http", ofUrl("http://a.example/a.zip"), "warning http 2:1");
     in("a host that only begins like the loopback", ofUrl("http://127.0.0.1.example/a.zip"),
@@ -428,6 +495,81 @@ void TestFindings::previous()
     const DocumentContent current = readContent(document(now).toUtf8(), {});
     QCOMPARE(linesOf(findingsOf(current, &old)), findings);
     QCOMPARE(linesOf(findingsOf(current)), QStringList());
+}
+
+void TestFindings::sumOfSomethingElse_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<QByteArray>("summed");
+    QTest::addColumn<bool>("found");
+    const auto row = [](const char *name, const char *code, const QByteArray &summed) {
+        QTest::newRow(name) << QString::fromUtf8(code) << summed << true;
+    };
+    QTest::newRow("the code") << QStringLiteral("our-code") << QByteArray("our-code") << false;
+    QTest::newRow("another code") << QStringLiteral("our-code") << QByteArray("other") << false;
+    QTest::newRow("no code") << QString() << QByteArray("our-code\n") << false;
+    row("a line end", "our-code", "our-code\n");
+    row("a line end of Windows", "our-code", "our-code\r\n");
+    row("a blank", "our-code", "our-code ");
+    row("a blank of echo", "our-code", "our-code \r\n");
+    row("a blank before it", "our-code", " our-code");
+    row("no blank where there is one", "our-code ", "our-code");
+    row("quotes", "our-code", "\"our-code\"");
+    row("an option of echo", "our-code", "-n our-code\n");
+    row("a byte order mark", "our-code", "\xEF\xBB\xBFour-code");
+    row("two bytes a letter", "abc", QByteArray("a\0b\0c\0", 6));
+    row("two bytes a letter, with a mark", "abc",
+        QByteArray("\xFF\xFE"
+                   "a\0b\0c\0\r\0\n\0",
+                   12));
+    row("Latin-1",
+        "Gl\xC3\xBC"
+        "ck",
+        "Gl\xFC"
+        "ck");
+    row("Cyrillic", "\xD0\xB6\xD1\x83\xD0\xBA", "\xE6\xF3\xEA");
+    row("another form of an accent", "Caf\xC3\xA9", "Cafe\xCC\x81");
+    row("capital letters", "our-code", "OUR-CODE");
+    row("small letters", "Our-Code", "our-code\n");
+}
+
+void TestFindings::sumOfSomethingElse()
+{
+    QFETCH(QString, code);
+    QFETCH(QByteArray, summed);
+    QFETCH(bool, found);
+    const QByteArray sum = QCryptographicHash::hash(summed, QCryptographicHash::Sha1).toHex();
+    const QString lines = linesOf(findingsIn(document(withAuth(sum.constData())).toUtf8(), code))
+                              .join(QLatin1Char('\n'));
+    QCOMPARE(lines.contains(QStringLiteral("error auth-of-other-text 3:1")), found);
+}
+
+void TestFindings::codeThatIsNotKept_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<QStringList>("findings");
+    const auto row = [](const char *code, const char *finding) {
+        QTest::newRow(code) << QString::fromUtf8(code)
+                            << QString::fromLatin1(finding).split(QStringLiteral(", "),
+                                                                  Qt::SkipEmptyParts);
+    };
+    row("our-code", "");
+    row("our code", "");
+    row("our|code", "error code-not-kept 0:0");
+    row("|", "error code-not-kept 0:0");
+    row("our\ncode", "error code-with-line-end 0:0");
+    row("our-code\r", "error code-with-line-end 0:0, warning code-with-blanks 0:0");
+    row(" our-code", "warning code-with-blanks 0:0");
+    row("Gl\xC3\xBC"
+        "ck",
+        "warning code-beyond-ascii 0:0");
+}
+
+void TestFindings::codeThatIsNotKept()
+{
+    QFETCH(QString, code);
+    QFETCH(QStringList, findings);
+    QCOMPARE(linesOf(findingsIn(document(ofServer("S")).toUtf8(), code)), findings);
 }
 
 void TestFindings::codeDecidesWhatIsSeen()
