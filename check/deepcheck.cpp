@@ -4,9 +4,10 @@
 #include "check/addresses.h"
 #include "check/archive.h"
 #include "check/fetch.h"
+#include "check/members.h"
+#include "check/programs.h"
 #include "fetch/picturesize.h"
 #include "info/serverpanel.h"
-#include "install/executables.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -132,7 +133,8 @@ private:
             result.archive = openArchive(file.fileName());
             const bool locked = result.archive.encryptedFiles > 0;
             if (result.archive.opens && (!locked || !m_code.isEmpty())) {
-                result.damage = testArchive(file.fileName(), locked ? m_code : QString());
+                result.damage =
+                    testArchive(file.fileName(), locked ? m_code : QString(), result.archive);
             }
         }
         return result;
@@ -156,7 +158,8 @@ private:
         }
         if (known.archive.opens) {
             checkContent(entry, named, known);
-            checkPrograms(entry, named, known.archive);
+            m_started << checkPrograms(entry, named, known.archive, m_findings);
+            checkMembers(entry, named, known.archive, m_findings);
         } else if (known.archive.refused) {
             m_findings << errorAt(entry.place, "archive-refused",
                                   named + QStringLiteral(" is refused by the extractor: ") +
@@ -198,32 +201,6 @@ private:
                                   locked ? QStringLiteral("lock it with the code whose sum auth is")
                                          : QStringLiteral("pack and upload it again"));
         }
-    }
-
-    void checkPrograms(const ClientEntry &entry, const QString &named, const Archive &archive)
-    {
-        PlayersView::Started started{entry.info.server, entry.info.client, entry.info.version, {}};
-        const QStringList filters = Executables::filters(entry.info.client);
-        for (const QString &filter : filters) {
-            QString first = Executables::firstOf(archive.top, filter);
-            if (first.isEmpty()) {
-                m_findings << errorAt(
-                    entry.place, "archive-without-executable",
-                    QStringLiteral("at the top of %1 there is no %2: Play starts nothing")
-                        .arg(named, filter),
-                    QStringLiteral("pack the program itself, not a folder around it"));
-            } else if (archive.topFolders.contains(first)) {
-                m_findings << errorAt(
-                    entry.place, "archive-without-executable",
-                    QStringLiteral("the first %1 at the top of %2 is the folder %3: Play opens "
-                                   "that")
-                        .arg(filter, named, first),
-                    QStringLiteral("give the folder another name"));
-                first.clear();
-            }
-            started.programs << first;
-        }
-        m_started << started;
     }
 
     const DocumentContent &m_content;

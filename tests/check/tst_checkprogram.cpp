@@ -313,7 +313,7 @@ void TestCheckProgram::logosLieBesideTheDocument()
 void TestCheckProgram::deepWithoutFault()
 {
     HttpServer server;
-    const QByteArray archive = Archives::zip({{QStringLiteral("game.exe"), "game"}});
+    const QByteArray archive = Archives::zip({{QStringLiteral("game.exe"), "#!game"}});
     server.serve(QStringLiteral("1.zip"), archive);
     server.serve(QStringLiteral("S.png"), Documents::png(4, 4, 0));
     server.serve(documentName, Documents::launcher({Documents::client(
@@ -399,7 +399,7 @@ void TestCheckProgram::startsNoOtherProgram()
     QSKIP("the search path is also where the program finds its libraries");
 #endif
     HttpServer server;
-    server.serve(QStringLiteral("1.zip"), Archives::zip({{QStringLiteral("game.exe"), "game"}}));
+    server.serve(QStringLiteral("1.zip"), Archives::zip({{QStringLiteral("game.exe"), "#!game"}}));
     server.serve(QStringLiteral("S.png"), Documents::png(4, 4, 0));
     server.serve(documentName, Documents::launcher({Documents::client(
                                    QStringLiteral("S"), QStringLiteral("Official"),

@@ -778,6 +778,11 @@ void TestWarnings::refusedArchive_data()
     QTest::addColumn<QByteArray>("packed");
     QTest::addColumn<QByteArray>("name"); // as long
     QTest::newRow("a way out") << QByteArray("data/map") << QByteArray("../g/map");
+    QTest::newRow("a way out of Windows") << QByteArray("data/map") << QByteArray("..\\g\\map");
+    QTest::newRow("a drive") << QByteArray("data/map") << QByteArray("C:/a/map");
+    QTest::newRow("a whole path") << QByteArray("data/map") << QByteArray("/ata/map");
+    QTest::newRow("a star") << QByteArray("data/map") << QByteArray("data/m*p");
+    QTest::newRow("a dot at the end") << QByteArray("data/map") << QByteArray("data/ma.");
     QTest::newRow("a device") << QByteArray("data/map") << QByteArray("data/nul");
     QTest::newRow("a stream") << QByteArray("data/map") << QByteArray("data:map");
     QTest::newRow("a blank at the end") << QByteArray("data/map") << QByteArray("data/ma ");

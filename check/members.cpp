@@ -1,0 +1,40 @@
+#include "check/members.h"
+
+namespace
+{
+QString countedNames(const QStringList &names)
+{
+    const QString first = quoted(names.constFirst());
+    return names.size() == 1 ? first
+                             : QStringLiteral("%1 and %2 more").arg(first).arg(names.size() - 1);
+}
+} // namespace
+
+void checkMembers(const ClientEntry &entry, const QString &named, const Archive &archive,
+                  Findings &findings)
+{
+    if (!archive.pointers.isEmpty()) {
+        findings << errorAt(
+            entry.place, "pointer-in-archive",
+            QStringLiteral("in %1, %2 only says where git-lfs keeps the file: players "
+                           "get no such file")
+                .arg(named, countedNames(archive.pointers)),
+            QStringLiteral("fetch the files (git lfs pull) and pack again"));
+    }
+    if (!archive.saves.isEmpty()) {
+        findings << warningAt(
+            entry.place, "saves-in-archive",
+            QStringLiteral("%1 holds %2, as if the game saved there: each update "
+                           "removes the earlier version's folder, and with it what "
+                           "players have saved in it")
+                .arg(named, countedNames(archive.saves)),
+            QStringLiteral("let the game save in the player's own folders, and pack "
+                           "nobody's saves"));
+    }
+    if (!archive.strays.isEmpty()) {
+        findings << warningAt(entry.place, "stray-files",
+                              QStringLiteral("%1 holds %2, which no player needs")
+                                  .arg(named, countedNames(archive.strays)),
+                              QStringLiteral("pack nothing but the game"));
+    }
+}
