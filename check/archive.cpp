@@ -2,6 +2,8 @@
 
 #include "extract/verdict.h"
 
+#include <QCryptographicHash>
+#include <QFile>
 #include <QRegularExpression>
 
 namespace
@@ -29,6 +31,13 @@ void takeKind(Archive &archive, const QString &name)
     } else if (stray.match(name).hasMatch()) {
         archive.strays << name;
     }
+}
+
+QByteArray sumOf(const QString &fileName)
+{
+    QFile file(fileName);
+    QCryptographicHash sum(QCryptographicHash::Sha256);
+    return file.open(QIODevice::ReadOnly) && sum.addData(&file) ? sum.result() : QByteArray();
 }
 
 QString wordsOf(const Extract::Verdict &verdict)
@@ -68,6 +77,7 @@ Archive openArchive(const QString &file)
     Archive archive;
     archive.opens = verdict.accepted;
     if (archive.opens) {
+        archive.sum = sumOf(file);
         for (const Extract::JudgedMember &member : verdict.members) {
             take(archive, member);
         }

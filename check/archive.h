@@ -13,6 +13,7 @@ struct Archive {
     bool refused = false; // because of a member; otherwise it is no archive
     int files = 0;
     int encryptedFiles = 0;
+    QByteArray sum;          // of the archive's own bytes
     qint64 unpackedSize = 0; // in bytes
     QStringList top;         // what will lie in the version's folder itself
     QSet<QString> topFolders;

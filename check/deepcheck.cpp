@@ -3,6 +3,7 @@
 #include "base/documentlimits.h"
 #include "check/addresses.h"
 #include "check/archive.h"
+#include "check/clientkeys.h"
 #include "check/fetch.h"
 #include "check/members.h"
 #include "check/programs.h"
@@ -30,11 +31,14 @@ struct FetchedArchive {
 class DeepCheck
 {
 public:
-    DeepCheck(const DocumentContent &content, QString base, QString code, Fetcher &fetcher)
+    DeepCheck(const DocumentContent &content, QString base, QString code, Fetcher &fetcher,
+              const DocumentContent *previous)
         : m_content(content)
         , m_base(std::move(base))
         , m_code(std::move(code))
         , m_fetcher(fetcher)
+        , m_before(previous == nullptr ? QHash<QString, ClientInfo>()
+                                       : infosByAudience(previous->clients))
     {
     }
 
@@ -101,17 +105,39 @@ private:
 
     void checkArchives()
     {
-        QHash<QString, FetchedArchive> archives;
         for (const ClientEntry &entry : m_content.clients) {
             const QUrl url(entry.info.url);
             if (!isUsableAddress(url)) {
                 continue;
             }
-            auto known = archives.find(entry.info.url);
-            if (known == archives.end()) {
-                known = archives.insert(entry.info.url, fetchArchive(url));
+            const FetchedArchive known = archiveAt(url, entry.info.url);
+            checkArchive(entry, url, known);
+            compareWithEarlier(entry, known.archive);
+        }
+    }
+
+    FetchedArchive archiveAt(const QUrl &url, const QString &written)
+    {
+        auto known = m_archives.find(written);
+        if (known == m_archives.end()) {
+            known = m_archives.insert(written, fetchArchive(url));
+        }
+        return *known;
+    }
+
+    // The archive that the same players have now, where it is another one and can still be had.
+    void compareWithEarlier(const ClientEntry &entry, const Archive &archive)
+    {
+        const auto old = m_before.constFind(keyForAudience(entry));
+        if (old == m_before.cend() || old->url == entry.info.url || !archive.opens) {
+            return;
+        }
+        const QUrl url(old->url);
+        if (isUsableAddress(url)) {
+            const Archive earlier = archiveAt(url, old->url).archive;
+            if (earlier.opens) {
+                compareArchives(entry, archive, *old, earlier, m_findings);
             }
-            checkArchive(entry, url, *known);
         }
     }
 
@@ -207,6 +233,8 @@ private:
     const QString m_base;
     const QString m_code;
     Fetcher &m_fetcher;
+    const QHash<QString, ClientInfo> m_before; // by audience
+    QHash<QString, FetchedArchive> m_archives; // by address
     Findings m_findings;
     QVector<PlayersView::Started> m_started;
 };
@@ -237,7 +265,7 @@ Findings findingsOfFetch(const Fetched &fetched, const Place &place, const QStri
 }
 
 DeepResult checkDeeply(const DocumentContent &content, const QString &base, const QString &code,
-                       Fetcher &fetcher)
+                       Fetcher &fetcher, const DocumentContent *previous)
 {
-    return DeepCheck(content, base, code, fetcher).all();
+    return DeepCheck(content, base, code, fetcher, previous).all();
 }

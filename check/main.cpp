@@ -63,6 +63,17 @@ QByteArray fetchDocument(const QUrl &url, Fetcher &fetcher, Findings &findings)
     }
     return body.data();
 }
+// What players have now is the live document. Nothing when that cannot be had whole.
+std::optional<QByteArray> previousDocument(const QString &previous, Fetcher &fetcher)
+{
+    if (!isAddress(previous)) {
+        return contentOf(previous);
+    }
+    QBuffer body;
+    body.open(QIODevice::WriteOnly);
+    const Fetched fetched = fetcher.fetch(QUrl(previous), body, Fetcher::smallThings);
+    return fetched.arrived ? std::make_optional(body.data()) : std::nullopt;
+}
 } // namespace
 
 int main(int argc, char *argv[])
@@ -101,7 +112,7 @@ int main(int argc, char *argv[])
 
     std::optional<DocumentContent> previous;
     if (!line.previous.isEmpty()) {
-        const std::optional<QByteArray> bytes = contentOf(line.previous);
+        const std::optional<QByteArray> bytes = previousDocument(line.previous, fetcher);
         if (!bytes) {
             return wrongUse(line.previous + QStringLiteral(" cannot be read."));
         }
@@ -112,7 +123,8 @@ int main(int argc, char *argv[])
     findings << findingsOf(content, previous ? &*previous : nullptr);
     PlayersView view = playersViewOf(content);
     if (line.deep) {
-        const DeepResult deep = checkDeeply(content, base, line.code, fetcher);
+        const DeepResult deep =
+            checkDeeply(content, base, line.code, fetcher, previous ? &*previous : nullptr);
         findings << deep.findings;
         view.started = deep.started;
     }

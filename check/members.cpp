@@ -38,3 +38,29 @@ void checkMembers(const ClientEntry &entry, const QString &named, const Archive 
                               QStringLiteral("pack nothing but the game"));
     }
 }
+
+void compareArchives(const ClientEntry &entry, const Archive &archive,
+                     const ClientInfo &earlierInfo, const Archive &earlier, Findings &findings)
+{
+    if (archive.sum == earlier.sum && entry.info.version != earlierInfo.version) {
+        findings << warningAt(
+            entry.place, "archive-unchanged",
+            QStringLiteral("the archive of version %1 is that of %2, byte by byte: "
+                           "players download again what they have")
+                .arg(quoted(entry.info.version), quoted(earlierInfo.version)),
+            QStringLiteral("upload the new build"));
+    }
+    QSet<QString> gone = earlier.names;
+    gone.subtract(archive.names);
+    if (archive.unpackedSize < earlier.unpackedSize / 2 && gone.size() > earlier.names.size() / 2) {
+        findings << warningAt(
+            entry.place, "archive-much-smaller",
+            QStringLiteral("the archive of version %1 lacks %2 of the %3 files of "
+                           "version %4: an update does not keep them")
+                .arg(quoted(entry.info.version))
+                .arg(gone.size())
+                .arg(earlier.names.size())
+                .arg(quoted(earlierInfo.version)),
+            QStringLiteral("pack the whole game, not what has changed"));
+    }
+}

@@ -8,6 +8,9 @@
 void checkDuplicates(const QVector<ClientEntry> &clients, const EntryCounts &counts,
                      Findings &findings);
 
+// Archives that are offered as several versions.
+void checkSharedArchives(const QVector<ClientEntry> &clients, Findings &findings);
+
 // What players get who have had the clients of the document before.
 void checkPrevious(const QVector<ClientEntry> &clients, const QVector<ClientEntry> &previous,
                    Findings &findings);

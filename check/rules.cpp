@@ -39,6 +39,7 @@ Findings findingsOf(const DocumentContent &content, const DocumentContent *previ
     const EntryCounts counts = entryCountsOf(content.clients);
     checkDuplicates(content.clients, counts, findings);
     checkEqualVersions(content.clients, counts, findings);
+    checkSharedArchives(content.clients, findings);
     if (previous != nullptr) {
         checkPrevious(content.clients, previous->clients, findings);
     }

@@ -98,7 +98,8 @@ public:
     QStringList deepIds()
     {
         Fetcher fetcher(10);
-        const DeepResult result = checkDeeply(m_content, server.url(), m_code, fetcher);
+        const DeepResult result = checkDeeply(m_content, server.url(), m_code, fetcher,
+                                              m_previous ? &*m_previous : nullptr);
         started = result.started;
         return idsOf(result.findings);
     }

@@ -250,12 +250,13 @@ void TestFindings::found_data()
        "error too-many-tiles 3:1");
 
     in("the same client twice", ofServer("S") + lines + ofVersion("1.1"),
-       "error duplicate-client 2:1");
+       "error duplicate-client 2:1, warning archive-reused 3:1");
     in("a tester's entry before everybody's",
        client(QStringLiteral("S"), QStringLiteral("Official"), QStringLiteral("1.1"), {},
               QLatin1String(sumOfCode)) +
            lines + ofVersion("1.0"),
-       "warning closed-archive-is-open 2:1, error duplicate-client 2:1");
+       "warning closed-archive-is-open 2:1, error duplicate-client 2:1, warning archive-reused "
+       "3:1");
     in("one tester's entry twice",
        ofServer("Open") + lines +
            client(QStringLiteral("S"), QStringLiteral("Beta"), QStringLiteral("1.1"), {},
@@ -263,7 +264,7 @@ void TestFindings::found_data()
            lines +
            client(QStringLiteral("S"), QStringLiteral("Beta"), QStringLiteral("1.2"), {},
                   QString::fromLatin1(sumOfCode).toUpper()),
-       "error duplicate-client 3:1");
+       "error duplicate-client 3:1, warning archive-reused 4:1");
 
     in("a version of zeros", ofVersion("0.0"), "error version-zero 2:1");
     in("a version of words", ofVersion("beta"), "error version-zero 2:1");
@@ -271,6 +272,16 @@ void TestFindings::found_data()
     in("a negative version", ofVersion("-1.0"), "error version-negative 2:1");
     in("a version that wraps to less than nothing", ofVersion("22.0"), "error version-wraps 2:1");
     in("a version that wraps to more than nothing", ofVersion("43.0"), "warning version-wraps 2:1");
+    for (const char *version : {"1.0-rc2", "v1.1", "1.+2", "1.0b", "1.99999999999", "1. 2"}) {
+        in(version, ofVersion(version), "warning version-not-numbers 2:1");
+    }
+    in("a part above 99", ofVersion("1.100"), "warning version-carries 2:1");
+    in("a year", ofVersion("1.0.2026"), "warning version-carries 2:1");
+    in("an archive of two versions",
+       ofUrl("https://a.example/a.zip") + lines +
+           client(QStringLiteral("T"), QStringLiteral("Official"), QStringLiteral("1.1"),
+                  QStringLiteral("https://a.example/a.zip")),
+       "warning archive-reused 3:1");
     in("a sixth part", ofVersion("1.2.3.4.5.6"), "warning version-parts 2:1");
     in("a tester's version that counts the same",
        ofVersion("1.0") + lines +
@@ -303,10 +314,11 @@ void TestFindings::found_data()
        "error reserved-name 2:1");
     in("a device's name behind a blank", ofServer(" con"), "error reserved-name 2:1");
     in("the console's name", ofServer("ConIn$"), "error reserved-name 2:1");
-    in("a device's name as a version", ofVersion("CONOUT$.1"), "error reserved-name 2:1");
+    in("a device's name as a version", ofVersion("CONOUT$.1"),
+       "error reserved-name 2:1, warning version-not-numbers 2:1");
     in("a delete in the server's name", ofServer("A\x7F"), "error forbidden-character 2:1");
     in("a control character beyond ASCII in the version", ofVersion("1.0\xC2\x85"),
-       "error forbidden-character 2:1");
+       "error forbidden-character 2:1, warning version-not-numbers 2:1");
     in("a dot at the end", ofServer("A."), "error trailing-dot-or-blank 2:1");
     in("a blank at the end", ofServer("A "), "error trailing-dot-or-blank 2:1");
     in("a dot at the version's end", ofVersion("1.0."), "error trailing-dot-or-blank 2:1");
@@ -476,14 +488,47 @@ void TestFindings::previous_data()
     QTest::addColumn<QString>("now");
     QTest::addColumn<QStringList>("findings");
     const QStringList none;
-    const QStringList lower{QStringLiteral("warning version-lower 2:1")};
-    const QStringList equal{QStringLiteral("warning version-equal 2:1")};
-    QTest::newRow("greater") << ofVersion("1.9") << ofVersion("1.10") << none;
-    QTest::newRow("the same") << ofVersion("1.9") << ofVersion("1.9") << none;
-    QTest::newRow("lower") << ofVersion("1.10") << ofVersion("1.9") << lower;
-    QTest::newRow("of the same weight") << ofVersion("1.9") << ofVersion("1.9.0") << equal;
-    QTest::newRow("another server") << ofServer("T") << ofVersion("0.9") << none;
-    QTest::newRow("a tester's") << withAuth(sumOfCode) << ofVersion("0.9") << none;
+    const auto one = [](const char *finding) {
+        return QStringList{QStringLiteral("warning ") + QLatin1String(finding)};
+    };
+    const auto version = [](const char *number) {
+        return client(QStringLiteral("S"), QStringLiteral("Official"), QString::fromLatin1(number),
+                      QStringLiteral("https://a.example/%1.zip").arg(QLatin1String(number)));
+    };
+    const QString archive = QStringLiteral("https://a.example/a.zip");
+    const auto closed = [&](const char *sum) {
+        return client(QStringLiteral("S"), QStringLiteral("Beta"), QStringLiteral("1.0"), archive,
+                      QLatin1String(sum));
+    };
+    const char otherSum[] = "5da0b9a5e4a1d1f8d2f0c2b1f1a0e9d8c7b6a594";
+    QTest::newRow("greater") << version("1.9") << version("1.10") << none;
+    QTest::newRow("the same") << version("1.9") << version("1.9") << none;
+    QTest::newRow("lower") << version("1.10") << version("1.9") << one("version-lower 2:1");
+    QTest::newRow("of the same weight")
+        << version("1.9") << version("1.9.0") << one("version-equal 2:1");
+    QTest::newRow("another archive")
+        << version("1.9") << ofVersion("1.9") << one("archive-exchanged 2:1");
+    QTest::newRow("another archive at the same address")
+        << ofVersion("1.8") << ofVersion("1.9") << one("archive-reused 2:1");
+    QTest::newRow("another server") << ofServer("T") << ofVersion("0.9") << one("server-gone 0:0");
+    QTest::newRow("another server beside it")
+        << ofServer("T") << ofServer("T") + ofServer("S") << none;
+    QTest::newRow("another kind") << ofServer("S") + client(QStringLiteral("S"),
+                                                            QStringLiteral("Beta"),
+                                                            QStringLiteral("1.0"))
+                                  << ofServer("S") << one("client-gone 0:0");
+    QTest::newRow("behind a code") << ofServer("S") + closed(nullptr)
+                                   << ofServer("S") + closed(sumOfCode) << one("client-gone 0:0");
+    QTest::newRow("closed as before")
+        << ofServer("S") + closed(sumOfCode) << ofServer("S") + closed(sumOfCode) << none;
+    QTest::newRow("opened") << ofServer("S") + closed(sumOfCode)
+                            << ofServer("S") + QLatin1Char('\n') + closed(nullptr)
+                            << one("opened-to-all 3:1");
+    QTest::newRow("another code") << ofServer("S") + closed(sumOfCode)
+                                  << ofServer("S") + QLatin1Char('\n') + closed(otherSum)
+                                  << one("code-changed 3:1");
+    QTest::newRow("a tester's that is gone")
+        << ofServer("S") + closed(sumOfCode) << ofServer("S") << none;
 }
 
 void TestFindings::previous()
