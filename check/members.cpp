@@ -1,5 +1,7 @@
 #include "check/members.h"
 
+#include "check/looks.h"
+
 namespace
 {
 QString countedNames(const QStringList &names)
@@ -30,6 +32,18 @@ void checkMembers(const ClientEntry &entry, const QString &named, const Archive 
                 .arg(named, countedNames(archive.saves)),
             QStringLiteral("let the game save in the player's own folders, and pack "
                            "nobody's saves"));
+    }
+    const QString way =
+        QStringList{entry.info.server, entry.info.client, entry.info.version, archive.longest}.join(
+            QLatin1Char('/'));
+    if (way.size() > longestWay) {
+        findings << warningAt(entry.place, "long-path",
+                              QStringLiteral("the way to %1 of %2 is longer than %3 characters: "
+                                             "together with the game's folder it is more than "
+                                             "Windows opens")
+                                  .arg(quoted(archive.longest), named)
+                                  .arg(longestWay),
+                              QStringLiteral("use shorter names"));
     }
     if (!archive.strays.isEmpty()) {
         findings << warningAt(entry.place, "stray-files",

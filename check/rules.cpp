@@ -1,7 +1,9 @@
 #include "check/rules.h"
 
 #include "check/addresses.h"
+#include "check/addressforms.h"
 #include "check/clientkeys.h"
+#include "check/looks.h"
 #include "check/names.h"
 #include "check/news.h"
 #include "check/reading.h"
@@ -43,6 +45,9 @@ Findings findingsOf(const DocumentContent &content, const DocumentContent *previ
     if (previous != nullptr) {
         checkPrevious(content.clients, previous->clients, findings);
     }
+    checkLooks(content.clients, findings);
+    checkCrowding(content.clients, findings);
+    checkAddressForms(content, findings);
     checkServerFolders(content.clients, findings);
     checkButtons(content.clients, findings);
     checkNews(content, findings);

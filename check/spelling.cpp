@@ -1,5 +1,6 @@
 #include "check/spelling.h"
 
+#include <QRegularExpression>
 #include <QVector>
 
 #include <algorithm>
@@ -91,4 +92,23 @@ bool holdsInvisible(const QString &text)
     return std::any_of(text.begin(), text.end(), [](QChar letter) {
         return letter.unicode() >= firstBeyondAscii && isInvisible(letter);
     });
+}
+
+QString mixedWord(const QString &text)
+{
+    static const QRegularExpression words(QStringLiteral("[\\p{L}\\p{M}]+"),
+                                          QRegularExpression::UseUnicodePropertiesOption);
+    for (auto found = words.globalMatch(text); found.hasNext();) {
+        QString word = found.next().captured();
+        const QString small = word.toLower();
+        const bool hasLatin = std::any_of(small.begin(), small.end(), [](QChar letter) {
+            return letter >= QLatin1Char('a') && letter <= QLatin1Char('z');
+        });
+        const bool hasOthers = std::any_of(small.begin(), small.end(),
+                                           [](QChar letter) { return latinFor(letter) != letter; });
+        if (hasLatin && hasOthers) {
+            return word;
+        }
+    }
+    return {};
 }

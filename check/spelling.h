@@ -13,6 +13,10 @@ QString lookOf(const QString &text);
 // fingers.
 bool isAlmost(const QString &written, const QString &meant);
 
+// The first word that has Latin letters as well as others that look like Latin ones; empty when
+// there is none.
+QString mixedWord(const QString &text);
+
 // Whether a character is there that nobody sees, or a blank that is none: no-break, of no width,
 // or one that turns the direction of writing.
 bool holdsInvisible(const QString &text);

@@ -1,6 +1,7 @@
 #include "check/programs.h"
 #include "info/world.h"
 #include "stage.h"
+#include "support/relation.h"
 #include "support/urlcatcher.h"
 
 #include <QFileInfo>
@@ -37,6 +38,7 @@ private slots:
     void pointerInsteadOfAFile();
     void savesThatAnUpdateRemoves();
     void strayFiles();
+    void longWay();
 };
 
 void TestArchiveWarnings::whatPlayStarts_data()
@@ -175,6 +177,27 @@ void TestArchiveWarnings::strayFiles()
     QVERIFY(stage.deeplyWarnedOf("stray-files"));
     QCOMPARE(stage.download(), QStringLiteral("Download finished: version 1.0"));
     QVERIFY(QFile::exists(QStringLiteral("S/Official/1.0/.git/config")));
+}
+
+// What the game's folder of a player has behind it in all.
+void TestArchiveWarnings::longWay()
+{
+#ifdef Q_OS_WIN
+    QSKIP("the tool that packs it opens no such path either");
+#endif
+    Stage stage;
+    const QString member = QStringLiteral("data/") + QString(100, QLatin1Char('d')) +
+                           QLatin1Char('/') + QString(100, QLatin1Char('m'));
+    stage.server.serve(
+        QStringLiteral("files/client.zip"),
+        Archives::zip({{QStringLiteral("game.exe"), Stage::script}, {member, "far away"}}));
+    QVERIFY(stage.load({stage.ofServer(QStringLiteral("S"))}));
+    QVERIFY(stage.deeplyWarnedOf("long-path"));
+    QVERIFY(!stage.warnedOf("long-path"));
+    const QString usual = QStringLiteral("C:/Users/somebody/AppData/Local/Programs/"
+                                         "Emberwake Online Launcher/S/Official/1.0/");
+    constexpr int longestOnWindows = 259;
+    VERIFY_RELATION((usual + member).size(), >, longestOnWindows);
 }
 
 QTEST_MAIN(TestArchiveWarnings)

@@ -148,16 +148,20 @@ void TestFindings::clean_data()
     };
     row("no element at all", {});
     row("one client", ofServer("S"));
-    row("as many servers as have buttons", serversFrom(0, 100));
+    row("as many servers as fit side by side", serversFrom(0, 4));
     row("the longest address",
-        ofUrl(("https://a.example/" + QByteArray(8170, 'a') + ".zip").constData()));
+        ofUrl(("https://a.example/" + QByteArray("aaaaaaaaa/").repeated(816) + QByteArray(10, 'a') +
+               ".zip")
+                  .constData()));
     row("two kinds on two servers",
         ofServer("A") + ofServer("B") +
             client(QStringLiteral("B"), QStringLiteral("Beta"), QStringLiteral("1.0")));
     row("simple markup in a tile", news("news", "<b>Why</b> now"));
     row("a sign that is no tag", news("news", "1 < 2"));
     row("the longest text", news("news", QByteArray(10000, 'w').constData()));
-    row("letters beyond ASCII in a server's name", ofServer("\xC3\x84\xD0\x96"));
+    row("a file's name beyond ASCII",
+        ofUrl("https://a.example/\xD0\xB8\xD0\xB3\xD1\x80\xD0\xB0.zip"));
+    row("a query of the file's version", ofUrl("https://a.example/a.zip?v=12&cache=expires"));
     row("two dots in the middle of a version", ofVersion("1..2"));
     row("a name that only begins like a device", ofServer("CONTEST") + ofServer("COM10"));
     row("a blank in the middle", ofServer("The Old World"));
@@ -291,7 +295,9 @@ void TestFindings::found_data()
 
     in("no server", ofServer(""), "error empty-server 2:1");
     in("a bar in the server's name", ofServer("A|B"), "error bar-in-name 2:1");
-    in("a server's name of 256 letters", official(QString(256, QLatin1Char('a'))),
+    in("a server's name of 256 letters",
+       client(QString(256, QLatin1Char('a')), QStringLiteral("Official"), QStringLiteral("1.0"),
+              QStringLiteral("https://a.example/a.zip")),
        "error forbidden-character 2:1");
     in("a slash in the server's name", ofServer("A/B"), "error slash-in-name 2:1");
     in("a backslash in the server's name", ofServer("A\\B"), "error slash-in-name 2:1");
@@ -311,8 +317,9 @@ void TestFindings::found_data()
     in("a device's name with an extension", ofServer("nul.old"), "error reserved-name 2:1");
     in("a numbered device's name", ofServer("Com1"), "error reserved-name 2:1");
     in("a device's name with blanks before the extension", ofServer("nul  .old"),
-       "error reserved-name 2:1");
-    in("a device's name behind a blank", ofServer(" con"), "error reserved-name 2:1");
+       "error reserved-name 2:1, warning odd-blanks 2:1");
+    in("a device's name behind a blank", ofServer(" con"),
+       "error reserved-name 2:1, warning odd-blanks 2:1");
     in("the console's name", ofServer("ConIn$"), "error reserved-name 2:1");
     in("a device's name as a version", ofVersion("CONOUT$.1"),
        "error reserved-name 2:1, warning version-not-numbers 2:1");
@@ -410,7 +417,77 @@ void TestFindings::found_data()
        "error unusable-address 2:1, error long-address 2:1");
     in("more servers than have buttons",
        serversFrom(0, 99) + lines + ofServer("Beta") + lines + serversFrom(99, 101),
-       "error too-many-servers 3:1");
+       "warning crowded-panel 0:0, error too-many-servers 3:1");
+    in("more servers than fit side by side", serversFrom(0, 5), "warning crowded-panel 0:0");
+    for (const char *name : {"S#1", "A%41", "a%2eb", "#"}) {
+        in(name, ofServer(name), "error logo-address 2:1");
+    }
+    for (const char *name : {"settings.txt", "Offline.TXT", "unzip.exe"}) {
+        in(name, ofServer(name), "error name-taken 2:1");
+    }
+    const char beyond[] = "warning name-beyond-ascii 2:1";
+    const char invisible[] = "warning invisible-character 2:1, warning name-beyond-ascii 2:1";
+    in("letters beyond ASCII in a server's name", ofServer("\xC3\x84\xD0\x96"), beyond);
+    in("a no-break blank", ofServer("The\xC2\xA0World"), invisible);
+    in("a blank of no width", ofServer("S\xE2\x80\x8B"), invisible);
+    in("a mark that turns the direction", ofServer("S\xE2\x80\xAE"), invisible);
+    in("a soft hyphen in a version", ofVersion("1.0\xC2\xAD"),
+       "warning version-not-numbers 2:1, warning invisible-character 2:1");
+    in("a no-break blank behind a kind",
+       ofServer("S") + lines +
+           client(QStringLiteral("S"), QString::fromUtf8("Beta\xC2\xA0"), QStringLiteral("1.0"),
+                  QStringLiteral("https://a.example/a.zip")),
+       "warning invisible-character 3:1, error unknown-kind 3:1");
+    in("a blank in front", ofServer(" S"), "warning odd-blanks 2:1");
+    in("several blanks", ofServer("The  World"), "warning odd-blanks 2:1");
+    in("a Cyrillic letter among Latin ones", ofServer("\xD0\x90sh"),
+       "warning look-alike-letters 2:1, warning name-beyond-ascii 2:1");
+    in("an accent of its own", ofServer("Cafe\xCC\x81"),
+       "warning decomposed-letters 2:1, warning name-beyond-ascii 2:1");
+    in("servers that look the same", ofServer("Aop") + lines + ofServer("\xD0\x90\xD0\xBE\xD1\x80"),
+       "warning name-beyond-ascii 3:1, warning look-alike-servers 3:1");
+    in("a long way",
+       client(QString(180, QLatin1Char('a')), QStringLiteral("Official"), QStringLiteral("1.0"),
+              QStringLiteral("https://a.example/a.zip")),
+       "warning long-path 2:1");
+
+    const auto archiveIs = [&in](const char *name, const char *url, const char *findings) {
+        in(name, ofUrl(url), findings);
+    };
+    archiveIs("a blank behind the address", "https://a.example/a.zip ",
+              "warning archive-not-zip 2:1, error blank-around-address 2:1, "
+              "warning archive-name-odd 2:1");
+    archiveIs("a line end before the address", "\nhttps://a.example/a.zip",
+              "error unusable-address 2:1, error blank-around-address 2:1");
+    archiveIs("a blank of no width in the address", "https://a.example/a\xE2\x80\x8B.zip",
+              "error invisible-character 2:1");
+    archiveIs("a Cyrillic letter in the host", "https://\xD0\xB0uth.example/a.zip",
+              "warning look-alike-letters 2:1");
+    archiveIs("a longer name than any",
+              ("https://a.example/" + QByteArray(252, 'a') + ".zip").constData(),
+              "error archive-name-too-long 2:1");
+    archiveIs("a name that is encoded twice", "https://a.example/a%2520b.zip",
+              "warning archive-name-odd 2:1");
+    archiveIs("no name before the end", "https://a.example/.zip", "warning archive-name-odd 2:1");
+    for (const char *query : {"Expires=1", "X-Any-Signature=ab", "v=1&token=ab", "sig=a"}) {
+        archiveIs(query, (QByteArray("https://a.example/a.zip?") + query).constData(),
+                  "warning address-expires 2:1");
+    }
+    archiveIs("a password in the address", "https://u:p@a.example/a.zip",
+              "warning password-in-address 2:1");
+    for (const char *host : {"10.0.0.1", "192.168.1.2", "172.20.0.1", "fileserver", "nas.local"}) {
+        archiveIs(host, (QByteArray("https://") + host + "/a.zip").constData(),
+                  "warning private-address 2:1");
+    }
+    archiveIs("a page about the archive", "https://a.example/game/blob/main/a.zip",
+              "warning page-address 2:1");
+    archiveIs("a page that offers the archive", "https://a.example/a.zip?dl=0",
+              "warning page-address 2:1");
+    in("a page about a picture", news("news", "t", "https://a.example/p.html"),
+       "warning page-address 2:1");
+    in("blanks around a tile's addresses",
+       news("news", "t", "https://a.example/p.png ", "https://a.example/ "),
+       "error blank-around-address 2:1, error blank-around-address 2:1");
     in("an archive that is a folder", ofUrl("https://a.example/a/"),
        "warning archive-url-ends-in-slash 2:1");
     in("an archive that is a host", ofUrl("https://a.example"),
