@@ -51,7 +51,8 @@ CommandLine parseCommandLine(const QStringList &arguments)
                                   QStringLiteral("CODE"));
     const QCommandLineOption previous(
         QStringLiteral("previous"),
-        QStringLiteral("The document that players have now: versions must not fall."),
+        QStringLiteral("The document that players have now, a file or an address: what becomes of "
+                       "what they have."),
         QStringLiteral("FILE"));
     const QCommandLineOption deep(
         QStringLiteral("deep"),

@@ -3,10 +3,13 @@
 #include "base/documentlimits.h"
 #include "check/addresses.h"
 #include "check/archive.h"
+#include "check/clientkeys.h"
 #include "check/fetch.h"
+#include "check/members.h"
 #include "check/pictures.h"
+#include "check/programs.h"
+#include "fetch/picturesize.h"
 #include "info/serverpanel.h"
-#include "install/executables.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -66,11 +69,14 @@ QString mendOf(const Fetched &fetched)
 class DeepCheck
 {
 public:
-    DeepCheck(const DocumentContent &content, QString base, QString code, Fetcher &fetcher)
+    DeepCheck(const DocumentContent &content, QString base, QString code, Fetcher &fetcher,
+              const DocumentContent *previous)
         : m_content(content)
         , m_base(std::move(base))
         , m_code(std::move(code))
         , m_fetcher(fetcher)
+        , m_before(previous == nullptr ? QHash<QString, ClientInfo>()
+                                       : infosByAudience(previous->clients))
     {
     }
 
@@ -79,7 +85,7 @@ public:
         checkLogos();
         checkPictures();
         checkArchives();
-        return {m_findings, m_started, m_archives};
+        return {m_findings, m_started, m_sizes};
     }
 
 private:
@@ -132,17 +138,39 @@ private:
 
     void checkArchives()
     {
-        QHash<QString, FetchedArchive> archives;
         for (const ClientEntry &entry : m_content.clients) {
             const QUrl url(entry.info.url);
             if (!isUsableAddress(url)) {
                 continue;
             }
-            auto known = archives.find(entry.info.url);
-            if (known == archives.end()) {
-                known = archives.insert(entry.info.url, fetchArchive(url));
+            const FetchedArchive known = archiveAt(url, entry.info.url);
+            checkArchive(entry, url, known);
+            compareWithEarlier(entry, known.archive);
+        }
+    }
+
+    FetchedArchive archiveAt(const QUrl &url, const QString &written)
+    {
+        auto known = m_archives.find(written);
+        if (known == m_archives.end()) {
+            known = m_archives.insert(written, fetchArchive(url));
+        }
+        return *known;
+    }
+
+    // The archive that the same players have now, where it is another one and can still be had.
+    void compareWithEarlier(const ClientEntry &entry, const Archive &archive)
+    {
+        const auto old = m_before.constFind(keyForAudience(entry));
+        if (old == m_before.cend() || old->url == entry.info.url || !archive.opens) {
+            return;
+        }
+        const QUrl url(old->url);
+        if (isUsableAddress(url)) {
+            const Archive earlier = archiveAt(url, old->url).archive;
+            if (earlier.opens) {
+                compareArchives(entry, archive, *old, earlier, m_findings);
             }
-            checkArchive(entry, url, *known);
         }
     }
 
@@ -165,7 +193,8 @@ private:
             result.archive = openArchive(file.fileName());
             const bool locked = result.archive.encryptedFiles > 0;
             if (result.archive.opens && (!locked || !m_code.isEmpty())) {
-                result.damage = testArchive(file.fileName(), locked ? m_code : QString());
+                result.damage =
+                    testArchive(file.fileName(), locked ? m_code : QString(), result.archive);
             }
         }
         return result;
@@ -195,9 +224,10 @@ private:
                                "way"));
         }
         if (known.archive.opens) {
-            m_archives.insert(url.toString(), {known.archive.files, known.archive.unpackedSize});
+            m_sizes.insert(url.toString(), {known.archive.files, known.archive.unpackedSize});
             checkContent(entry, named, known);
-            checkPrograms(entry, named, known.archive);
+            m_started << checkPrograms(entry, named, known.archive, m_findings);
+            checkMembers(entry, named, known.archive, m_findings);
         } else if (known.archive.refused) {
             m_findings << errorAt(entry.place, "archive-refused",
                                   named + QStringLiteral(" is refused by the extractor: ") +
@@ -241,39 +271,15 @@ private:
         }
     }
 
-    void checkPrograms(const ClientEntry &entry, const QString &named, const Archive &archive)
-    {
-        PlayersView::Started started{entry.info.server, entry.info.client, entry.info.version, {}};
-        const QStringList filters = Executables::filters(entry.info.client);
-        for (const QString &filter : filters) {
-            QString first = Executables::firstOf(archive.top, filter);
-            if (first.isEmpty()) {
-                m_findings << errorAt(
-                    entry.place, "archive-without-executable",
-                    QStringLiteral("at the top of %1 there is no %2: Play starts nothing")
-                        .arg(named, filter),
-                    QStringLiteral("pack the program itself, not a folder around it"));
-            } else if (archive.topFolders.contains(first)) {
-                m_findings << errorAt(
-                    entry.place, "archive-without-executable",
-                    QStringLiteral("the first %1 at the top of %2 is the folder %3: Play opens "
-                                   "that")
-                        .arg(filter, named, first),
-                    QStringLiteral("give the folder another name"));
-                first.clear();
-            }
-            started.programs << first;
-        }
-        m_started << started;
-    }
-
     const DocumentContent &m_content;
     const QString m_base;
     const QString m_code;
     Fetcher &m_fetcher;
+    const QHash<QString, ClientInfo> m_before; // by audience
+    QHash<QString, FetchedArchive> m_archives; // by address
     Findings m_findings;
     QVector<PlayersView::Started> m_started;
-    QHash<QString, ArchiveSize> m_archives;
+    QHash<QString, ArchiveSize> m_sizes; // by address
 };
 } // namespace
 
@@ -302,7 +308,7 @@ Findings findingsOfFetch(const Fetched &fetched, const Place &place, const QStri
 }
 
 DeepResult checkDeeply(const DocumentContent &content, const QString &base, const QString &code,
-                       Fetcher &fetcher)
+                       Fetcher &fetcher, const DocumentContent *previous)
 {
-    return DeepCheck(content, base, code, fetcher).all();
+    return DeepCheck(content, base, code, fetcher, previous).all();
 }

@@ -24,9 +24,10 @@ struct DeepResult {
 
 // Fetches what the document names and looks into it: logos beside the document (base ends in a
 // slash), the pictures that are shown, and the archives. code unlocks the archives whose entries it
-// shows.
+// shows. previous is the document that players have seen before, or null: archives are compared
+// with those that it names, where these can still be had.
 DeepResult checkDeeply(const DocumentContent &content, const QString &base, const QString &code,
-                       Fetcher &fetcher);
+                       Fetcher &fetcher, const DocumentContent *previous = nullptr);
 
 // What there is to say of a fetch that did not bring what was wanted; what names it for the reader.
 Findings findingsOfFetch(const Fetched &fetched, const Place &place, const QString &what,

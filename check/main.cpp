@@ -68,6 +68,18 @@ QByteArray fetchDocument(const QUrl &url, Fetcher &fetcher, Findings &findings)
     findings << findingsOfFetch(fetcher.fetch(url, body, Fetcher::smallThings), {}, what, url);
     return body.data();
 }
+
+// What players have now is the live document. Nothing when that cannot be had whole.
+std::optional<QByteArray> previousDocument(const QString &previous, Fetcher &fetcher)
+{
+    if (!isAddress(previous)) {
+        return Input::contentOf(previous);
+    }
+    QBuffer body;
+    body.open(QIODevice::WriteOnly);
+    const Fetched fetched = fetcher.fetch(QUrl(previous), body, Fetcher::smallThings);
+    return fetched.arrived ? std::make_optional(body.data()) : std::nullopt;
+}
 } // namespace
 
 int main(int argc, char *argv[])
@@ -112,7 +124,7 @@ int main(int argc, char *argv[])
 
     std::optional<DocumentContent> previous;
     if (!line.previous.isEmpty()) {
-        const std::optional<QByteArray> bytes = Input::contentOf(line.previous);
+        const std::optional<QByteArray> bytes = previousDocument(line.previous, fetcher);
         if (!bytes) {
             return wrongUse(line.previous + QStringLiteral(" cannot be read."));
         }
@@ -129,7 +141,8 @@ int main(int argc, char *argv[])
         checkTestersCode(content, line.code, findings);
     }
     if (line.deep && arrived) {
-        const DeepResult deep = checkDeeply(content, base, line.code, fetcher);
+        const DeepResult deep =
+            checkDeeply(content, base, line.code, fetcher, previous ? &*previous : nullptr);
         findings << (namesBase ? deep.findings : withAssumedBase(deep.findings, base));
         report.view.started = deep.started;
         report.archives = deep.archives;

@@ -4,8 +4,6 @@
 
 namespace
 {
-constexpr int designWidth = 974;
-
 QString withClientButtonSize(const QString &sheet)
 {
     return sheet.arg(ServerPanel::clientButtonSize.width())
@@ -34,6 +32,11 @@ QSize ServerPanel::logoSize(int columns)
     const int width = static_cast<int>(columnWidth * 0.9);
     constexpr float heightPerWidth = 0.46875F; // 150 / 320
     return {width, static_cast<int>(static_cast<float>(width) * heightPerWidth)};
+}
+
+bool ServerPanel::fitSideBySide(int columns)
+{
+    return columns <= mostSideBySide;
 }
 
 int ServerPanel::columnHeight(QSize logo)

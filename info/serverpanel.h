@@ -9,6 +9,7 @@
 namespace ServerPanel
 {
 constexpr QSize clientButtonSize(196, 81);
+constexpr int designWidth = 974;
 
 // Ascending by UTF-16 code units; a server named exactly "Beta" goes last.
 QStringList orderedNames(QStringList names);
@@ -18,6 +19,10 @@ QStringList shownNames(const QStringList &names);
 
 // Size of a logo when the panel has this many columns.
 QSize logoSize(int columns);
+
+// As many columns as the window is wide enough for. With more, buttons are cut or overlap.
+constexpr int mostSideBySide = designWidth / clientButtonSize.width();
+bool fitSideBySide(int columns);
 
 // Height of a column with a logo of this size and two client buttons under it.
 int columnHeight(QSize logo);

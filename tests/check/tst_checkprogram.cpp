@@ -89,6 +89,7 @@ private slots:
     void jsonOutput();
     void exitCodes_data();
     void exitCodes();
+    void previousFromTheNetwork();
     void wrongUse_data();
     void wrongUse();
     void helpIsNoWrongUse();
@@ -252,6 +253,28 @@ void TestCheckProgram::exitCodes()
                              QStringLiteral("https://files.example/1.zip"))}));
     const Run run = check(arguments + QStringList{documentName});
     QCOMPARE(run.exitCode, exitCode);
+}
+
+// What players have now is the live document.
+void TestCheckProgram::previousFromTheNetwork()
+{
+    const ScratchFolder folder;
+    HttpServer server;
+    const auto document = [](const char *version) {
+        return Documents::launcher({Documents::client(
+            QStringLiteral("S"), QStringLiteral("Official"), QLatin1String(version),
+            QStringLiteral("https://files.example/%1.zip").arg(QLatin1String(version)))});
+    };
+    ScratchFolder::write(documentName, document("1.0"));
+    server.serve(documentName, document("1.1"));
+    const QString live = server.url(documentName);
+    const Run run =
+        check({QStringLiteral("--json"), QStringLiteral("--previous"), live, documentName});
+    QCOMPARE(idsIn(run), QStringList{QStringLiteral("version-lower")});
+    const QString missing = server.url(QStringLiteral("missing.xml"));
+    const Run wrong = check({QStringLiteral("--previous"), missing, documentName});
+    QCOMPARE(wrong.exitCode, 64);
+    QVERIFY(wrong.error.contains(missing + QStringLiteral(" cannot be read.")));
 }
 
 void TestCheckProgram::wrongUse_data()
@@ -468,7 +491,7 @@ void TestCheckProgram::archiveThatDoesNotArrive()
 void TestCheckProgram::deepWithoutFault()
 {
     HttpServer server;
-    const QByteArray archive = Archives::zip({{QStringLiteral("game.exe"), "game"}});
+    const QByteArray archive = Archives::zip({{QStringLiteral("game.exe"), "#!game"}});
     server.serve(QStringLiteral("1.zip"), archive);
     server.serve(QStringLiteral("S.png"), Documents::png(4, 4, 0));
     server.serve(documentName, Documents::launcher({Documents::client(
@@ -565,7 +588,7 @@ void TestCheckProgram::startsNoOtherProgram()
     QSKIP("the search path is also where the program finds its libraries");
 #endif
     HttpServer server;
-    server.serve(QStringLiteral("1.zip"), Archives::zip({{QStringLiteral("game.exe"), "game"}}));
+    server.serve(QStringLiteral("1.zip"), Archives::zip({{QStringLiteral("game.exe"), "#!game"}}));
     server.serve(QStringLiteral("S.png"), Documents::png(4, 4, 0));
     server.serve(documentName, Documents::launcher({Documents::client(
                                    QStringLiteral("S"), QStringLiteral("Official"),
