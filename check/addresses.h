@@ -14,9 +14,16 @@ bool isOpenToOthers(const QUrl &url);
 // The finding about an address that is, found in this place; what names it for the reader.
 Finding openToOthers(const Place &place, const QString &what, const QUrl &url);
 
-// What there is to say of any address, and what players lose when it cannot be used.
-void checkAddress(const Place &place, const QString &what, const QUrl &url, const QString &loss,
-                  Findings &findings);
+// What there is to say of any address as it is written, and what players lose when it cannot be
+// used.
+void checkAddress(const Place &place, const QString &what, const QString &written,
+                  const QString &loss, Findings &findings);
+// The same of an address that may be left empty on purpose.
+void checkOptionalAddress(const Place &place, const QString &what, const QString &written,
+                          const QString &loss, Findings &findings);
+// Of one that is not fetched, but opened by the player's system, which knows other kinds as well.
+void checkPageAddress(const Place &place, const QString &what, const QString &written,
+                      Findings &findings);
 
 // Addresses that count as empty; what comes of that is another finding.
 void checkLongAddresses(const QVector<LongAddress> &addresses, Findings &findings);

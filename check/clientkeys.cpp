@@ -19,3 +19,13 @@ EntryCounts entryCountsOf(const QVector<ClientEntry> &clients)
     }
     return counts;
 }
+
+QHash<QString, ClientInfo> infosByAudience(const QVector<ClientEntry> &clients)
+{
+    QHash<QString, ClientInfo> infos;
+    infos.reserve(clients.size());
+    for (const ClientEntry &entry : clients) {
+        infos.insert(keyForAudience(entry), entry.info);
+    }
+    return infos;
+}

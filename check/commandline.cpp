@@ -1,16 +1,48 @@
 #include "check/commandline.h"
 
+#include "check/findingids.h"
+
 #include <QCommandLineParser>
+
+#include <algorithm>
+#include <iterator>
+
+namespace
+{
+QStringList idsIn(const QStringList &values)
+{
+    QStringList ids;
+    for (const QString &value : values) {
+        ids << value.split(QLatin1Char(','));
+    }
+    return ids;
+}
+
+QStringList unknownIds(const QStringList &ids)
+{
+    QStringList unknown;
+    std::copy_if(ids.begin(), ids.end(), std::back_inserter(unknown),
+                 [](const QString &id) { return !findingIds().contains(id); });
+    return unknown;
+}
+} // namespace
+
+QString programVersion()
+{
+    return QStringLiteral(EMBERWAKE_VERSION);
+}
 
 CommandLine parseCommandLine(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Reads a launcher document as the launcher does, and prints what players will see and what "
-        "will go wrong.\nEnds with 0 (clean), 1 (warnings), 2 (errors) or 64 (wrong use)."));
+        "will go wrong.\nEnds with 0 (clean), 1 (warnings), 2 (errors) or 64 (wrong use). Notes "
+        "count "
+        "for nothing."));
     parser.addPositionalArgument(QStringLiteral("document"),
-                                 QStringLiteral("The document: a file, or an http or https "
-                                                "address."));
+                                 QStringLiteral("The document: a file, an http or https address, "
+                                                "or \"-\" for the standard input."));
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                   QStringLiteral("This text."));
     const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Prints JSON."));
@@ -19,7 +51,8 @@ CommandLine parseCommandLine(const QStringList &arguments)
                                   QStringLiteral("CODE"));
     const QCommandLineOption previous(
         QStringLiteral("previous"),
-        QStringLiteral("The document that players have now: versions must not fall."),
+        QStringLiteral("The document that players have now, a file or an address: what becomes of "
+                       "what they have."),
         QStringLiteral("FILE"));
     const QCommandLineOption deep(
         QStringLiteral("deep"),
@@ -36,12 +69,29 @@ CommandLine parseCommandLine(const QStringList &arguments)
         QStringLiteral("timeout"),
         QStringLiteral("Gives a fetch up after so many seconds without a byte (30)."),
         QStringLiteral("SECONDS"), QStringLiteral("30"));
-    parser.addOptions({help, json, code, previous, deep, base, authority, timeout});
+    const QCommandLineOption ignore(
+        QStringLiteral("ignore"),
+        QStringLiteral("Does not tell findings of these ids, and does not count them. May be given "
+                       "more than once."),
+        QStringLiteral("ID[,ID]"));
+    const QCommandLineOption failOn(
+        QStringLiteral("fail-on"),
+        QStringLiteral("Ends with 0 unless there is something of this severity or a greater one: "
+                       "error or warning (warning)."),
+        QStringLiteral("SEVERITY"), QStringLiteral("warning"));
+    const QCommandLineOption version(QStringLiteral("version"),
+                                     QStringLiteral("The version of this program."));
+    parser.addOptions(
+        {help, json, code, previous, deep, base, authority, timeout, ignore, failOn, version});
 
     CommandLine line;
     const bool parsed = parser.parse(arguments);
     if (parser.isSet(help)) {
         line.help = parser.helpText();
+        return line;
+    }
+    if (parser.isSet(version)) {
+        line.help = QStringLiteral("emberwake-check ") + programVersion() + QLatin1Char('\n');
         return line;
     }
     bool isNumber = false;
@@ -52,12 +102,21 @@ CommandLine parseCommandLine(const QStringList &arguments)
     line.previous = parser.value(previous);
     line.base = parser.value(base);
     line.authority = parser.value(authority);
+    line.ignored = idsIn(parser.values(ignore));
+    line.failOn =
+        parser.value(failOn) == severityName(Finding::Error) ? Finding::Error : Finding::Warning;
+    const QStringList unknown = unknownIds(line.ignored);
     if (!parsed) {
         line.wrong = parser.errorText();
     } else if (parser.positionalArguments().size() != 1) {
         line.wrong = QStringLiteral("Name one document.");
     } else if (!isNumber || line.timeout < 1 || line.timeout > 3600) {
         line.wrong = QStringLiteral("--timeout needs a number of seconds from 1 to 3600.");
+    } else if (!unknown.isEmpty()) {
+        line.wrong =
+            QStringLiteral("--ignore: there is no finding \"%1\".").arg(unknown.constFirst());
+    } else if (parser.value(failOn) != severityName(line.failOn)) {
+        line.wrong = QStringLiteral("--fail-on needs error or warning.");
     } else if (parser.isSet(base) && !line.base.endsWith(QLatin1Char('/'))) {
         line.wrong = QStringLiteral("--base needs an address that ends in a slash.");
     } else {

@@ -3,15 +3,18 @@
 #include "base/documentlimits.h"
 #include "check/addresses.h"
 #include "check/archive.h"
+#include "check/clientkeys.h"
 #include "check/fetch.h"
+#include "check/members.h"
+#include "check/pictures.h"
+#include "check/programs.h"
 #include "fetch/picturesize.h"
 #include "info/serverpanel.h"
-#include "install/executables.h"
 
 #include <QBuffer>
 #include <QFile>
 #include <QHash>
-#include <QImage>
+#include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
 
@@ -23,27 +26,66 @@ namespace
 struct FetchedArchive {
     Fetched fetched;
     Archive archive;
+    bool isWebPage = false;
     QString damage; // without a password, or with the code
 };
+
+bool isWebPage(const QString &fileName)
+{
+    constexpr int enough = 512;
+    static const QRegularExpression beginning(
+        QStringLiteral(
+            "^(\\xEF\\xBB\\xBF)?\\s*(<!--.*?-->\\s*)*<(!doctype\\s+html|html|head|body)\\b"),
+        QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
+    QFile file(fileName);
+    return file.open(QIODevice::ReadOnly) &&
+           beginning.match(QString::fromLatin1(file.read(enough))).hasMatch();
+}
+
+// What to do about something that does not arrive.
+QString mendOf(const Fetched &fetched)
+{
+    switch (fetched.failure) {
+    case Fetched::CutShort:
+        return QStringLiteral(
+            "compare the file on the server with yours and upload it again; if it "
+            "is whole, the server says a wrong Content-Length, or a limit of time "
+            "or size on the way ends the transfer");
+    case Fetched::Silent:
+        return QStringLiteral("see whether the server is overloaded, or give it longer with "
+                              "--timeout");
+    case Fetched::TooMuch:
+        return QStringLiteral("publish a smaller file");
+    case Fetched::Forbidden:
+        return QStringLiteral("let everybody read the file: the launcher has no password");
+    case Fetched::ServerFault:
+        return QStringLiteral("look into the server's log of errors");
+    case Fetched::Other:
+        break;
+    }
+    return QStringLiteral("publish the file, or mend the address");
+}
 
 class DeepCheck
 {
 public:
-    DeepCheck(const DocumentContent &content, QString base, QString code, Fetcher &fetcher)
+    DeepCheck(const DocumentContent &content, QString base, QString code, Fetcher &fetcher,
+              const DocumentContent *previous)
         : m_content(content)
         , m_base(std::move(base))
         , m_code(std::move(code))
         , m_fetcher(fetcher)
+        , m_before(previous == nullptr ? QHash<QString, ClientInfo>()
+                                       : infosByAudience(previous->clients))
     {
     }
 
     DeepResult all()
     {
         checkLogos();
-        checkPictures(m_content.slides, DocumentLimits::slides);
-        checkPictures(m_content.tiles, DocumentLimits::tiles);
+        checkPictures();
         checkArchives();
-        return {m_findings, m_started};
+        return {m_findings, m_started, m_sizes};
     }
 
 private:
@@ -55,23 +97,33 @@ private:
             if (!servers.contains(server)) {
                 servers.insert(server);
                 checkPicture(entry.place, QStringLiteral("logo"),
-                             QUrl(m_base + ServerPanel::logoFileName(server)));
+                             QUrl(m_base + ServerPanel::logoFileName(server)), shownSizeOfLogo());
             }
         }
     }
 
-    void checkPictures(const QVector<NewsItem> &items, int room)
+    void checkPictures()
     {
-        for (const NewsItem &item : items) {
-            const QUrl url(item.shown.imageUrl);
-            // An address that is none has been told already.
-            if (item.index < room && isUsableAddress(url)) {
-                checkPicture(item.place, QStringLiteral("picture"), url);
-            }
+        const QVector<NewsItem> slides = m_content.slides.mid(0, DocumentLimits::slides);
+        for (const NewsItem &slide : slides) {
+            checkNewsPicture(slide, shownSizeOfSlide());
+        }
+        const QVector<NewsItem> tiles = m_content.tiles.mid(0, DocumentLimits::tiles);
+        for (const NewsItem &tile : tiles) {
+            checkNewsPicture(tile, shownSizeOfTile(tile.index));
         }
     }
 
-    void checkPicture(const Place &place, const QString &what, const QUrl &url)
+    void checkNewsPicture(const NewsItem &item, const QSize &shown)
+    {
+        const QUrl url(item.shown.imageUrl);
+        // An address that is none has been told already.
+        if (isUsableAddress(url)) {
+            checkPicture(item.place, QStringLiteral("picture"), url, shown);
+        }
+    }
+
+    void checkPicture(const Place &place, const QString &what, const QUrl &url, const QSize &shown)
     {
         QBuffer body;
         body.open(QIODevice::WriteOnly);
@@ -80,37 +132,45 @@ private:
         if (!fetched.arrived) {
             return;
         }
-        if (!isPictureOfReasonableSize(body.data())) {
-            m_findings << errorAt(
-                place, "picture-too-large",
-                QStringLiteral("the %1 %2 is too large or takes too long to decode: players see an "
-                               "empty place")
-                    .arg(what, url.toString()),
-                QStringLiteral(
-                    "publish no more than %1 million pixels, saved anew by a common program")
-                    .arg(largestPicture / 1000000));
-        } else if (decodedPicture(body.data()).isNull()) {
-            m_findings << errorAt(
-                place, "not-a-picture",
-                QStringLiteral("the %1 %2 is no picture: players see an empty place")
-                    .arg(what, url.toString()),
-                QStringLiteral("publish a PNG or JPEG file"));
-        }
+        m_findings << findingsOfPicture(body.data(), shown, place,
+                                        QStringLiteral("the %1 %2").arg(what, url.toString()));
     }
 
     void checkArchives()
     {
-        QHash<QString, FetchedArchive> archives;
         for (const ClientEntry &entry : m_content.clients) {
             const QUrl url(entry.info.url);
             if (!isUsableAddress(url)) {
                 continue;
             }
-            auto known = archives.find(entry.info.url);
-            if (known == archives.end()) {
-                known = archives.insert(entry.info.url, fetchArchive(url));
+            const FetchedArchive known = archiveAt(url, entry.info.url);
+            checkArchive(entry, url, known);
+            compareWithEarlier(entry, known.archive);
+        }
+    }
+
+    FetchedArchive archiveAt(const QUrl &url, const QString &written)
+    {
+        auto known = m_archives.find(written);
+        if (known == m_archives.end()) {
+            known = m_archives.insert(written, fetchArchive(url));
+        }
+        return *known;
+    }
+
+    // The archive that the same players have now, where it is another one and can still be had.
+    void compareWithEarlier(const ClientEntry &entry, const Archive &archive)
+    {
+        const auto old = m_before.constFind(keyForAudience(entry));
+        if (old == m_before.cend() || old->url == entry.info.url || !archive.opens) {
+            return;
+        }
+        const QUrl url(old->url);
+        if (isUsableAddress(url)) {
+            const Archive earlier = archiveAt(url, old->url).archive;
+            if (earlier.opens) {
+                compareArchives(entry, archive, *old, earlier, m_findings);
             }
-            checkArchive(entry, url, *known);
         }
     }
 
@@ -129,10 +189,12 @@ private:
         result.fetched = m_fetcher.fetch(url, file, Fetcher::archives);
         file.close();
         if (result.fetched.arrived) {
+            result.isWebPage = isWebPage(file.fileName());
             result.archive = openArchive(file.fileName());
             const bool locked = result.archive.encryptedFiles > 0;
             if (result.archive.opens && (!locked || !m_code.isEmpty())) {
-                result.damage = testArchive(file.fileName(), locked ? m_code : QString());
+                result.damage =
+                    testArchive(file.fileName(), locked ? m_code : QString(), result.archive);
             }
         }
         return result;
@@ -146,6 +208,13 @@ private:
             return;
         }
         const QString named = QStringLiteral("the archive ") + url.toString();
+        if (known.isWebPage) {
+            m_findings << errorAt(entry.place, "archive-broken",
+                                  named + QStringLiteral(" is a web page: the download fails"),
+                                  QStringLiteral("name the address of the file itself, not that "
+                                                 "of a page about it or behind a login"));
+            return;
+        }
         if (!known.fetched.sizeStated) {
             m_findings << warningAt(
                 entry.place, "no-size",
@@ -155,8 +224,10 @@ private:
                                "way"));
         }
         if (known.archive.opens) {
+            m_sizes.insert(url.toString(), {known.archive.files, known.archive.unpackedSize});
             checkContent(entry, named, known);
-            checkPrograms(entry, named, known.archive);
+            m_started << checkPrograms(entry, named, known.archive, m_findings);
+            checkMembers(entry, named, known.archive, m_findings);
         } else if (known.archive.refused) {
             m_findings << errorAt(entry.place, "archive-refused",
                                   named + QStringLiteral(" is refused by the extractor: ") +
@@ -200,38 +271,15 @@ private:
         }
     }
 
-    void checkPrograms(const ClientEntry &entry, const QString &named, const Archive &archive)
-    {
-        PlayersView::Started started{entry.info.server, entry.info.client, entry.info.version, {}};
-        const QStringList filters = Executables::filters(entry.info.client);
-        for (const QString &filter : filters) {
-            QString first = Executables::firstOf(archive.top, filter);
-            if (first.isEmpty()) {
-                m_findings << errorAt(
-                    entry.place, "archive-without-executable",
-                    QStringLiteral("at the top of %1 there is no %2: Play starts nothing")
-                        .arg(named, filter),
-                    QStringLiteral("pack the program itself, not a folder around it"));
-            } else if (archive.topFolders.contains(first)) {
-                m_findings << errorAt(
-                    entry.place, "archive-without-executable",
-                    QStringLiteral("the first %1 at the top of %2 is the folder %3: Play opens "
-                                   "that")
-                        .arg(filter, named, first),
-                    QStringLiteral("give the folder another name"));
-                first.clear();
-            }
-            started.programs << first;
-        }
-        m_started << started;
-    }
-
     const DocumentContent &m_content;
     const QString m_base;
     const QString m_code;
     Fetcher &m_fetcher;
+    const QHash<QString, ClientInfo> m_before; // by audience
+    QHash<QString, FetchedArchive> m_archives; // by address
     Findings m_findings;
     QVector<PlayersView::Started> m_started;
+    QHash<QString, ArchiveSize> m_sizes; // by address
 };
 } // namespace
 
@@ -254,13 +302,13 @@ Findings findingsOfFetch(const Fetched &fetched, const Place &place, const QStri
     if (!fetched.arrived) {
         return {errorAt(place, "unreachable",
                         named + QStringLiteral("does not arrive: ") + fetched.error,
-                        QStringLiteral("publish the file, or mend the address"))};
+                        mendOf(fetched))};
     }
     return {};
 }
 
 DeepResult checkDeeply(const DocumentContent &content, const QString &base, const QString &code,
-                       Fetcher &fetcher)
+                       Fetcher &fetcher, const DocumentContent *previous)
 {
-    return DeepCheck(content, base, code, fetcher).all();
+    return DeepCheck(content, base, code, fetcher, previous).all();
 }

@@ -21,6 +21,7 @@ public:
     void elementWritten(const DocumentElement &element) override
     {
         m_element = element;
+        m_content.elements << element;
         const QString &name = element.name;
         if (name != QLatin1String("launcher") && name != QLatin1String("client") &&
             name != QLatin1String("homenews") && name != QLatin1String("news")) {
@@ -109,6 +110,7 @@ std::optional<Place> firstBadByte(const QByteArray &body, const QString &text)
 DocumentContent readContent(const QByteArray &body, const QString &code)
 {
     DocumentContent content;
+    content.code = code;
     content.text = decodeLauncherDocument(body);
     content.cutByNul = body.contains('\0');
     content.firstBadByte = firstBadByte(body, content.text);

@@ -43,6 +43,7 @@ struct LongAddress {
 
 struct DocumentContent {
     QString text;
+    QString code; // that it was read with
     bool cutByNul = false;
     std::optional<Place> firstBadByte; // of what is not UTF-8
 
@@ -50,6 +51,7 @@ struct DocumentContent {
     QVector<ClientEntry> clients;
     QVector<NewsItem> slides;
     QVector<NewsItem> tiles;
+    QVector<DocumentElement> elements;  // all that are read
     QVector<DocumentElement> strangers; // elements that the launcher does not know
 
     QVector<LongAddress> longAddresses;

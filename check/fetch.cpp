@@ -3,6 +3,7 @@
 #include "check/terminal.h"
 #include "fetch/replybody.h"
 
+#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QIODevice>
 #include <QNetworkReply>
@@ -35,6 +36,23 @@ QString takeBytes(ReplyBody &body, QIODevice &to, qint64 &taken, qint64 limit)
         }
     }
 }
+// With a length or without one.
+bool isCutShort(const QNetworkReply &reply, const ReplyBody &body)
+{
+    return reply.error() == QNetworkReply::NoError
+               ? body.isCutShort()
+               : reply.error() == QNetworkReply::RemoteHostClosedError &&
+                     reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() < 400 &&
+                     reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
+}
+
+Fetched::Failure failureOf(int status)
+{
+    if (status == 401 || status == 403 || status == 407) {
+        return Fetched::Forbidden;
+    }
+    return status >= 500 ? Fetched::ServerFault : Fetched::Other;
+}
 } // namespace
 
 Fetcher::Fetcher(int secondsOfSilence)
@@ -45,6 +63,8 @@ Fetcher::Fetcher(int secondsOfSilence)
 
 Fetched Fetcher::fetch(const QUrl &url, QIODevice &to, Limits limits)
 {
+    QElapsedTimer time;
+    time.start();
     QNetworkReply *reply = m_network.get(QNetworkRequest(url));
     reply->setReadBufferSize(NetworkAccess::receiveBufferSize);
     ReplyBody body(reply);
@@ -85,15 +105,20 @@ Fetched Fetcher::fetch(const QUrl &url, QIODevice &to, Limits limits)
     result.sizeStated = reply->header(QNetworkRequest::ContentLengthHeader).isValid();
     if (!givenUp.isEmpty()) {
         result.error = givenUp;
-    } else if (reply->error() == QNetworkReply::NoError && body.isCutShort()) {
+        result.failure = Fetched::TooMuch;
+    } else if (isCutShort(*reply, body)) {
         result.error = QStringLiteral("the server closed before the end");
+        result.failure = Fetched::CutShort;
     } else if (reply->error() == QNetworkReply::OperationCanceledError) {
         result.error = QStringLiteral("nothing came for %1 seconds").arg(m_secondsOfSilence);
+        result.failure = Fetched::Silent;
     } else if (reply->error() != QNetworkReply::NoError) {
         result.error = status >= 400 ? QStringLiteral("the server answers %1").arg(status)
                                      : reply->errorString();
+        result.failure = failureOf(status);
     }
     result.arrived = result.error.isEmpty() && !result.redirected;
     delete reply;
+    m_transfers << Transfer{url, taken, time.elapsed(), result.arrived};
     return result;
 }

@@ -5,6 +5,7 @@
 
 #include <QString>
 #include <QUrl>
+#include <QVector>
 
 class QIODevice;
 
@@ -15,7 +16,16 @@ struct Fetched {
     bool distrusted = false; // the server's certificate is no good
     bool sizeStated = false;
     QString target;
-    QString error; // why it did not arrive
+    QString error; // why it did not arrive, and of which kind that is
+    enum Failure { Other, CutShort, Silent, TooMuch, Forbidden, ServerFault } failure = Other;
+};
+
+// What one fetch took.
+struct Transfer {
+    QUrl url;
+    qint64 bytes = 0; // that were taken
+    qint64 milliseconds = 0;
+    bool arrived = false;
 };
 
 // Fetches one resource after the other. Never waits for ever: not for a silent server, and not for
@@ -38,7 +48,11 @@ public:
     // arrives, too, as it does in the launcher.
     Fetched fetch(const QUrl &url, QIODevice &to, Limits limits);
 
+    // All so far, in their order.
+    const QVector<Transfer> &transfers() const { return m_transfers; }
+
 private:
     NetworkAccess m_network;
     int m_secondsOfSilence;
+    QVector<Transfer> m_transfers;
 };

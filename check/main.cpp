@@ -7,13 +7,17 @@
 #include "check/deepcheck.h"
 #include "check/documentcontent.h"
 #include "check/fetch.h"
+#include "check/input.h"
+#include "check/json.h"
 #include "check/output.h"
 #include "check/playersview.h"
+#include "check/report.h"
 #include "check/rules.h"
+#include "check/terminal.h"
+#include "check/testerscode.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
-#include <QFile>
 #include <QSslConfiguration>
 
 #include <optional>
@@ -26,42 +30,55 @@ int wrongUse(const QString &why)
     return ExitCode::wrongUse;
 }
 
-std::optional<QByteArray> contentOf(const QString &fileName)
-{
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return std::nullopt;
-    }
-    return file.readAll();
-}
-
 bool isAddress(const QString &document)
 {
     return document.startsWith(QLatin1String("https://")) ||
            document.startsWith(QLatin1String("http://"));
 }
 
+// Of a file nobody knows beside what it will lie: says so where a logo was looked for.
+Findings withAssumedBase(Findings findings, const QString &base)
+{
+    for (Finding &finding : findings) {
+        if (finding.text.startsWith(QStringLiteral("the logo ") + base)) {
+            finding.mend += QStringLiteral("; without --base logos are looked for at %1, the "
+                                           "address built into the launcher")
+                                .arg(base);
+        }
+    }
+    return findings;
+}
+
 bool trust(const QString &fileName)
 {
     const QList<QSslCertificate> authorities =
-        QSslCertificate::fromData(contentOf(fileName).value_or(QByteArray()));
+        QSslCertificate::fromData(Input::contentOf(fileName).value_or(QByteArray()));
     QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
     configuration.addCaCertificates(authorities);
     QSslConfiguration::setDefaultConfiguration(configuration);
     return !authorities.isEmpty();
 }
 
-// Fetched as the launcher does: whatever body comes is the document.
+// Fetched as the launcher does, which takes whatever body comes for the document.
 QByteArray fetchDocument(const QUrl &url, Fetcher &fetcher, Findings &findings)
 {
     const QString what = QStringLiteral("document");
     QBuffer body;
     body.open(QIODevice::WriteOnly);
     findings << findingsOfFetch(fetcher.fetch(url, body, Fetcher::smallThings), {}, what, url);
-    if (isOpenToOthers(url)) {
-        findings << openToOthers({}, QStringLiteral("the document's address"), url);
-    }
     return body.data();
+}
+
+// What players have now is the live document. Nothing when that cannot be had whole.
+std::optional<QByteArray> previousDocument(const QString &previous, Fetcher &fetcher)
+{
+    if (!isAddress(previous)) {
+        return Input::contentOf(previous);
+    }
+    QBuffer body;
+    body.open(QIODevice::WriteOnly);
+    const Fetched fetched = fetcher.fetch(QUrl(previous), body, Fetcher::smallThings);
+    return fetched.arrived ? std::make_optional(body.data()) : std::nullopt;
 }
 } // namespace
 
@@ -84,40 +101,58 @@ int main(int argc, char *argv[])
     Findings findings;
     QString base = BuildSettings::baseUrl();
     std::optional<QByteArray> body;
+    bool arrived = true;
     if (isAddress(line.document)) {
         const QUrl url(line.document);
         base = url.adjusted(QUrl::RemoveFilename | QUrl::RemoveQuery | QUrl::RemoveFragment)
                    .toString();
         body = fetchDocument(url, fetcher, findings);
+        arrived = findings.isEmpty();
+        if (isOpenToOthers(url)) {
+            findings << openToOthers({}, QStringLiteral("the document's address"), url);
+        }
     } else {
-        body = contentOf(line.document);
+        body = Input::contentOf(line.document);
     }
     if (!body) {
         return wrongUse(line.document + QStringLiteral(" cannot be read."));
     }
+    const bool namesBase = !line.base.isEmpty() || isAddress(line.document);
     if (!line.base.isEmpty()) {
         base = line.base;
     }
 
     std::optional<DocumentContent> previous;
     if (!line.previous.isEmpty()) {
-        const std::optional<QByteArray> bytes = contentOf(line.previous);
+        const std::optional<QByteArray> bytes = previousDocument(line.previous, fetcher);
         if (!bytes) {
             return wrongUse(line.previous + QStringLiteral(" cannot be read."));
         }
         previous = readContent(*bytes, line.code);
     }
 
+    Report report;
+    report.asked = line;
     const DocumentContent content = readContent(*body, line.code);
-    findings << findingsOf(content, previous ? &*previous : nullptr);
-    PlayersView view = playersViewOf(content);
-    if (line.deep) {
-        const DeepResult deep = checkDeeply(content, base, line.code, fetcher);
-        findings << deep.findings;
-        view.started = deep.started;
+    report.view = playersViewOf(content);
+    // Of the page that says so there is nothing to mend.
+    if (arrived) {
+        findings << findingsOf(content, previous ? &*previous : nullptr);
+        checkTestersCode(content, line.code, findings);
     }
-    findings = sortedByPlace(findings);
-    Console::out(line.json ? QString::fromUtf8(jsonOutput(view, findings))
-                           : textOutput(line.document, view, findings));
-    return exitCodeOf(findings);
+    if (line.deep && arrived) {
+        const DeepResult deep =
+            checkDeeply(content, base, line.code, fetcher, previous ? &*previous : nullptr);
+        findings << (namesBase ? deep.findings : withAssumedBase(deep.findings, base));
+        report.view.started = deep.started;
+        report.archives = deep.archives;
+    }
+    report.transfers = fetcher.transfers();
+    report.findings = withoutIds(sortedByPlace(findings), line.ignored);
+    report.ignored = findings.size() - report.findings.size();
+    report.exitCode = exitCodeOf(report.findings, line.failOn);
+    Console::out(line.json ? QString::fromUtf8(jsonOutput(report))
+                           : textOutput(report, Terminal::showsColours() ? Colours::Terminal
+                                                                         : Colours::None));
+    return report.exitCode;
 }

@@ -17,15 +17,27 @@ struct NewsKind {
     bool losesLetters; // on the way of slides through Latin-1
 };
 
+// Whether letters are lost on the way. Those that are written as the bytes of UTF-8 are not: there
+// is no other way to get an accent into a slide.
+bool isDamaged(const QString &arrived, const QString &written)
+{
+    const auto marks = [](const QString &text) {
+        return text.count(QLatin1Char('?')) + text.count(QChar(QChar::ReplacementCharacter));
+    };
+    return marks(arrived) != marks(written);
+}
+
 void checkText(const NewsItem &item, const QString &attribute, const QString &written,
                bool losesLetters, Findings &findings)
 {
-    if (losesLetters && throughLatin1(written) != written) {
+    if (losesLetters && isDamaged(throughLatin1(written), written)) {
         findings << errorAt(item.place, "latin1-damage",
                             QStringLiteral("players see the %1 %2 as %3")
                                 .arg(attribute, quoted(written),
                                      quoted(withoutLeadingQuestionMark(throughLatin1(written)))),
-                            QStringLiteral("use plain ASCII letters in the texts of slides"));
+                            QStringLiteral("use plain ASCII letters in the texts of slides, or "
+                                           "write each accented letter as the two of its UTF-8 "
+                                           "bytes, as in \"Caf&#xC3;&#xA9;\""));
     } else if (withoutLeadingQuestionMark(written) != written) {
         findings << warningAt(
             item.place, "leading-question-mark",
@@ -71,10 +83,9 @@ void checkItem(const NewsItem &item, const NewsKind &kind, Findings &findings)
     checkText(item, QStringLiteral("description"), item.description, kind.losesLetters, findings);
     checkShownText(item, QStringLiteral("title"), item.shown.title, findings);
     checkShownText(item, QStringLiteral("description"), item.shown.description, findings);
-    checkAddress(item.place, QStringLiteral("imageUrl"), QUrl(item.shown.imageUrl),
-                 QStringLiteral("there is no picture"), findings);
-    checkAddress(item.place, QStringLiteral("clickUrl"), QUrl(item.shown.clickUrl),
-                 QStringLiteral("a click opens nothing"), findings);
+    checkOptionalAddress(item.place, QStringLiteral("imageUrl"), item.shown.imageUrl,
+                         QStringLiteral("there is no picture"), findings);
+    checkPageAddress(item.place, QStringLiteral("clickUrl"), item.shown.clickUrl, findings);
 }
 } // namespace
 

@@ -1,21 +1,16 @@
 #include "check/output.h"
 
 #include "base/documentlimits.h"
+#include "check/input.h"
+#include "check/report.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QRegularExpression>
 #include <QTextStream>
 
 #include <algorithm>
-#include <iterator>
 
 namespace
 {
-const char *const tilePlaces[] = {"big", "medium 1", "medium 2", "small 1", "small 2", "small 3"};
-static_assert(std::size(tilePlaces) == DocumentLimits::tiles, "every tile needs its place's name");
-
 // One line, without characters that would do something to a terminal.
 QString printable(QString text)
 {
@@ -25,16 +20,6 @@ QString printable(QString text)
         }
     }
     return text;
-}
-
-QString severityWord(const Finding &finding)
-{
-    return finding.severity == Finding::Error ? QStringLiteral("error") : QStringLiteral("warning");
-}
-
-QString tilePlace(int index)
-{
-    return QLatin1String(tilePlaces[index]);
 }
 
 QString buttonsText(const PlayersView::Column &column)
@@ -49,6 +34,16 @@ QString buttonsText(const PlayersView::Column &column)
                                                     : QStringLiteral("(selects nothing)"));
     }
     return buttons.join(QStringLiteral("  "));
+}
+
+void writeNews(QTextStream &out, const QString &place, const NewsItem &item, bool isThere)
+{
+    out << "    " << place << "  "
+        << (isThere ? printable(item.shown.title) : QStringLiteral("(empty)")) << '\n';
+    if (isThere && !item.shown.description.isEmpty()) {
+        out << QString(6 + place.size(), QLatin1Char(' ')) << printable(item.shown.description)
+            << '\n';
+    }
 }
 
 void writePlayersView(QTextStream &out, const PlayersView &view)
@@ -73,13 +68,99 @@ void writePlayersView(QTextStream &out, const PlayersView &view)
         }
     }
     out << "  Slides:\n";
-    for (const NewsItem &slide : view.slides) {
-        out << "    " << slide.index + 1 << "  " << printable(slide.shown.title) << '\n';
+    for (int i = 0; i < DocumentLimits::slides; ++i) {
+        writeNews(out, QString::number(i + 1), view.slides.value(i), i < view.slides.size());
     }
     out << "  Tiles:\n";
-    for (const NewsItem &tile : view.tiles) {
-        out << "    " << tilePlace(tile.index) << "  " << printable(tile.shown.title) << '\n';
+    for (int i = 0; i < DocumentLimits::tiles; ++i) {
+        writeNews(out, tilePlace(i), view.tiles.value(i), i < view.tiles.size());
     }
+}
+
+QString counted(qsizetype count, const char *thing)
+{
+    return QStringLiteral("%1 %2%3").arg(count).arg(QLatin1String(thing),
+                                                    count == 1 ? QString() : QStringLiteral("s"));
+}
+
+QString sizeText(qint64 bytes)
+{
+    constexpr double step = 1024;
+    double size = double(bytes);
+    QString unit = QStringLiteral("bytes");
+    for (const char *larger : {"KiB", "MiB", "GiB"}) {
+        if (size < step) {
+            break;
+        }
+        size /= step;
+        unit = QLatin1String(larger);
+    }
+    return QStringLiteral("%1 %2").arg(size, 0, 'f', bytes < qint64(step) ? 0 : 1).arg(unit);
+}
+
+QString timeText(qint64 milliseconds)
+{
+    return QStringLiteral("%1 s").arg(double(milliseconds) / 1000, 0, 'f', 1);
+}
+
+// While an archive is unpacked, it lies beside what comes of it.
+qint64 roomFor(const Transfer &transfer, const ArchiveSize &archive)
+{
+    return transfer.bytes + archive.unpacked;
+}
+
+void writeFetched(QTextStream &out, const Report &report)
+{
+    out << "  Fetched:\n";
+    for (const Transfer &transfer : report.transfers) {
+        const QString url = transfer.url.toString();
+        out << "    " << printable(url) << "  "
+            << (transfer.arrived ? sizeText(transfer.bytes) : QStringLiteral("(did not arrive)"))
+            << " in " << timeText(transfer.milliseconds);
+        const auto archive = report.archives.constFind(url);
+        if (archive != report.archives.cend()) {
+            out << ", unpacks to " << counted(archive->files, "file") << " of "
+                << sizeText(archive->unpacked) << ", needs "
+                << sizeText(roomFor(transfer, *archive)) << " of free space";
+        }
+        out << '\n';
+    }
+}
+
+void writeSummary(QTextStream &out, const Report &report)
+{
+    qint64 bytes = 0;
+    qint64 milliseconds = 0;
+    qint64 room = 0;
+    int arrived = 0;
+    for (const Transfer &transfer : report.transfers) {
+        bytes += transfer.bytes;
+        milliseconds += transfer.milliseconds;
+        arrived += transfer.arrived ? 1 : 0;
+        const auto archive = report.archives.constFind(transfer.url.toString());
+        if (archive != report.archives.cend()) {
+            room = std::max(room, roomFor(transfer, *archive));
+        }
+    }
+    out << "fetched " << arrived << " of " << counted(report.transfers.size(), "file") << ", "
+        << sizeText(bytes) << " in " << timeText(milliseconds);
+    if (room > 0) {
+        out << "; the largest client needs " << sizeText(room) << " of free space";
+    }
+    out << '\n';
+}
+
+// As compilers colour theirs.
+QString severityText(Finding::Severity severity, Colours colours)
+{
+    const QString name = severityName(severity);
+    if (colours == Colours::None) {
+        return name;
+    }
+    const QString colour = severity == Finding::Error     ? QStringLiteral("31")
+                           : severity == Finding::Warning ? QStringLiteral("35")
+                                                          : QStringLiteral("36");
+    return QStringLiteral("\x1b[1;%1m%2\x1b[0m").arg(colour, name);
 }
 
 void writeStarted(QTextStream &out, const PlayersView &view)
@@ -97,116 +178,45 @@ void writeStarted(QTextStream &out, const PlayersView &view)
     }
 }
 
-QString counted(qsizetype count, const char *thing)
+// Notes and what is ignored are told of only where there are any.
+QString countsText(const Report &report)
 {
-    return QStringLiteral("%1 %2%3").arg(count).arg(QLatin1String(thing),
-                                                    count == 1 ? QString() : QStringLiteral("s"));
+    const Findings &findings = report.findings;
+    const auto number = [&findings](Finding::Severity severity) {
+        return std::count_if(findings.begin(), findings.end(), [severity](const Finding &finding) {
+            return finding.severity == severity;
+        });
+    };
+    const QString text = counted(number(Finding::Error), "error") + QStringLiteral(", ") +
+                         counted(number(Finding::Warning), "warning");
+    const auto notes = number(Finding::Note);
+    const QString told = notes == 0 ? text : text + QStringLiteral(", ") + counted(notes, "note");
+    return report.ignored == 0 ? told : told + QStringLiteral(", %1 ignored").arg(report.ignored);
 }
 
-QJsonObject newsObject(const NewsItem &item)
-{
-    return {{QStringLiteral("title"), item.shown.title},
-            {QStringLiteral("description"), item.shown.description},
-            {QStringLiteral("imageUrl"), item.shown.imageUrl},
-            {QStringLiteral("clickUrl"), item.shown.clickUrl}};
-}
-
-QJsonObject serverObject(const PlayersView::Column &column)
-{
-    QJsonArray buttons;
-    if (column.buttons.official) {
-        buttons << QJsonObject{{QStringLiteral("client"), QStringLiteral("Official")},
-                               {QStringLiteral("version"), column.officialVersion},
-                               {QStringLiteral("selects"), true}};
-    }
-    if (column.buttons.beta) {
-        buttons << QJsonObject{{QStringLiteral("client"), QStringLiteral("Beta")},
-                               {QStringLiteral("version"), column.betaVersion},
-                               {QStringLiteral("selects"), column.buttons.betaSelects}};
-    }
-    return {{QStringLiteral("server"), column.server}, {QStringLiteral("buttons"), buttons}};
-}
-
-QJsonArray startedArray(const PlayersView &view)
-{
-    QJsonArray starts;
-    for (const PlayersView::Started &started : view.started) {
-        starts << QJsonObject{
-            {QStringLiteral("server"), started.server},
-            {QStringLiteral("client"), started.client},
-            {QStringLiteral("version"), started.version},
-            {QStringLiteral("programs"), QJsonArray::fromStringList(started.programs)}};
-    }
-    return starts;
-}
-
-QJsonObject playersObject(const PlayersView &view)
-{
-    QJsonArray servers;
-    for (const PlayersView::Column &column : view.columns) {
-        servers << serverObject(column);
-    }
-    QJsonArray hidden;
-    for (const ClientEntry &entry : view.hidden) {
-        hidden << QJsonObject{{QStringLiteral("server"), entry.info.server},
-                              {QStringLiteral("client"), entry.info.client},
-                              {QStringLiteral("version"), entry.info.version}};
-    }
-    QJsonArray slides;
-    for (const NewsItem &slide : view.slides) {
-        slides << newsObject(slide);
-    }
-    QJsonArray tiles;
-    for (const NewsItem &tile : view.tiles) {
-        QJsonObject object = newsObject(tile);
-        object.insert(QStringLiteral("place"), tilePlace(tile.index));
-        tiles << object;
-    }
-    QJsonObject players{{QStringLiteral("connected"), view.connected},
-                        {QStringLiteral("outdated"), view.outdated},
-                        {QStringLiteral("servers"), servers},
-                        {QStringLiteral("hidden"), hidden},
-                        {QStringLiteral("slides"), slides},
-                        {QStringLiteral("tiles"), tiles}};
-    if (!view.started.isEmpty()) {
-        players.insert(QStringLiteral("starts"), startedArray(view));
-    }
-    return players;
-}
 } // namespace
 
-QString textOutput(const QString &source, const PlayersView &view, const Findings &findings)
+QString textOutput(const Report &report, Colours colours)
 {
     QString text;
     QTextStream out(&text);
-    writePlayersView(out, view);
-    writeStarted(out, view);
+    writePlayersView(out, report.view);
+    if (report.asked.deep) {
+        writeFetched(out, report);
+    }
+    writeStarted(out, report.view);
     out << '\n';
-    for (const Finding &finding : findings) {
+    const QString source = report.asked.document == Input::standardInput()
+                               ? QStringLiteral("<stdin>")
+                               : printable(report.asked.document);
+    for (const Finding &finding : report.findings) {
         out << source << ':' << finding.line << ':' << finding.column << ": "
-            << severityWord(finding) << ": " << printable(finding.text) << " [" << finding.id
-            << "]\n    mend: " << printable(finding.mend) << '\n';
+            << severityText(finding.severity, colours) << ": " << printable(finding.text) << " ["
+            << finding.id << "]\n    mend: " << printable(finding.mend) << '\n';
     }
-    const auto errors = std::count_if(findings.begin(), findings.end(), [](const Finding &finding) {
-        return finding.severity == Finding::Error;
-    });
-    out << counted(errors, "error") << ", " << counted(findings.size() - errors, "warning") << '\n';
+    if (report.asked.deep) {
+        writeSummary(out, report);
+    }
+    out << countsText(report) << '\n';
     return text;
-}
-
-QByteArray jsonOutput(const PlayersView &view, const Findings &findings)
-{
-    QJsonArray list;
-    for (const Finding &finding : findings) {
-        list << QJsonObject{{QStringLiteral("line"), finding.line},
-                            {QStringLiteral("column"), finding.column},
-                            {QStringLiteral("severity"), severityWord(finding)},
-                            {QStringLiteral("id"), finding.id},
-                            {QStringLiteral("text"), finding.text},
-                            {QStringLiteral("mend"), finding.mend}};
-    }
-    return QJsonDocument(QJsonObject{{QStringLiteral("players"), playersObject(view)},
-                                     {QStringLiteral("findings"), list},
-                                     {QStringLiteral("exitCode"), exitCodeOf(findings)}})
-        .toJson();
 }

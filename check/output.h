@@ -1,12 +1,10 @@
 #pragma once
 
-#include "check/finding.h"
-#include "check/playersview.h"
-
-#include <QByteArray>
 #include <QString>
 
-// What the program prints. source names the document in front of every line and column.
-QString textOutput(const QString &source, const PlayersView &view, const Findings &findings);
-// {"players": {...}, "findings": [...], "exitCode": n}
-QByteArray jsonOutput(const PlayersView &view, const Findings &findings);
+struct Report;
+
+enum class Colours { None, Terminal };
+
+// What the program prints for people. Each finding has the document's name in front.
+QString textOutput(const Report &report, Colours colours);

@@ -3,6 +3,18 @@
 #include "base/documentlimits.h"
 
 #include <algorithm>
+#include <iterator>
+
+namespace
+{
+const char *const tilePlaces[] = {"big", "medium 1", "medium 2", "small 1", "small 2", "small 3"};
+static_assert(std::size(tilePlaces) == DocumentLimits::tiles, "every tile needs its place's name");
+} // namespace
+
+QString tilePlace(int index)
+{
+    return QLatin1String(tilePlaces[index]);
+}
 
 PlayersView playersViewOf(const DocumentContent &content)
 {

@@ -30,4 +30,7 @@ struct PlayersView {
     QVector<Started> started;
 };
 
+// What the place of the tile with this index is called.
+QString tilePlace(int index);
+
 PlayersView playersViewOf(const DocumentContent &content);

@@ -3,6 +3,9 @@
 #include "base/documentlimits.h"
 
 #include <QHash>
+#include <QRegularExpression>
+
+#include <algorithm>
 
 namespace
 {
@@ -24,6 +27,33 @@ QString lostThings(const DocumentContent &content)
 Place placeOf(const DocumentElement &element)
 {
     return {element.line, element.column};
+}
+
+bool hasAnyOf(const QXmlStreamAttributes &attributes, const QStringList &names)
+{
+    return std::any_of(attributes.begin(), attributes.end(),
+                       [&names](const QXmlStreamAttribute &attribute) {
+                           return names.contains(attribute.name().toString().toLower());
+                       });
+}
+
+// Whether a slip of the pen made it a stranger: it says what only an element of ours says, or has
+// nearly the name of one. Anything else hides nothing from players.
+bool isMeantForUs(const DocumentElement &element)
+{
+    static const QStringList onlyOurs{QStringLiteral("auth"), QStringLiteral("imageurl"),
+                                      QStringLiteral("clickurl")};
+    static const QStringList ours{QStringLiteral("version"), QStringLiteral("url"),
+                                  QStringLiteral("server"),  QStringLiteral("name"),
+                                  QStringLiteral("title"),   QStringLiteral("description")};
+    static const QRegularExpression nearly(
+        QStringLiteral("launcher|cl[ie]+nt|c[li]{2}ent|home[-_]?news?|^news?$"),
+        QRegularExpression::CaseInsensitiveOption);
+    const QXmlStreamAttributes &attributes = element.attributes;
+    const bool isClient = hasAnyOf(attributes, {QStringLiteral("version")}) &&
+                          hasAnyOf(attributes, {QStringLiteral("url")});
+    return isClient || hasAnyOf(attributes, onlyOurs) ||
+           (nearly.match(element.name).hasMatch() && hasAnyOf(attributes, ours));
 }
 
 Finding stopsBeingXml(const DocumentEnd &end)
@@ -51,7 +81,11 @@ Finding missesAttributes(const DocumentElement &broken, const QString &lost)
                                   "(%3)")
                        .arg(broken.name, missing.join(QStringLiteral(", ")),
                             lost.isEmpty() ? QStringLiteral("nothing else") : lost),
-                   QStringLiteral("add the attribute, empty if need be"));
+                   missing.contains(QStringLiteral("version")) ||
+                           missing.contains(QStringLiteral("url"))
+                       ? QStringLiteral("add it: a client needs a version above 0 and the address "
+                                        "of an archive")
+                       : QStringLiteral("add the attribute, empty if need be"));
 }
 
 Finding hasTooManyAttributes(const DocumentEnd &end)
@@ -143,16 +177,19 @@ void checkLaunchers(const DocumentContent &content, Findings &findings)
     }
 }
 
-// An element without attributes is taken for a container, which does no harm.
 void checkStrangers(const DocumentContent &content, Findings &findings)
 {
     for (const DocumentElement &element : content.strangers) {
-        if (!element.attributes.isEmpty()) {
+        const QString text =
+            QStringLiteral("the launcher does not know the element %1 and skips it")
+                .arg(quoted(element.name));
+        if (isMeantForUs(element)) {
             findings << warningAt(
-                placeOf(element), "unknown-element",
-                QStringLiteral("the launcher does not know the element %1 and skips it")
-                    .arg(quoted(element.name)),
+                placeOf(element), "unknown-element", text,
                 QStringLiteral("write launcher, client, homenews or news, in these letters"));
+        } else if (!element.attributes.isEmpty()) {
+            findings << noteAt(placeOf(element), "unknown-element", text,
+                               QStringLiteral("leave it as it is, if it is meant for others"));
         }
     }
 }

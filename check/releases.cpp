@@ -2,7 +2,7 @@
 
 #include "install/versionweight.h"
 
-#include <QRegularExpression>
+#include <QSet>
 
 namespace
 {
@@ -27,26 +27,119 @@ void checkStep(const ClientEntry &entry, const QString &before, Findings &findin
                               QStringLiteral("give the new build a greater version"));
     }
 }
-} // namespace
 
-void checkAuth(const ClientEntry &entry, Findings &findings)
+void checkArchive(const ClientEntry &entry, const ClientInfo &before, Findings &findings)
 {
-    static const QRegularExpression sha1(QStringLiteral("^[0-9A-Fa-f]{40}$"));
-    if (!entry.hasAuth) {
-        return;
-    }
-    if (!sha1.match(entry.info.auth).hasMatch()) {
-        findings << errorAt(entry.place, "auth-not-sha1",
-                            QStringLiteral("auth is no SHA-1 sum: no code shows the entry"),
-                            QStringLiteral("write the 40 hexadecimal digits that sha1sum prints "
-                                           "for the code, without a line end"));
-    } else if (entry.info.auth.toLower() == authCodeSum({})) {
-        findings << warningAt(entry.place, "auth-of-no-code",
-                              QStringLiteral("auth is the sum of an empty code: everybody without "
-                                             "a code sees the entry"),
-                              QStringLiteral("write the sum of the code, or leave auth out"));
+    const bool sameVersion = before.version == entry.info.version;
+    const bool sameArchive = before.url == entry.info.url;
+    if (sameVersion && !sameArchive) {
+        findings << warningAt(entry.place, "archive-exchanged",
+                              QStringLiteral("version %1 has another archive than before: whoever "
+                                             "has this version is offered no update")
+                                  .arg(quoted(entry.info.version)),
+                              QStringLiteral("give another build a greater version"));
+    } else if (!sameVersion && sameArchive) {
+        findings << warningAt(
+            entry.place, "archive-reused",
+            QStringLiteral("version %1 has the address of %2's archive: players may get the "
+                           "earlier one, which caches keep")
+                .arg(quoted(entry.info.version), quoted(before.version)),
+            QStringLiteral("upload each archive under a name of its own"));
     }
 }
+
+struct Names {
+    QSet<QString> servers;
+    QSet<QString> open;   // keys of what everybody sees
+    QSet<QString> closed; // keys of what has a code
+    QSet<QString> codes;  // keys with the code's sum
+};
+
+Names namesOf(const QVector<ClientEntry> &clients)
+{
+    Names names;
+    for (const ClientEntry &entry : clients) {
+        (entry.hasAuth ? names.closed : names.open) << keyOf(entry);
+        names.servers << entry.info.server;
+        names.codes << keyForAudience(entry);
+    }
+    return names;
+}
+
+QString newServers(const Names &now, const Names &before)
+{
+    QStringList names;
+    for (const QString &server : now.servers) {
+        if (!before.servers.contains(server)) {
+            names << quoted(server);
+        }
+    }
+    names.sort();
+    return names.isEmpty() ? QString()
+                           : QStringLiteral("; new is ") + names.join(QStringLiteral(", "));
+}
+
+// What everybody saw before. It has no place in the document any more.
+void checkGone(const ClientEntry &old, const Names &now, const Names &before, Findings &findings)
+{
+    const QString leftBehind =
+        QStringLiteral(": players choose anew and download all of it, and what they had stays on "
+                       "their disks");
+    if (!now.servers.contains(old.info.server)) {
+        findings << noteAt({}, "server-gone",
+                           QStringLiteral("server %1 is gone%2")
+                                   .arg(quoted(old.info.server), newServers(now, before)) +
+                               leftBehind,
+                           QStringLiteral("keep a server's name, unless it ends"));
+    } else if (!now.open.contains(keyOf(old))) {
+        const bool closed = now.closed.contains(keyOf(old));
+        findings << noteAt({}, "client-gone",
+                           QStringLiteral("client %1 of server %2 is ")
+                                   .arg(quoted(old.info.client), quoted(old.info.server)) +
+                               (closed ? QStringLiteral("shown to those with a code only")
+                                       : QStringLiteral("gone")) +
+                               leftBehind,
+                           QStringLiteral("keep the entry, unless that is meant"));
+    }
+}
+
+// Who of those that had a code sees the entry now.
+void checkAudience(const ClientEntry &entry, const Names &now, const Names &before,
+                   Findings &findings)
+{
+    const QString key = keyOf(entry);
+    if (!entry.hasAuth && before.closed.contains(key) && !before.open.contains(key)) {
+        findings << warningAt(entry.place, "opened-to-all",
+                              QStringLiteral("the entry had an auth before: now everybody sees it"),
+                              QStringLiteral("put the auth back, unless that is meant"));
+    }
+    if (entry.hasAuth && before.closed.contains(key) &&
+        !before.codes.contains(keyForAudience(entry)) && now.closed.contains(key)) {
+        findings << noteAt(entry.place, "code-changed",
+                           QStringLiteral("the entry had another auth before: whoever has "
+                                          "entered the earlier code does not see it any more"),
+                           QStringLiteral("tell testers the new code"));
+    }
+}
+
+void checkAudiences(const QVector<ClientEntry> &clients, const QVector<ClientEntry> &previous,
+                    Findings &findings)
+{
+    const Names now = namesOf(clients);
+    const Names before = namesOf(previous);
+    QSet<QString> told;
+    for (const ClientEntry &old : previous) {
+        const QString key = now.servers.contains(old.info.server) ? keyOf(old) : old.info.server;
+        if (!old.hasAuth && !told.contains(key)) {
+            told << key;
+            checkGone(old, now, before, findings);
+        }
+    }
+    for (const ClientEntry &entry : clients) {
+        checkAudience(entry, now, before, findings);
+    }
+}
+} // namespace
 
 // An entry is lost to everybody when a later one of the same server and kind is seen by all who
 // would see it. A later one behind another code is a tester's, and meant so.
@@ -77,15 +170,34 @@ void checkDuplicates(const QVector<ClientEntry> &clients, const EntryCounts &cou
 void checkPrevious(const QVector<ClientEntry> &clients, const QVector<ClientEntry> &previous,
                    Findings &findings)
 {
-    QHash<QString, const ClientEntry *> before;
-    before.reserve(previous.size());
-    for (const ClientEntry &entry : previous) {
-        before.insert(keyForAudience(entry), &entry);
-    }
+    const QHash<QString, ClientInfo> before = infosByAudience(previous);
     for (const ClientEntry &entry : clients) {
-        const ClientEntry *old = before.value(keyForAudience(entry));
-        if (old != nullptr && old->info.version != entry.info.version) {
-            checkStep(entry, old->info.version, findings);
+        const auto old = before.constFind(keyForAudience(entry));
+        if (old == before.cend()) {
+            continue;
+        }
+        if (old->version != entry.info.version) {
+            checkStep(entry, old->version, findings);
+        }
+        checkArchive(entry, *old, findings);
+    }
+    checkAudiences(clients, previous, findings);
+}
+
+void checkSharedArchives(const QVector<ClientEntry> &clients, Findings &findings)
+{
+    QHash<QString, const ClientEntry *> first;
+    for (const ClientEntry &entry : clients) {
+        const ClientEntry *&other = first[entry.info.url];
+        if (other == nullptr) {
+            other = &entry;
+        } else if (other->info.version != entry.info.version && !entry.info.url.isEmpty()) {
+            findings << warningAt(entry.place, "archive-reused",
+                                  QStringLiteral("version %1 has the archive of version %2 in line "
+                                                 "%3: players get the same under both names")
+                                      .arg(quoted(entry.info.version), quoted(other->info.version))
+                                      .arg(other->place.line),
+                                  QStringLiteral("name the archive of each version"));
         }
     }
 }

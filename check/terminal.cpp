@@ -8,6 +8,7 @@
 
 #ifdef Q_OS_WIN
 #include <io.h>
+#include <windows.h>
 #else
 #include <unistd.h>
 #endif
@@ -17,14 +18,33 @@ namespace
 constexpr int lineWidth = 78;
 constexpr qint64 mebibyte = 1024 * 1024;
 
-bool isWatched()
+bool isTerminal(std::FILE *stream)
 {
 #ifdef Q_OS_WIN
-    static const bool watched = _isatty(_fileno(stderr)) != 0;
+    return _isatty(_fileno(stream)) != 0;
 #else
-    static const bool watched = isatty(fileno(stderr)) != 0;
+    return isatty(fileno(stream)) != 0;
 #endif
+}
+
+bool isWatched()
+{
+    static const bool watched = isTerminal(stderr);
     return watched;
+}
+
+// On Windows a console has to be asked first, and an old one refuses.
+bool obeys()
+{
+#ifdef Q_OS_WIN
+    constexpr DWORD virtualTerminal = 4;
+    const HANDLE console = GetStdHandle(STD_OUTPUT_HANDLE);
+    DWORD mode = 0;
+    return GetConsoleMode(console, &mode) != 0 &&
+           SetConsoleMode(console, mode | virtualTerminal) != 0;
+#else
+    return qgetenv("TERM") != "dumb";
+#endif
 }
 
 void writeLine(const QString &text)
@@ -47,4 +67,9 @@ void Terminal::clearProgress()
     if (isWatched()) {
         writeLine({});
     }
+}
+
+bool Terminal::showsColours()
+{
+    return qEnvironmentVariableIsEmpty("NO_COLOR") && isTerminal(stdout) && obeys();
 }

@@ -2,6 +2,8 @@
 
 #include "install/versionweight.h"
 
+#include <QRegularExpression>
+
 namespace
 {
 void checkWeight(const ClientEntry &entry, const QString &what, Findings &findings)
@@ -29,6 +31,40 @@ void checkWeight(const ClientEntry &entry, const QString &what, Findings &findin
     }
 }
 
+// What the parts that count do not say: words and suffixes, and more than two digits.
+void checkParts(const ClientEntry &entry, const QString &what, Findings &findings)
+{
+    static const QRegularExpression digits(QStringLiteral("^[0-9]*$"));
+    constexpr int countedParts = 5;
+    constexpr int greatestPart = 99;
+    const QStringList parts = entry.info.version.split(QLatin1Char('.')).mid(0, countedParts);
+    QStringList words;
+    QStringList great;
+    for (int i = 0; i < parts.size(); ++i) {
+        const QString &part = parts.at(i);
+        bool fits = false;
+        const int number = part.toInt(&fits);
+        if (!part.isEmpty() && (!fits || !digits.match(part).hasMatch())) {
+            words << QStringLiteral("%1 counts as %2").arg(quoted(part)).arg(number);
+        } else if (i > 0 && number > greatestPart) {
+            great << part;
+        }
+    }
+    if (!words.isEmpty()) {
+        findings << warningAt(entry.place, "version-not-numbers",
+                              what + QStringLiteral(" has a part that is no plain number: ") +
+                                  words.join(QStringLiteral(", ")),
+                              QStringLiteral("use numbers alone: 1.1.91 instead of 1.2-rc1"));
+    }
+    if (!great.isEmpty()) {
+        findings << warningAt(entry.place, "version-carries",
+                              what + QStringLiteral(" has a part above 99 (%1), which counts into "
+                                                    "the part before: 1.100 is as great as 2.0")
+                                         .arg(great.join(QStringLiteral(", "))),
+                              QStringLiteral("keep every part behind the first below 100"));
+    }
+}
+
 bool haveEqualVersions(const ClientEntry &a, const ClientEntry &b)
 {
     return a.info.auth.toLower() != b.info.auth.toLower() &&
@@ -40,6 +76,9 @@ void checkVersion(const ClientEntry &entry, Findings &findings)
 {
     const QString what = QStringLiteral("version ") + quoted(entry.info.version);
     checkWeight(entry, what, findings);
+    if (versionWeight(entry.info.version) > 0 && !versionWeightWraps(entry.info.version)) {
+        checkParts(entry, what, findings);
+    }
     if (entry.info.version.count(QLatin1Char('.')) > 4) {
         findings << warningAt(entry.place, "version-parts",
                               what + QStringLiteral(" has more than five parts: those behind the "

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -29,7 +31,13 @@ struct Verdict {
 Verdict judged(const ByteSource &archive);
 Verdict judged(const std::string &path);
 
-// With every member's content, which is unpacked with this password (or none) to nowhere.
-Verdict verified(const ByteSource &archive, const std::string &password);
-Verdict verified(const std::string &path, const std::string &password);
+// So many bytes of a file are shown to who looks at it.
+constexpr std::size_t lookedAt = 1024;
+// Takes a file's name and how it begins. Called by one thread at a time, in no order.
+using Look = std::function<void(const std::string &member, const std::string &beginning)>;
+
+// With every member's content, which is unpacked with this password (or none) to nowhere. Each file
+// is shown once it was found right.
+Verdict verified(const ByteSource &archive, const std::string &password, const Look &look = {});
+Verdict verified(const std::string &path, const std::string &password, const Look &look = {});
 } // namespace Extract

@@ -6,7 +6,6 @@
 
 namespace
 {
-constexpr int designWidth = 974;
 constexpr int designHeight = 571;
 
 // The size, or the largest of its proportions that is no wider.
@@ -49,6 +48,11 @@ QSize ServerPanel::logoSize(int columns)
     const int width = static_cast<int>(columnWidth * 0.9);
     constexpr float heightPerWidth = 0.46875F; // 150 / 320
     return {width, static_cast<int>(static_cast<float>(width) * heightPerWidth)};
+}
+
+bool ServerPanel::fitSideBySide(int columns)
+{
+    return columns <= mostSideBySide;
 }
 
 int ServerPanel::columnHeight(QSize logo)

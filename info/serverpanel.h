@@ -11,6 +11,7 @@
 namespace ServerPanel
 {
 constexpr QSize clientButtonSize(196, 81);
+constexpr int designWidth = 974;
 
 // Ascending by UTF-16 code units; a server named exactly "Beta" goes last.
 QStringList orderedNames(QStringList names);
@@ -20,6 +21,10 @@ QStringList shownNames(const QStringList &names);
 
 // Size of a logo when the panel has this many columns.
 QSize logoSize(int columns);
+
+// As many columns as have buttons of their full size; with more they are smaller.
+constexpr int mostSideBySide = designWidth / clientButtonSize.width();
+bool fitSideBySide(int columns);
 
 // Height of a column with a logo of this size and two client buttons under it.
 int columnHeight(QSize logo);

@@ -30,6 +30,7 @@ test_packages=(
   xdg-utils file procps ca-certificates git libssl-dev openssl x11-apps python3-xlib
   fontconfig util-linux mount mypy man-db
   at-spi2-core dbus-daemon gir1.2-atspi-2.0 python3-gi
+  python3-jsonschema nginx apache2-bin
 )
 
 # What the fuzz targets are built by.

@@ -5,6 +5,7 @@
 #include "check/documentcontent.h"
 #include "check/output.h"
 #include "check/playersview.h"
+#include "check/report.h"
 #include "check/rules.h"
 
 #include <QXmlStreamReader>
@@ -70,10 +71,12 @@ int main()
     const DocumentContent before = readContent(body, {});
     const auto check = [&](const DocumentContent *previous) {
         const DocumentContent content = readContent(body, {});
-        const Findings findings = findingsOf(content, previous);
-        found = findings.size();
-        printed =
-            textOutput(QStringLiteral("launcher.xml"), playersViewOf(content), findings).size();
+        Report report;
+        report.asked.document = QStringLiteral("launcher.xml");
+        report.view = playersViewOf(content);
+        report.findings = findingsOf(content, previous);
+        found = report.findings.size();
+        printed = textOutput(report, Colours::None).size();
     };
     const double all = secondsOf([&check] { check(nullptr); });
     const double compared = secondsOf([&] { check(&before); });

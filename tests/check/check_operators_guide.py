@@ -2,8 +2,8 @@
 
 Its commands run in order in a copy of what they need, beside a web server, on a free port in place
 of the one in the text; what builds or opens something is left out, PROGRAM is what they would build.
-Every call of the checker has to find nothing. The table of findings has to name exactly those that
-the sources have.
+Every call of the checker has to find nothing. The table of docs/findings.md has to name exactly those
+findings that the sources have, with their severities.
 """
 
 from __future__ import annotations
@@ -14,11 +14,13 @@ import shutil
 import subprocess
 import sys
 import tempfile
+from collections import defaultdict
 from collections.abc import Iterator
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 GUIDE = ROOT / "docs" / "operators.md"
+TABLE = ROOT / "docs" / "findings.md"
 
 
 def blocks() -> Iterator[str]:
@@ -74,25 +76,38 @@ def ids_in(source: str) -> set[str]:
         # beside texts are a list of something else.
         r'[^"\s]\s*,\s*"([a-z0-9]+)"\s*,\s*(?!")',
         r'[?:]\s*"([a-z0-9]+)"',
-        r'\bFinding::(?:Error|Warning)\s*,\s*(?:QStringLiteral|QLatin1String)\("([a-z0-9]+)"\)',
+        r'\bFinding::(?:Error|Warning|Note)\s*,\s*(?:QStringLiteral|QLatin1String)\("([a-z0-9]+)"\)',
     )
     return {found for pattern in patterns for found in re.findall(pattern, without_comments)}
 
 
 def compare_findings() -> None:
     in_sources: set[str] = set()
+    taken: set[str] = set()  # by --ignore
+    said: defaultdict[str, set[str]] = defaultdict(set)  # severities
     for source in sorted((ROOT / "check").rglob("*")):
         if source.suffix in (".cpp", ".h"):
-            in_sources |= ids_in(source.read_text(encoding="utf-8"))
-    # The name of the program.
-    in_sources -= {"emberwake-check"}
-    section = GUIDE.read_text(encoding="utf-8").partition("\n## Findings\n")[2].partition("\n## ")[0]
-    listed: list[str] = []
-    for row in re.findall(r"^\| (`.*?) \|", section, re.M):
-        listed += re.findall(r"`([a-z0-9-]+)`", row)
-    problems = [f"{name} is not in the guide" for name in sorted(in_sources - set(listed))]
-    problems += [f"{name} is in the guide, no source has it" for name in sorted(set(listed) - in_sources)]
-    problems += [f"{name} is in the guide twice" for name in sorted(set(listed)) if listed.count(name) > 1]
+            text = source.read_text(encoding="utf-8")
+            if source.name == "findingids.cpp":
+                taken = set(re.findall(r'^    "([a-z0-9-]+)",$', text, re.M))
+            else:
+                in_sources |= ids_in(text)
+                for severity, name in re.findall(r'\b(error|warning|note)At\([^"]*?"([a-z0-9-]+)"', text):
+                    said[name].add(severity)
+    # The name of the program, an option, an encoding.
+    in_sources -= {"emberwake-check", "fail-on", "windows-1252"}
+    rows = re.findall(r"^\| `([a-z0-9-]+)` \| ([a-z, ]+) \|", TABLE.read_text(encoding="utf-8"), re.M)
+    listed = [name for name, _ in rows]
+    problems = [f"{name} is not in the table of findings" for name in sorted(in_sources - set(listed))]
+    problems += [f"{name} is in the table, no source has it" for name in sorted(set(listed) - in_sources)]
+    problems += [f"{name} is not in findingids.cpp" for name in sorted(in_sources - taken)]
+    problems += [f"{name} is in findingids.cpp, no rule has it" for name in sorted(taken - in_sources)]
+    problems += [f"{name} is in the table twice" for name in sorted(set(listed)) if listed.count(name) > 1]
+    problems += ["the table is not in alphabetical order"] if listed != sorted(listed) else []
+    for name, severities in rows:
+        # Some rules name their ids elsewhere than in the call.
+        if said[name] and said[name] != set(severities.split(", ")):
+            problems.append(f"{name} is {', '.join(sorted(said[name]))} in the sources")
     if len(listed) < 40:
         problems.append("the table of findings was not understood")
     if problems:

@@ -28,9 +28,12 @@ public:
         server.serve(QStringLiteral("files/client.zip"), game());
     }
 
+    // What the checker takes for something that can be started somewhere.
+    static constexpr char script[] = "#!game";
+
     static QByteArray game(const QString &password = {})
     {
-        return Archives::zip({{QStringLiteral("game.exe"), "game"}}, password);
+        return Archives::zip({{QStringLiteral("game.exe"), script}}, password);
     }
 
     QString archive() const { return server.url(QStringLiteral("files/client.zip")); }
@@ -90,14 +93,17 @@ public:
         m_previous = readContent(Documents::launcher(elements), {});
     }
 
+    QStringList ids() const { return m_ids; }
     bool warnedOf(const char *id) const { return m_ids.contains(QLatin1String(id)); }
-    bool deeplyWarnedOf(const char *id)
+    QStringList deepIds()
     {
         Fetcher fetcher(10);
-        const DeepResult result = checkDeeply(m_content, server.url(), m_code, fetcher);
+        const DeepResult result = checkDeeply(m_content, server.url(), m_code, fetcher,
+                                              m_previous ? &*m_previous : nullptr);
         started = result.started;
-        return idsOf(result.findings).contains(QLatin1String(id));
+        return idsOf(result.findings);
     }
+    bool deeplyWarnedOf(const char *id) { return deepIds().contains(QLatin1String(id)); }
 
     // The button in this row (0 is the logo) of this column of the selection panel.
     QPushButton *button(int column, int row) const

@@ -22,7 +22,8 @@ struct Run {
 };
 
 // Starts the real program, as an operator does.
-Run check(const QStringList &arguments, const QStringList &variables = {})
+Run check(const QStringList &arguments, const QStringList &variables = {},
+          const QByteArray &input = {})
 {
     QProcess process;
     process.setEnvironment(QProcess::systemEnvironment() + variables);
@@ -30,6 +31,8 @@ Run check(const QStringList &arguments, const QStringList &variables = {})
     process.start(QCoreApplication::applicationDirPath() +
                       QStringLiteral("/../../" EMBERWAKE_CHECK),
                   arguments);
+    process.write(input);
+    process.closeWriteChannel();
     if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit) {
         return {};
     }
@@ -86,14 +89,21 @@ private slots:
     void jsonOutput();
     void exitCodes_data();
     void exitCodes();
+    void previousFromTheNetwork();
     void wrongUse_data();
     void wrongUse();
     void helpIsNoWrongUse();
+    void versionIsTold();
+    void standardInput();
+    void ignoredFindings();
     void unknownPicturesOfTheTerminal();
 
     void documentFromTheNetwork_data();
     void documentFromTheNetwork();
     void logosLieBesideTheDocument();
+    void missingLogoOfAFile();
+    void archiveThatDoesNotArrive_data();
+    void archiveThatDoesNotArrive();
     void deepWithoutFault();
     void silentServerIsGivenUp();
     void endlessPictureIsGivenUp();
@@ -117,8 +127,17 @@ void TestCheckProgram::textOutput()
     Ash  Beta 2.1
   Slides:
     1  Plain
+       d
+    2  (empty)
+    3  (empty)
   Tiles:
     big  Tile
+         d
+    medium 1  (empty)
+    medium 2  (empty)
+    small 1  (empty)
+    small 2  (empty)
+    small 3  (empty)
 
 launcher.xml:6:3: error: version "22.0" is too great and wraps around: it never counts as installed, and Play is never offered [version-wraps]
     mend: number versions from 0.0.0.0.1 to 21.47
@@ -136,6 +155,12 @@ void TestCheckProgram::codeShowsWhatATesterSees()
     const Run run = check({QStringLiteral("--code"), QStringLiteral("code"), documentName});
     QVERIFY(run.output.contains(QStringLiteral("    Ash  [Official] 2.0  [Beta] 2.1\n")));
     QVERIFY(!run.output.contains(QStringLiteral("Hidden")));
+    QVERIFY(!run.output.contains(QStringLiteral("code-opens-nothing")));
+    // With a line end, as "echo" writes it.
+    const Run slip = check({QStringLiteral("--code"), QStringLiteral("code\n"), documentName});
+    QVERIFY(slip.output.contains(QStringLiteral("launcher.xml:0:0: warning: no entry has the sum "
+                                                "of this code")));
+    QVERIFY(slip.output.contains(QStringLiteral("Hidden")));
 }
 
 void TestCheckProgram::jsonOutput()
@@ -168,6 +193,26 @@ void TestCheckProgram::jsonOutput()
     QCOMPARE(finding.value(QStringLiteral("id")).toString(), QStringLiteral("version-wraps"));
     QVERIFY(!finding.value(QStringLiteral("text")).toString().isEmpty());
     QVERIFY(!finding.value(QStringLiteral("mend")).toString().isEmpty());
+
+    QCOMPARE(object.value(QStringLiteral("document")).toString(), documentName);
+    QCOMPARE(object.value(QStringLiteral("program"))
+                 .toObject()
+                 .value(QStringLiteral("version"))
+                 .toString(),
+             QStringLiteral(EMBERWAKE_VERSION));
+    const Run withOptions =
+        check({QStringLiteral("--json"), QStringLiteral("--code"), QStringLiteral("secret"),
+               QStringLiteral("--ignore"), QStringLiteral("version-wraps"),
+               QStringLiteral("--fail-on"), QStringLiteral("error"), documentName});
+    const QJsonObject options = QJsonDocument::fromJson(withOptions.output.toUtf8())
+                                    .object()
+                                    .value(QStringLiteral("options"))
+                                    .toObject();
+    QCOMPARE(options.value(QStringLiteral("failOn")).toString(), QStringLiteral("error"));
+    QCOMPARE(options.value(QStringLiteral("ignore")).toArray(),
+             QJsonArray{QStringLiteral("version-wraps")});
+    // Outputs are kept, and the code is a secret.
+    QVERIFY(!withOptions.output.contains(QStringLiteral("secret")));
 }
 
 void TestCheckProgram::exitCodes_data()
@@ -184,6 +229,13 @@ void TestCheckProgram::exitCodes_data()
                                                               QStringLiteral("Official"),
                                                               QStringLiteral("43.0"), https)}
                              << QStringList() << 1;
+    const QStringList errorsOnly{QStringLiteral("--fail-on"), QStringLiteral("error")};
+    QTest::newRow("warning that is none of an error")
+        << QStringList{Documents::client(QStringLiteral("S"), QStringLiteral("Official"),
+                                         QStringLiteral("43.0"), https)}
+        << errorsOnly << 0;
+    QTest::newRow("error among errors")
+        << QStringList{QStringLiteral("<client/>")} << errorsOnly << 2;
     QTest::newRow("error") << QStringList{QStringLiteral("<client/>")} << QStringList() << 2;
     QTest::newRow("a lower version than before") << QStringList{clean} << previous << 1;
 }
@@ -201,6 +253,28 @@ void TestCheckProgram::exitCodes()
                              QStringLiteral("https://files.example/1.zip"))}));
     const Run run = check(arguments + QStringList{documentName});
     QCOMPARE(run.exitCode, exitCode);
+}
+
+// What players have now is the live document.
+void TestCheckProgram::previousFromTheNetwork()
+{
+    const ScratchFolder folder;
+    HttpServer server;
+    const auto document = [](const char *version) {
+        return Documents::launcher({Documents::client(
+            QStringLiteral("S"), QStringLiteral("Official"), QLatin1String(version),
+            QStringLiteral("https://files.example/%1.zip").arg(QLatin1String(version)))});
+    };
+    ScratchFolder::write(documentName, document("1.0"));
+    server.serve(documentName, document("1.1"));
+    const QString live = server.url(documentName);
+    const Run run =
+        check({QStringLiteral("--json"), QStringLiteral("--previous"), live, documentName});
+    QCOMPARE(idsIn(run), QStringList{QStringLiteral("version-lower")});
+    const QString missing = server.url(QStringLiteral("missing.xml"));
+    const Run wrong = check({QStringLiteral("--previous"), missing, documentName});
+    QCOMPARE(wrong.exitCode, 64);
+    QVERIFY(wrong.error.contains(missing + QStringLiteral(" cannot be read.")));
 }
 
 void TestCheckProgram::wrongUse_data()
@@ -223,6 +297,12 @@ void TestCheckProgram::wrongUse_data()
         "--timeout needs a number of seconds from 1 to 3600.");
     row("a base without its slash", "--base https://files.example launcher.xml",
         "--base needs an address that ends in a slash.");
+    row("a finding that is none", "--ignore version-wraps,version-raps launcher.xml",
+        "--ignore: there is no finding \"version-raps\".");
+    row("an empty finding", "--ignore version-wraps, launcher.xml",
+        "--ignore: there is no finding \"\".");
+    row("a severity that is none", "--fail-on note launcher.xml",
+        "--fail-on needs error or warning.");
     row("an authority that is none", "--authority launcher.xml launcher.xml",
         "launcher.xml holds no certificate.");
 }
@@ -244,10 +324,45 @@ void TestCheckProgram::helpIsNoWrongUse()
 {
     const Run run = check({QStringLiteral("--help")});
     QCOMPARE(run.exitCode, 0);
-    for (const char *option :
-         {"--json", "--code", "--deep", "--previous", "--base", "--authority", "--timeout"}) {
+    for (const char *option : {"--json", "--code", "--deep", "--previous", "--base", "--authority",
+                               "--timeout", "--ignore", "--fail-on", "--version"}) {
         QVERIFY2(run.output.contains(QLatin1String(option)), option);
     }
+}
+
+void TestCheckProgram::versionIsTold()
+{
+    const Run run = check({QStringLiteral("--version")});
+    QCOMPARE(run.output, QStringLiteral("emberwake-check " EMBERWAKE_VERSION "\n"));
+    QCOMPARE(run.exitCode, 0);
+}
+
+void TestCheckProgram::standardInput()
+{
+    const Run run = check({QStringLiteral("-")}, {}, manyThings);
+    QVERIFY(run.output.contains(QStringLiteral("<stdin>:6:3: error: ")));
+    QCOMPARE(run.exitCode, 2);
+    // Nothing comes either: an empty document.
+    QCOMPARE(idsIn(check({QStringLiteral("--json"), QStringLiteral("-")})),
+             QStringList{QStringLiteral("empty-document")});
+}
+
+void TestCheckProgram::ignoredFindings()
+{
+    const ScratchFolder folder;
+    ScratchFolder::write(documentName, manyThings);
+    const QString ignore = QStringLiteral("--ignore");
+    const Run one = check({ignore, QStringLiteral("version-wraps"), documentName});
+    QVERIFY(!one.output.contains(QStringLiteral("version-wraps")));
+    QVERIFY(one.output.endsWith(QStringLiteral("0 errors, 1 warning, 1 ignored\n")));
+    QCOMPARE(one.exitCode, 1);
+    const Run both =
+        check({ignore, QStringLiteral("version-wraps,leading-question-mark"), documentName});
+    QVERIFY(both.output.endsWith(QStringLiteral("0 errors, 0 warnings, 2 ignored\n")));
+    QCOMPARE(both.exitCode, 0);
+    const Run twice = check({ignore, QStringLiteral("version-wraps"), ignore,
+                             QStringLiteral("leading-question-mark"), documentName});
+    QCOMPARE(twice.exitCode, 0);
 }
 
 // A document may come from anybody: nothing in it gives orders to the terminal.
@@ -267,13 +382,16 @@ void TestCheckProgram::documentFromTheNetwork_data()
     QTest::addColumn<QString>("path");
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QStringList>("ids");
-    const QString empty = QStringLiteral("empty-document");
     QTest::newRow("good") << QStringLiteral("good") << 0 << QStringList();
     QTest::newRow("missing") << QStringLiteral("missing") << 2
-                             << QStringList{QStringLiteral("unreachable"), empty};
-    // The launcher reads the body of whatever answer comes.
+                             << QStringList{QStringLiteral("unreachable")};
+    // The page that says so is no document, and nothing more is said of it.
+    QTest::newRow("forbidden") << QStringLiteral("forbidden") << 2
+                               << QStringList{QStringLiteral("unreachable")};
     QTest::newRow("redirect") << QStringLiteral("moved") << 2
-                              << QStringList{QStringLiteral("redirect"), empty};
+                              << QStringList{QStringLiteral("redirect")};
+    QTest::newRow("empty") << QStringLiteral("empty") << 2
+                           << QStringList{QStringLiteral("empty-document")};
 }
 
 void TestCheckProgram::documentFromTheNetwork()
@@ -283,6 +401,8 @@ void TestCheckProgram::documentFromTheNetwork()
     QFETCH(QStringList, ids);
     HttpServer server;
     server.serve(QStringLiteral("good"), Documents::launcher({}));
+    server.serve(QStringLiteral("forbidden"), "<html><p>Forbidden<hr></html>", 403);
+    server.serve(QStringLiteral("empty"), {});
     server.redirect(QStringLiteral("moved"), server.url(QStringLiteral("good")));
     const Run run = check({QStringLiteral("--json"), server.url(path)});
     QCOMPARE(run.exitCode, exitCode);
@@ -310,17 +430,86 @@ void TestCheckProgram::logosLieBesideTheDocument()
     QCOMPARE(server.requests(logo), 2);
 }
 
+// Where logos lie is a guess when a file is checked: whoever reads that one is missing has to know.
+void TestCheckProgram::missingLogoOfAFile()
+{
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serve(QStringLiteral("1.zip"), Archives::zip({{QStringLiteral("game.exe"), "game"}}));
+    ScratchFolder::write(documentName,
+                         Documents::launcher({Documents::client(
+                             QStringLiteral("S"), QStringLiteral("Official"), QStringLiteral("1.0"),
+                             server.url(QStringLiteral("1.zip")))}));
+    const QString hint = QStringLiteral("; without --base logos are looked for at ");
+    const Run assumed = check({QStringLiteral("--deep"), documentName});
+    QCOMPARE(assumed.output.count(hint), 1);
+    QVERIFY(assumed.output.contains(hint + QStringLiteral(EMBERWAKE_BASE_URL)));
+    const Run named =
+        check({QStringLiteral("--deep"), QStringLiteral("--base"), server.url(), documentName});
+    QVERIFY(named.output.contains(QStringLiteral("[unreachable]")));
+    QVERIFY(!named.output.contains(hint));
+}
+
+void TestCheckProgram::archiveThatDoesNotArrive_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<QString>("said");
+    QTest::newRow("cut") << QStringLiteral("cut.zip") << QStringLiteral("unreachable")
+                         << QStringLiteral("compare the file on the server with yours");
+    QTest::newRow("forbidden") << QStringLiteral("forbidden.zip") << QStringLiteral("unreachable")
+                               << QStringLiteral("the launcher has no password");
+    QTest::newRow("fault") << QStringLiteral("fault.zip") << QStringLiteral("unreachable")
+                           << QStringLiteral("look into the server's log");
+    QTest::newRow("missing") << QStringLiteral("missing.zip") << QStringLiteral("unreachable")
+                             << QStringLiteral("publish the file, or mend the address");
+    QTest::newRow("page") << QStringLiteral("page.zip") << QStringLiteral("archive-broken")
+                          << QStringLiteral("is a web page: the download fails");
+}
+
+void TestCheckProgram::archiveThatDoesNotArrive()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, id);
+    QFETCH(QString, said);
+    HttpServer server;
+    server.serve(QStringLiteral("S.png"), Documents::png(4, 4, 0));
+    server.serveCut(QStringLiteral("cut.zip"), QByteArray(5000, 'x'), 1000);
+    server.serve(QStringLiteral("forbidden.zip"), "no", 403);
+    server.serve(QStringLiteral("fault.zip"), "no", 503);
+    server.serveWithoutLength(QStringLiteral("page.zip"), "\n<!DOCTYPE html>\n<p>Sign in");
+    server.serve(
+        documentName,
+        Documents::launcher({Documents::client(QStringLiteral("S"), QStringLiteral("Official"),
+                                               QStringLiteral("1.0"), server.url(path))}));
+    const Run run =
+        check({QStringLiteral("--deep"), QStringLiteral("--json"), server.url(documentName)});
+    QCOMPARE(idsIn(run), QStringList{id});
+    QVERIFY2(run.output.contains(said), qPrintable(run.output));
+}
+
 void TestCheckProgram::deepWithoutFault()
 {
     HttpServer server;
-    const QByteArray archive = Archives::zip({{QStringLiteral("game.exe"), "game"}});
+    const QByteArray archive = Archives::zip({{QStringLiteral("game.exe"), "#!game"}});
     server.serve(QStringLiteral("1.zip"), archive);
     server.serve(QStringLiteral("S.png"), Documents::png(4, 4, 0));
     server.serve(documentName, Documents::launcher({Documents::client(
                                    QStringLiteral("S"), QStringLiteral("Official"),
                                    QStringLiteral("1.0"), server.url(QStringLiteral("1.zip")))}));
     const Run good = check({QStringLiteral("--deep"), server.url(documentName)});
-    QCOMPARE(findingsPart(good.output), QStringLiteral("0 errors, 0 warnings\n"));
+    const QString size = QStringLiteral("%1 bytes").arg(archive.size());
+    const QString room = QStringLiteral("%1 bytes").arg(archive.size() + 4);
+    QVERIFY2(good.output.contains(QStringLiteral("/1.zip  ") + size) &&
+                 good.output.contains(QStringLiteral(", unpacks to 1 file of 4 bytes, needs ") +
+                                      room + QStringLiteral(" of free space\n")),
+             qPrintable(good.output));
+    const QString end = findingsPart(good.output);
+    QVERIFY2(end.startsWith(QStringLiteral("fetched 3 of 3 files, ")), qPrintable(end));
+    QVERIFY2(end.endsWith(QStringLiteral("s; the largest client needs %1 of free space\n"
+                                         "0 errors, 0 warnings\n")
+                              .arg(room)),
+             qPrintable(end));
     QVERIFY(good.output.contains(
         QStringLiteral("\n  Play starts:\n    S  Official 1.0: game.exe\n\n")));
     QCOMPARE(good.exitCode, 0);
@@ -399,7 +588,7 @@ void TestCheckProgram::startsNoOtherProgram()
     QSKIP("the search path is also where the program finds its libraries");
 #endif
     HttpServer server;
-    server.serve(QStringLiteral("1.zip"), Archives::zip({{QStringLiteral("game.exe"), "game"}}));
+    server.serve(QStringLiteral("1.zip"), Archives::zip({{QStringLiteral("game.exe"), "#!game"}}));
     server.serve(QStringLiteral("S.png"), Documents::png(4, 4, 0));
     server.serve(documentName, Documents::launcher({Documents::client(
                                    QStringLiteral("S"), QStringLiteral("Official"),

@@ -102,6 +102,7 @@ private slots:
     void versionThatNeverCounts();
     void updateThatIsNotSeen_data();
     void updateThatIsNotSeen();
+    void versionThatCarries();
     void testersVersionOfTheSameWeight();
 
     void noServer();
@@ -382,6 +383,7 @@ void TestWarnings::updateThatIsNotSeen_data()
     };
     row("1.0", "43.0", "version-wraps");
     row("1.2.3.4.5.6", "1.2.3.4.5.7", "version-parts");
+    row("1.0-rc2", "1.0-rc3", "version-not-numbers");
     row("1.10", "1.9", "version-lower");
     row("1.9", "1.9.0", "version-equal");
 }
@@ -406,6 +408,19 @@ void TestWarnings::updateThatIsNotSeen()
     QCOMPARE(catcher.opened.size(), 1);
     QVERIFY(
         catcher.opened.constFirst().path().contains(QLatin1Char('/') + before + QLatin1Char('/')));
+}
+
+// The hundredth step counts as the next great one, which is then not seen as an update.
+void TestWarnings::versionThatCarries()
+{
+    Stage stage;
+    LOAD_WARNED(stage, (QStringList{stage.ofVersion(QStringLiteral("1.100"))}), "version-carries");
+    QCOMPARE(stage.download(), finished + QStringLiteral("1.100"));
+    QCOMPARE(stage.colour(), QStringLiteral("green"));
+    QVERIFY(stage.load({stage.ofVersion(QStringLiteral("2.0"))}));
+    QVERIFY(!stage.warnedOf("version-carries"));
+    QCOMPARE(stage.download(), finished + QStringLiteral("2.0"));
+    QCOMPARE(stage.colour(), QStringLiteral("orange"));
 }
 
 void TestWarnings::testersVersionOfTheSameWeight()
@@ -778,6 +793,11 @@ void TestWarnings::refusedArchive_data()
     QTest::addColumn<QByteArray>("packed");
     QTest::addColumn<QByteArray>("name"); // as long
     QTest::newRow("a way out") << QByteArray("data/map") << QByteArray("../g/map");
+    QTest::newRow("a way out of Windows") << QByteArray("data/map") << QByteArray("..\\g\\map");
+    QTest::newRow("a drive") << QByteArray("data/map") << QByteArray("C:/a/map");
+    QTest::newRow("a whole path") << QByteArray("data/map") << QByteArray("/ata/map");
+    QTest::newRow("a star") << QByteArray("data/map") << QByteArray("data/m*p");
+    QTest::newRow("a dot at the end") << QByteArray("data/map") << QByteArray("data/ma.");
     QTest::newRow("a device") << QByteArray("data/map") << QByteArray("data/nul");
     QTest::newRow("a stream") << QByteArray("data/map") << QByteArray("data:map");
     QTest::newRow("a blank at the end") << QByteArray("data/map") << QByteArray("data/ma ");

@@ -49,6 +49,7 @@ private slots:
     void listsTheMembers();
     void tellsTheFirstOfTheDamaged();
     void withoutTheContents();
+    void looksAtTheBeginnings();
     void oneByteChanged();
 };
 
@@ -377,6 +378,29 @@ void TestVerdict::withoutTheContents()
     QVERIFY(!Extract::verified(Extract::MemoryBytes(damaged), {}).accepted);
     const std::string twice = ZipBuilder{{"a", "1"}, {"A", "2"}}.bytes().toStdString();
     QVERIFY(!Extract::judged(Extract::MemoryBytes(twice)).accepted);
+}
+
+// Of every file once, whatever its size; of a folder there is nothing to see.
+void TestVerdict::looksAtTheBeginnings()
+{
+    ZipBuilder archive{{"a/", ""}, {"a/none", ""}, {"short", "12"}};
+    for (int i = 0; i < 50; ++i) {
+        const QByteArray letter(1, static_cast<char>('A' + i % 26));
+        archive.add(ZipEntry::deflated("long" + QByteArray::number(i), letter.repeated(200000)));
+    }
+    const std::string bytes = archive.bytes().toStdString();
+    QMap<std::string, std::string> seen;
+    const Extract::Verdict verdict =
+        Extract::verified(Extract::MemoryBytes(bytes), {},
+                          [&seen](const std::string &member, const std::string &beginning) {
+                              QVERIFY(!seen.contains(member));
+                              seen.insert(member, beginning);
+                          });
+    QVERIFY(verdict.accepted);
+    QCOMPARE(seen.size(), 52);
+    QCOMPARE(seen.value("a/none"), std::string());
+    QCOMPARE(seen.value("short"), std::string("12"));
+    QCOMPARE(seen.value("long27"), std::string(Extract::lookedAt, 'B'));
 }
 
 // Whatever byte of the data is changed is noticed; of the first and the last one not every bit

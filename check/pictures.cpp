@@ -1,0 +1,152 @@
+#include "check/pictures.h"
+
+#include "base/documentlimits.h"
+#include "fetch/picturesize.h"
+
+#include <QBuffer>
+#include <QImage>
+#include <QImageReader>
+
+#include <algorithm>
+#include <array>
+
+namespace
+{
+constexpr std::array<QSize, DocumentLimits::tiles> tileSizes{QSize{559, 319}, QSize{276, 157},
+                                                             QSize{276, 157}, QSize{138, 75},
+                                                             QSize{138, 75},  QSize{138, 75}};
+// Below that nobody sees by how much a picture is stretched: it is a plain ground, or a dot.
+constexpr int smallestShape = 32;
+// By how much a picture may be wider or higher than its place, before one sees it.
+constexpr double shapeTolerance = 1.15;
+// More than that many times as wide and as high as its place a picture costs time at each start,
+// and shows no more: the largest screens show the window four times as large.
+constexpr int usefulTimes = 4;
+constexpr int usefulBytes = 1024 * 1024;
+
+Finding isStretched(const QSize &size, const QSize &shown, const Place &place, const QString &named)
+{
+    return warningAt(place, "picture-shape",
+                     QStringLiteral("%1 has %2 x %3 pixels, and its place %4 x %5: it is stretched "
+                                    "to that, and looks distorted")
+                         .arg(named)
+                         .arg(size.width())
+                         .arg(size.height())
+                         .arg(shown.width())
+                         .arg(shown.height()),
+                     QStringLiteral("cut it to the proportions of its place"));
+}
+
+bool hasOtherShape(const QSize &size, const QSize &shown)
+{
+    const double ratio = double(size.width()) * shown.height() / size.height() / shown.width();
+    return std::min(size.width(), size.height()) >= smallestShape &&
+           (ratio > shapeTolerance || ratio < 1 / shapeTolerance);
+}
+
+bool isAnimated(QByteArray bytes)
+{
+    // A PNG file says it before its first data.
+    if (bytes.startsWith("\x89PNG")) {
+        const int control = bytes.indexOf("acTL");
+        return control >= 0 && control < bytes.indexOf("IDAT");
+    }
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer);
+    return reader.supportsAnimation() && reader.imageCount() > 1;
+}
+
+bool isJpeg(const QByteArray &bytes)
+{
+    return bytes.startsWith("\xFF\xD8\xFF");
+}
+
+// Where the first scan of a JPEG file begins, behind all that may hold other pictures; -1 when
+// there is none.
+int firstScan(const QByteArray &bytes)
+{
+    constexpr int markerLength = 2;
+    constexpr uchar startOfScan = 0xDA;
+    int at = markerLength;
+    while (at + 2 * markerLength <= bytes.size() && uchar(bytes.at(at)) == 0xFF) {
+        if (uchar(bytes.at(at + 1)) == startOfScan) {
+            return at;
+        }
+        at += markerLength + (uchar(bytes.at(at + 2)) << 8) + uchar(bytes.at(at + 3));
+    }
+    return -1;
+}
+
+// The decoder takes what there is and paints the rest grey.
+bool isCut(const QByteArray &bytes)
+{
+    return isJpeg(bytes) && bytes.lastIndexOf("\xFF\xD9") < firstScan(bytes);
+}
+} // namespace
+
+QSize shownSizeOfLogo()
+{
+    return {320, 150};
+}
+
+QSize shownSizeOfSlide()
+{
+    return {325, 325};
+}
+
+QSize shownSizeOfTile(int index)
+{
+    return tileSizes.at(static_cast<std::size_t>(index));
+}
+
+Findings findingsOfPicture(const QByteArray &bytes, const QSize &shown, const Place &place,
+                           const QString &named)
+{
+    if (!isPictureOfReasonableSize(bytes)) {
+        return {errorAt(place, "picture-too-large",
+                        named + QStringLiteral(" is too large or takes too long to decode: players "
+                                               "see an empty place"),
+                        QStringLiteral("publish no more than %1 million pixels, saved anew by a "
+                                       "common program")
+                            .arg(largestPicture / 1000000))};
+    }
+    const QImage picture = decodedPicture(bytes);
+    if (picture.isNull()) {
+        return {errorAt(place, "not-a-picture",
+                        named + QStringLiteral(" is no picture: players see an empty place"),
+                        QStringLiteral("publish a PNG or JPEG file"))};
+    }
+    Findings findings;
+    if (isCut(bytes)) {
+        findings << errorAt(place, "picture-cut",
+                            named + QStringLiteral(" breaks off: players see its beginning, and "
+                                                   "the rest grey"),
+                            QStringLiteral("upload it again"));
+    }
+    if (hasOtherShape(picture.size(), shown)) {
+        findings << isStretched(picture.size(), shown, place, named);
+    }
+    if (isAnimated(bytes)) {
+        findings << warningAt(place, "picture-animated",
+                              named + QStringLiteral(" is animated: players see its first picture, "
+                                                     "which does not move"),
+                              QStringLiteral("publish the one picture that is to be seen"));
+    }
+    const bool isLarge = picture.width() > usefulTimes * shown.width() &&
+                         picture.height() > usefulTimes * shown.height();
+    if (isLarge || bytes.size() > usefulBytes) {
+        findings << warningAt(place, "picture-oversized",
+                              QStringLiteral("%1 has %2 x %3 pixels and %4 kB, for a place of %5 x "
+                                             "%6: every start fetches and decodes them")
+                                  .arg(named)
+                                  .arg(picture.width())
+                                  .arg(picture.height())
+                                  .arg(bytes.size() / 1000)
+                                  .arg(shown.width())
+                                  .arg(shown.height()),
+                              QStringLiteral("publish it twice as wide and high as its place, "
+                                             "below a few hundred kB"));
+    }
+    return findings;
+}
