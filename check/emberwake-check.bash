@@ -11,12 +11,16 @@ _emberwake_check() {
       return
       ;;
     # Whatever the operator has in mind.
-    --code | --base | --timeout) return ;;
+    --code | --base | --timeout | --ignore) return ;;
+    --fail-on)
+      mapfile -t COMPREPLY < <(compgen -W 'error warning' -- "$word")
+      return
+      ;;
   esac
   case $word in
     -*)
       mapfile -t COMPREPLY < <(compgen -W \
-        '--authority --base --code --deep --help --json --previous --timeout' -- "$word")
+        '--authority --base --code --deep --fail-on --help --ignore --json --previous --timeout --version' -- "$word")
       ;;
     *)
       compopt -o filenames 2> /dev/null

@@ -40,11 +40,10 @@ bool isSum(const QString &text)
 bool isWordForClosed(const QString &look)
 {
     static const QStringList words{
-        QStringLiteral("code"),    QStringLiteral("password"), QStringLiteral("passwd"),
-        QStringLiteral("pass"),    QStringLiteral("pwd"),      QStringLiteral("secret"),
-        QStringLiteral("key"),     QStringLiteral("token"),    QStringLiteral("hidden"),
-        QStringLiteral("private"), QStringLiteral("locked"),   QStringLiteral("restricted"),
-        QStringLiteral("access")};
+        QStringLiteral("code"),   QStringLiteral("password"),   QStringLiteral("passwd"),
+        QStringLiteral("pass"),   QStringLiteral("pwd"),        QStringLiteral("secret"),
+        QStringLiteral("key"),    QStringLiteral("token"),      QStringLiteral("private"),
+        QStringLiteral("locked"), QStringLiteral("restricted"), QStringLiteral("access")};
     return look.contains(authName()) || words.contains(look);
 }
 

@@ -38,11 +38,11 @@ def main(cmake: str, build: str) -> None:
         if installed != {program, page, completion}:
             sys.exit(f"installed: {sorted(installed)}")
 
-        options = set(re.findall(r"--[a-z]+", output(program, "--help")))
+        options = set(re.findall(r"--[a-z]+(?:-[a-z]+)*", output(program, "--help")))
         if len(options) < 8:
             sys.exit(f"the program says only {options}")
         text = output("man", "--warnings", "--local-file", page)
-        for what, known in (("the man page", set(re.findall(r"--[a-z]+", text))),
+        for what, known in (("the man page", set(re.findall(r"--[a-z]+(?:-[a-z]+)*", text))),
                             ("the completion", completed(completion, prefix, "--"))):
             if known != options:
                 sys.exit(f"{what} and the program differ in {known ^ options}")
