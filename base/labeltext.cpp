@@ -18,7 +18,7 @@ void showDocumentText(QLabel &label, const QString &text)
 
 QString spokenText(const QString &text)
 {
-    const QString shown = shownPartOf(text);
+    QString shown = shownPartOf(text);
     if (!isSimpleMarkup(text) || !Qt::mightBeRichText(shown)) {
         return shown;
     }

@@ -86,7 +86,7 @@ QString counted(qsizetype count, const char *thing)
 QString sizeText(qint64 bytes)
 {
     constexpr double step = 1024;
-    double size = double(bytes);
+    auto size = static_cast<double>(bytes);
     QString unit = QStringLiteral("bytes");
     for (const char *larger : {"KiB", "MiB", "GiB"}) {
         if (size < step) {
@@ -153,7 +153,7 @@ void writeSummary(QTextStream &out, const Report &report)
 // As compilers colour theirs.
 QString severityText(Finding::Severity severity, Colours colours)
 {
-    const QString name = severityName(severity);
+    QString name = severityName(severity);
     if (colours == Colours::None) {
         return name;
     }
