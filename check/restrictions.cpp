@@ -59,7 +59,7 @@ bool isNamedLikeAuth(const QXmlStreamAttribute &attribute)
     return isAlmost(attribute.qualifiedName().toString(), authName());
 }
 
-Place placeOf(const DocumentElement &element)
+Place placeIn(const DocumentElement &element)
 {
     return {element.line, element.column};
 }
@@ -72,13 +72,13 @@ void checkOpenAttribute(const DocumentElement &element, const QXmlStreamAttribut
     const QString mend = QStringLiteral("write auth, in these four letters, or leave it out");
     const bool hasSum = isSum(attribute.value().toString());
     if (isNamedLikeAuth(attribute) || isWordForClosed(look) || (hasSum && !isWordForSum(look))) {
-        findings << errorAt(placeOf(element), "auth-misspelled",
+        findings << errorAt(placeIn(element), "auth-misspelled",
                             QStringLiteral("the attribute %1 closes nothing, for only \"auth\" "
                                            "does: everybody sees the entry")
                                 .arg(quoted(name)),
                             mend);
     } else if (hasSum) {
-        findings << warningAt(placeOf(element), "auth-misspelled",
+        findings << warningAt(placeIn(element), "auth-misspelled",
                               QStringLiteral("the sum in the attribute %1 closes nothing, for only "
                                              "\"auth\" does: everybody sees the entry")
                                   .arg(quoted(name)),
@@ -112,7 +112,7 @@ void checkAuthElsewhere(const DocumentElement &element, Findings &findings)
                                             isNamedLikeAuth(attribute);
                                  });
     if (has || element.name == authName() || isAlmost(element.name, authName())) {
-        findings << errorAt(placeOf(element), "auth-elsewhere",
+        findings << errorAt(placeIn(element), "auth-elsewhere",
                             QStringLiteral("the element %1 closes nothing, for only an attribute "
                                            "of a client does: everybody sees what is in it")
                                 .arg(quoted(element.name)),
@@ -132,7 +132,7 @@ void checkSpelling(const DocumentElement &element, Findings &findings)
             return !element.attributes.hasAttribute(wanted) && isAlmost(name, wanted);
         });
         if (meant != read.end()) {
-            findings << errorAt(placeOf(element), "attribute-misspelled",
+            findings << errorAt(placeIn(element), "attribute-misspelled",
                                 QStringLiteral("the launcher reads no attribute %1, and finds no "
                                                "%2 in the element")
                                     .arg(quoted(name), quoted(*meant)),

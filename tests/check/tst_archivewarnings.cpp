@@ -172,11 +172,11 @@ void TestArchiveWarnings::strayFiles()
     Stage stage;
     stage.server.serve(QStringLiteral("files/client.zip"),
                        Archives::zip({{QStringLiteral("game.exe"), Stage::script},
-                                      {QStringLiteral(".git/config"), "of the studio"}}));
+                                      {QStringLiteral("game.pdb"), "of the studio"}}));
     QVERIFY(stage.load({stage.ofServer(QStringLiteral("S"))}));
     QVERIFY(stage.deeplyWarnedOf("stray-files"));
     QCOMPARE(stage.download(), QStringLiteral("Download finished: version 1.0"));
-    QVERIFY(QFile::exists(QStringLiteral("S/Official/1.0/.git/config")));
+    QVERIFY(QFile::exists(QStringLiteral("S/Official/1.0/game.pdb")));
 }
 
 // What the game's folder of a player has behind it in all.

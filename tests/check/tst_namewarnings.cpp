@@ -181,6 +181,8 @@ void TestNameWarnings::choiceThatIsNotRemembered()
 {
     Stage stage;
     const QString server = QString::fromUtf8("\xD0\x96");
+    QTextCodec *const ours = QTextCodec::codecForLocale();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     QVERIFY(stage.load({stage.ofServer(server)}));
     QVERIFY(stage.warnedOf("name-beyond-ascii"));
     stage.button(0, 1)->click();
@@ -188,7 +190,6 @@ void TestNameWarnings::choiceThatIsNotRemembered()
     QVERIFY(stage.window->ui->serverButtonsGroup->isHidden());
 
     // On a system whose encoding has no such letter.
-    QTextCodec *const ours = QTextCodec::codecForLocale();
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
     stage.window->onServerSelect(server + QStringLiteral("|Official"));
     restart(stage);

@@ -396,7 +396,11 @@ class Road:
             # a locked one can be compared without being unlocked.
             self.check("the archive is locked", bool(packed.infolist()[0].flag_bits & 1) == bool(password))
             names = {entry.filename: (entry.file_size, entry.CRC) for entry in packed.infolist()}
-        installed = {path.name: (path.stat().st_size, zlib.crc32(path.read_bytes())) for path in folder.iterdir()}
+        try:
+            installed = {path.name: (path.stat().st_size, zlib.crc32(path.read_bytes())) for path in folder.iterdir()}
+        except FileNotFoundError:
+            # The extractor removes the folder while it unpacks, and puts the whole one into its place.
+            return False
         return installed == names
 
     def mark(self, server: str, client: str, version: str) -> dict[str, str]:

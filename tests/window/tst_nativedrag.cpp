@@ -59,10 +59,27 @@ private:
         }
         return false;
     }
+    // Puts the pointer there until it stays, three seconds at most: where it was sent before may be
+    // told late, and a press would land there.
+    static void rest(QPoint place)
+    {
+        constexpr int enough = 20;
+        int stayed = 0;
+        for (int look = 0; look < 300 && stayed < enough; ++look) {
+            POINT now{};
+            GetCursorPos(&now);
+            const bool isThere = now.x == place.x() && now.y == place.y();
+            stayed = isThere ? stayed + 1 : 0;
+            if (!isThere) {
+                SetCursorPos(place.x(), place.y());
+            }
+            Sleep(10);
+        }
+    }
     void drag(QPoint from, QPoint to)
     {
         constexpr int steps = 10;
-        SetCursorPos(from.x(), from.y());
+        rest(from);
         put(MOUSEEVENTF_LEFTDOWN);
         m_taken = waitUntil(true);
         for (int step = 1; step <= steps; ++step) {
