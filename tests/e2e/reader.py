@@ -13,6 +13,8 @@ import os
 import subprocess
 import sys
 from collections.abc import Iterator
+from contextlib import closing
+from functools import partial
 from pathlib import Path
 from typing import Any
 
@@ -25,10 +27,9 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib
 
-import make_world
-from drive import DOWNLOAD_PATIENCE, Road, RoadError, adopt_orphans
 from make_world import WorldError
 from platforms import Native
+from road import DOWNLOAD_PATIENCE, Road, RoadError, travel
 from scene import end_process, exit_on_terminate, read_line, say
 
 PROGRAM = "Emberwake Online Launcher"
@@ -222,6 +223,11 @@ def how_far(bar: Any, least: float) -> float:
     return value if value > least else 0.0
 
 
+def listen(road: Road, ears: Ears) -> None:
+    ears.open(road.environment)
+    drive(Listener(road, ears))
+
+
 def main() -> int:
     parser = argparse.ArgumentParser(description="Drive the launcher by what it tells a screen reader.")
     parser.add_argument("--program", required=True, type=Path, help="the built launcher")
@@ -239,28 +245,11 @@ def main() -> int:
         return 1
 
     road = Road(platform, given.base_url, given.out, given.scratch)
-    ears = Ears()
-    try:
-        adopt_orphans()
-        road.open()
-        ears.open(road.environment)
-        drive(Listener(road, ears))
-    except RoadError as error:
-        say(f"FAILED: {error}")
-        road.explain_failure()
-        return 1
-    except (WorldError, make_world.WorldError) as error:
-        say(f"FAILED: {error}")
-        return 1
-    except KeyboardInterrupt:
-        say("Broken off.")
-        return 130
-    finally:
-        road.close()
-        ears.close()
-
-    say("The whole road was told.")
-    return 0
+    with closing(Ears()) as ears:
+        result = travel(road, partial(listen, road, ears))
+    if result == 0:
+        say("The whole road was told.")
+    return result
 
 
 if __name__ == "__main__":

@@ -9,8 +9,8 @@ from pathlib import Path
 
 import archives
 from diskjudge import NAME, DiskJudge
-from drive import ACTION_BUTTON
 from namespaces import mount
+from road import ACTION_BUTTON
 from testbed import ARCHIVE, CLIENT, SERVER
 
 MEBIBYTE = 1024**2

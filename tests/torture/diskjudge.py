@@ -9,10 +9,10 @@ from collections.abc import Callable
 from pathlib import Path
 
 from archives import contents, unpacked
-from drive import ACTION_BUTTON, SELECT_SERVER, SERVERS, RoadError, client_button
 from faultserver import FaultServer, Told
 from namespaces import mount
 from neighbour import Neighbour
+from road import ACTION_BUTTON, SELECT_SERVER, SERVERS, RoadError, client_button
 from testbed import ARCHIVE, BASE_URL, CHOICE, CLIENT, FAILED, FINISHED, RUNNING, SERVER, VERSION, SlowError, Testbed
 
 SPEED = 12_000_000

@@ -7,7 +7,6 @@ import time
 from pathlib import Path
 
 from certificates import REFUSED_CERTIFICATES
-from drive import ACTION_BUTTON
 from faultserver import (
     DRIP,
     ENDLESS,
@@ -21,6 +20,7 @@ from faultserver import (
     WHOLE,
     Told,
 )
+from road import ACTION_BUTTON
 from testbed import ARCHIVE, CLIENT, FAILED, FINISHED, RUNNING, SERVER, VERSION, Testbed
 
 # A word of the toolkit's own text about each failure of the archive.

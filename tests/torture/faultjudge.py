@@ -11,18 +11,6 @@ from pathlib import Path
 from PIL import Image, ImageChops
 
 from certificates import GOOD, REFUSED_CERTIFICATES
-from drive import (
-    CLOSE_BUTTON_OF_PANEL,
-    CONNECTING_TEXT,
-    HOME_TAB,
-    NEWS_TAB,
-    ROOT,
-    SERVER_LABEL,
-    SERVERS,
-    TILES,
-    RoadError,
-    client_button,
-)
 from faultarchive import ArchiveJudge
 from faultplan import (
     DOCUMENT,
@@ -48,6 +36,18 @@ from faultserver import (
     WHOLE,
     FaultServer,
     Told,
+)
+from road import (
+    CLOSE_BUTTON_OF_PANEL,
+    CONNECTING_TEXT,
+    HOME_TAB,
+    NEWS_TAB,
+    ROOT,
+    SERVER_LABEL,
+    SERVERS,
+    TILES,
+    RoadError,
+    client_button,
 )
 from screen import Rect
 from testbed import ARCHIVE, BASE_URL, CHOICE, SERVER, SlowError, Testbed

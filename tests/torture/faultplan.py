@@ -15,8 +15,8 @@ from __future__ import annotations
 from dataclasses import dataclass, field
 
 from certificates import GOOD, REFUSED_CERTIFICATES
-from drive import SERVERS, SLIDE_PICTURE, TILES
 from faultserver import ANSWER_FAULTS, FAULTS, REFUSED
+from road import SERVERS, SLIDE_PICTURE, TILES
 from screen import Rect
 from testbed import ARCHIVE
 

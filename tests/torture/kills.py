@@ -28,7 +28,9 @@ ROOT = Path(__file__).resolve().parents[2]
 sys.path[:0] = [os.fspath(ROOT / folder) for folder in ("demo", "tests/e2e")]
 
 from archives import contents, unpacked
-from drive import (
+from neighbour import Neighbour
+from platforms import Native
+from road import (
     ACTION_BUTTON,
     CLOSE_BUTTON,
     SELECT_SERVER,
@@ -39,8 +41,6 @@ from drive import (
     client_button,
     ended,
 )
-from neighbour import Neighbour
-from platforms import Native
 from scene import exit_on_terminate, say
 from testbed import ARCHIVE, CHOICE, CLIENT, SERVER, VERSION
 

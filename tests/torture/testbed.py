@@ -9,9 +9,9 @@ from pathlib import Path
 
 from PIL import Image, ImageChops, ImageDraw, ImageFilter, ImageFont
 
-from drive import CLIENT_PICTURES, CLOSE_BUTTON, PROGRESS_TEXT, SERVERS, Road, RoadError, client_button, logo
 from pings import Pinger
 from platforms import Native
+from road import CLIENT_PICTURES, CLOSE_BUTTON, PROGRESS_TEXT, SERVERS, Road, RoadError, client_button, logo
 from scene import prepare_installation
 from screen import Rect
 

@@ -11,10 +11,10 @@ from collections.abc import Callable
 from pathlib import Path
 from typing import IO
 
-from drive import adopt_orphans
 from make_world import WorldError, fresh_folder
 from namespaces import enter, own_corner
 from platforms import Native
+from road import adopt_orphans
 from scene import end_process, exit_on_terminate, say
 
 PASSED, FAILED, SKIPPED = "passed", "FAILED", "skipped"
