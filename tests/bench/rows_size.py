@@ -39,6 +39,6 @@ def size(setting: Setting, _: Web) -> list[Row]:
         with zipfile.ZipFile(package) as archive:
             largest = sorted(archive.infolist(), key=lambda entry: -entry.compress_size)[:6]
         made_of = ", ".join(f"{Path(entry.filename).name} {entry.compress_size // KIB}" for entry in largest)
-        rows.append(stated("size: portable Windows archive", "KiB", package.stat().st_size / KIB,
+        rows.append(stated(f"size: {package.name}", "KiB", package.stat().st_size / KIB,
                            note=f"largest, compressed, KiB: {made_of}"))
     return rows
