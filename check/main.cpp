@@ -66,11 +66,15 @@ QByteArray fetchDocument(const QUrl &url, Fetcher &fetcher, Findings &findings)
     QBuffer body;
     body.open(QIODevice::WriteOnly);
     findings << findingsOfFetch(fetcher.fetch(url, body, Fetcher::smallThings), {}, what, url);
+    if (!findings.isEmpty() && url.fileName().isEmpty()) {
+        findings.first().mend +=
+            QStringLiteral("; the address of a document ends in its name, as in /launcher.xml");
+    }
     return body.data();
 }
 
-// What players have now is the live document. Nothing when that cannot be had whole.
-std::optional<QByteArray> previousDocument(const QString &previous, Fetcher &fetcher)
+// What players have now is the live document, which has to be had whole.
+Input::Content previousDocument(const QString &previous, Fetcher &fetcher)
 {
     if (!isAddress(previous)) {
         return Input::contentOf(previous);
