@@ -281,7 +281,15 @@ void TestCheckProgram::previousFromTheNetwork()
     const QString missing = server.url(QStringLiteral("missing.xml"));
     const Run wrong = check({QStringLiteral("--previous"), missing, documentName});
     QCOMPARE(wrong.exitCode, 64);
-    QVERIFY(wrong.error.contains(missing + QStringLiteral(" cannot be read.")));
+    QVERIFY(
+        wrong.error.contains(missing + QStringLiteral(" cannot be read: the server answers 404; "
+                                                      "before the first release leave "
+                                                      "--previous out.")));
+    const QString moved = server.url(QStringLiteral("moved.xml"));
+    server.redirect(QStringLiteral("moved.xml"), live);
+    const Run elsewhere = check({QStringLiteral("--previous"), moved, documentName});
+    QVERIFY(elsewhere.error.contains(
+        QStringLiteral("%1 cannot be read: it is redirected to %2.").arg(moved, live)));
 }
 
 void TestCheckProgram::wrongUse_data()
@@ -293,19 +301,29 @@ void TestCheckProgram::wrongUse_data()
                                                                     Qt::SkipEmptyParts)
                             << QString::fromLatin1(why);
     };
-    row("nothing", "", "Name one document.");
-    row("two documents", "launcher.xml other.xml", "Name one document.");
+    const char one[] = "Name one document: a file, an address, or - for the standard input.";
+    const char noFile[] =
+        "missing.xml cannot be read: there is no such file, and an address begins "
+        "with https:// or http://.";
+    const char base[] =
+        "--base needs an address that begins with https:// or http:// and ends in a "
+        "slash.";
+    row("nothing", "", one);
+    row("two documents", "launcher.xml other.xml", one);
     row("an unknown option", "--shallow launcher.xml", "Unknown option 'shallow'.");
     row("an option without its value", "launcher.xml --code", "Missing value after '--code'.");
-    row("no such file", "missing.xml", "missing.xml cannot be read.");
-    row("no such previous file", "--previous missing.xml launcher.xml",
-        "missing.xml cannot be read.");
+    row("no such file", "missing.xml", noFile);
+    row("no such previous file", "--previous missing.xml launcher.xml", noFile);
+    row("no such authority", "--authority missing.xml launcher.xml", noFile);
+    row("a folder", ".", ". cannot be read: it is a folder.");
     row("a time that is none", "--timeout soon launcher.xml",
         "--timeout needs a number of seconds from 1 to 3600.");
-    row("a base without its slash", "--base https://files.example launcher.xml",
-        "--base needs an address that ends in a slash.");
+    row("a base without its slash", "--base https://files.example launcher.xml", base);
+    row("a base that is a folder", "--base web/ launcher.xml", base);
     row("a finding that is none", "--ignore version-wraps,version-raps launcher.xml",
-        "--ignore: there is no finding \"version-raps\".");
+        "--ignore: there is no finding \"version-raps\"; perhaps version-wraps?");
+    row("a finding of whatever", "--ignore whatever launcher.xml",
+        "--ignore: there is no finding \"whatever\".");
     row("an empty finding", "--ignore version-wraps, launcher.xml",
         "--ignore: there is no finding \"\".");
     row("a severity that is none", "--fail-on note launcher.xml",
