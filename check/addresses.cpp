@@ -29,7 +29,9 @@ bool checkRefusedName(const Place &place, const QString &name, Findings &finding
     findings << errorAt(place, "archive-name-refused",
                         QStringLiteral("nothing is saved as %1, and nothing is downloaded (%2)")
                             .arg(quoted(name), reason),
-                        QStringLiteral("end the address in a plain file name with .zip"));
+                        name.contains(QLatin1Char('\\'))
+                            ? QStringLiteral("write slashes in the address, and no backslashes")
+                            : QStringLiteral("end the address in a plain file name with .zip"));
     return true;
 }
 

@@ -1,6 +1,7 @@
 #include "check/commandline.h"
 
 #include "check/findingids.h"
+#include "check/spelling.h"
 
 #include <QCommandLineParser>
 
@@ -24,6 +25,29 @@ QStringList unknownIds(const QStringList &ids)
     std::copy_if(ids.begin(), ids.end(), std::back_inserter(unknown),
                  [](const QString &id) { return !findingIds().contains(id); });
     return unknown;
+}
+
+// With the ids that may have been meant.
+QString noSuchFinding(const QString &written)
+{
+    QStringList meant;
+    for (const QString &id : findingIds()) {
+        if (!written.isEmpty() && isAlmost(written, QString(id).remove(QLatin1Char('-')))) {
+            meant << id;
+        }
+    }
+    const QString problem = QStringLiteral("--ignore: there is no finding \"%1\"").arg(written);
+    return meant.isEmpty()
+               ? problem + QLatin1Char('.')
+               : QStringLiteral("%1; perhaps %2?").arg(problem, meant.join(QStringLiteral(" or ")));
+}
+
+// As the setting of the launcher's build has it.
+bool isBase(const QString &address)
+{
+    const bool isOfTheWeb = address.startsWith(QLatin1String("https://")) ||
+                            address.startsWith(QLatin1String("http://"));
+    return isOfTheWeb && address.endsWith(QLatin1Char('/'));
 }
 } // namespace
 
@@ -59,8 +83,10 @@ CommandLine parseCommandLine(const QStringList &arguments)
         QStringLiteral("Fetches logos, pictures and archives and checks them too."));
     const QCommandLineOption base(
         QStringLiteral("base"),
-        QStringLiteral("Where the logos lie, with a slash at the end. Without it: beside the "
-                       "document's address, or for a file the address built into the launcher."),
+        QStringLiteral(
+            "Where the logos lie: an address with a slash at the end. Without it: beside "
+            "the document's address, or for a file the address built into the "
+            "launcher."),
         QStringLiteral("URL"));
     const QCommandLineOption authority(
         QStringLiteral("authority"),
@@ -109,16 +135,17 @@ CommandLine parseCommandLine(const QStringList &arguments)
     if (!parsed) {
         line.wrong = parser.errorText();
     } else if (parser.positionalArguments().size() != 1) {
-        line.wrong = QStringLiteral("Name one document.");
+        line.wrong = QStringLiteral("Name one document: a file, an address, or - for the standard "
+                                    "input.");
     } else if (!isNumber || line.timeout < 1 || line.timeout > 3600) {
         line.wrong = QStringLiteral("--timeout needs a number of seconds from 1 to 3600.");
     } else if (!unknown.isEmpty()) {
-        line.wrong =
-            QStringLiteral("--ignore: there is no finding \"%1\".").arg(unknown.constFirst());
+        line.wrong = noSuchFinding(unknown.constFirst());
     } else if (parser.value(failOn) != severityName(line.failOn)) {
         line.wrong = QStringLiteral("--fail-on needs error or warning.");
-    } else if (parser.isSet(base) && !line.base.endsWith(QLatin1Char('/'))) {
-        line.wrong = QStringLiteral("--base needs an address that ends in a slash.");
+    } else if (parser.isSet(base) && !isBase(line.base)) {
+        line.wrong = QStringLiteral("--base needs an address that begins with https:// or http:// "
+                                    "and ends in a slash.");
     } else {
         line.document = parser.positionalArguments().constFirst();
     }

@@ -8,13 +8,13 @@
 #include "check/members.h"
 #include "check/pictures.h"
 #include "check/programs.h"
+#include "check/webpage.h"
 #include "fetch/picturesize.h"
 #include "info/serverpanel.h"
 
 #include <QBuffer>
 #include <QFile>
 #include <QHash>
-#include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
 
@@ -30,22 +30,27 @@ struct FetchedArchive {
     QString damage; // without a password, or with the code
 };
 
-bool isWebPage(const QString &fileName)
+QByteArray beginningOf(const QString &fileName)
 {
-    constexpr int enough = 512;
-    static const QRegularExpression beginning(
-        QStringLiteral(
-            "^(\\xEF\\xBB\\xBF)?\\s*(<!--.*?-->\\s*)*<(!doctype\\s+html|html|head|body)\\b"),
-        QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
+    constexpr int enough = 1024;
     QFile file(fileName);
-    return file.open(QIODevice::ReadOnly) &&
-           beginning.match(QString::fromLatin1(file.read(enough))).hasMatch();
+    return file.open(QIODevice::ReadOnly) ? file.read(enough) : QByteArray();
 }
 
 // What to do about something that does not arrive.
-QString mendOf(const Fetched &fetched)
+QString mendOf(const Fetched &fetched, const QString &what)
 {
     switch (fetched.failure) {
+    case Fetched::Missing:
+        return what == QLatin1String("logo")
+                   ? QStringLiteral("publish it under this address: the server's name with .png, "
+                                    "capital letters as in the document")
+                   : QStringLiteral("publish the file, or mend the address, in which capital "
+                                    "letters count");
+    case Fetched::NoHost:
+        return QStringLiteral("mend the host's name in the address");
+    case Fetched::NobodyListens:
+        return QStringLiteral("start the web server, or mend the host and the port of the address");
     case Fetched::CutShort:
         return QStringLiteral(
             "compare the file on the server with yours and upload it again; if it "
@@ -189,7 +194,7 @@ private:
         result.fetched = m_fetcher.fetch(url, file, Fetcher::archives);
         file.close();
         if (result.fetched.arrived) {
-            result.isWebPage = isWebPage(file.fileName());
+            result.isWebPage = isWebPage(beginningOf(file.fileName()));
             result.archive = openArchive(file.fileName());
             const bool locked = result.archive.encryptedFiles > 0;
             if (result.archive.opens && (!locked || !m_code.isEmpty())) {
@@ -232,12 +237,14 @@ private:
             m_findings << errorAt(entry.place, "archive-refused",
                                   named + QStringLiteral(" is refused by the extractor: ") +
                                       known.archive.refusal,
-                                  QStringLiteral("pack it without that"));
+                                  QStringLiteral("pack it anew without that, with Deflate where "
+                                                 "the program offers other methods"));
         } else {
             m_findings << errorAt(entry.place, "archive-broken",
                                   named + QStringLiteral(" cannot be opened: ") +
                                       known.archive.refusal,
-                                  QStringLiteral("publish a zip archive"));
+                                  QStringLiteral("pack a zip archive, upload it whole, and "
+                                                 "compare its size with yours"));
         }
     }
 
@@ -297,12 +304,13 @@ Findings findingsOfFetch(const Fetched &fetched, const Place &place, const QStri
     if (fetched.distrusted) {
         return {errorAt(place, "tls-error", named + QStringLiteral("is refused: ") + fetched.error,
                         QStringLiteral("give the server a certificate that players' machines "
-                                       "trust, for this host name"))};
+                                       "trust, for this host name; for a try, --authority trusts "
+                                       "one of your own"))};
     }
     if (!fetched.arrived) {
         return {errorAt(place, "unreachable",
                         named + QStringLiteral("does not arrive: ") + fetched.error,
-                        mendOf(fetched))};
+                        mendOf(fetched, what))};
     }
     return {};
 }

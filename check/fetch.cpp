@@ -46,10 +46,19 @@ bool isCutShort(const QNetworkReply &reply, const ReplyBody &body)
                      reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
 }
 
-Fetched::Failure failureOf(int status)
+Fetched::Failure failureOf(QNetworkReply::NetworkError error, int status)
 {
+    if (error == QNetworkReply::HostNotFoundError) {
+        return Fetched::NoHost;
+    }
+    if (error == QNetworkReply::ConnectionRefusedError) {
+        return Fetched::NobodyListens;
+    }
     if (status == 401 || status == 403 || status == 407) {
         return Fetched::Forbidden;
+    }
+    if (status == 404 || status == 410) {
+        return Fetched::Missing;
     }
     return status >= 500 ? Fetched::ServerFault : Fetched::Other;
 }
@@ -115,7 +124,7 @@ Fetched Fetcher::fetch(const QUrl &url, QIODevice &to, Limits limits)
     } else if (reply->error() != QNetworkReply::NoError) {
         result.error = status >= 400 ? QStringLiteral("the server answers %1").arg(status)
                                      : reply->errorString();
-        result.failure = failureOf(status);
+        result.failure = failureOf(reply->error(), status);
     }
     result.arrived = result.error.isEmpty() && !result.redirected;
     delete reply;

@@ -17,7 +17,17 @@ struct Fetched {
     bool sizeStated = false;
     QString target;
     QString error; // why it did not arrive, and of which kind that is
-    enum Failure { Other, CutShort, Silent, TooMuch, Forbidden, ServerFault } failure = Other;
+    enum Failure {
+        Other,
+        CutShort,
+        Silent,
+        TooMuch,
+        Forbidden,
+        Missing,
+        ServerFault,
+        NoHost,
+        NobodyListens,
+    } failure = Other;
 };
 
 // What one fetch took.

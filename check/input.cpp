@@ -1,6 +1,7 @@
 #include "check/input.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <cstdio>
 
@@ -19,6 +20,17 @@ bool openStandardInput(QFile &file)
 #endif
     return file.open(stdin, QIODevice::ReadOnly);
 }
+
+// In the same words on every system.
+QString whyNotRead(const QFile &file)
+{
+    const QFileInfo info(file.fileName());
+    if (!info.exists()) {
+        return QStringLiteral("there is no such file, and an address begins with https:// or "
+                              "http://");
+    }
+    return info.isDir() ? QStringLiteral("it is a folder") : file.errorString();
+}
 } // namespace
 
 QString Input::standardInput()
@@ -26,13 +38,13 @@ QString Input::standardInput()
     return QStringLiteral("-");
 }
 
-std::optional<QByteArray> Input::contentOf(const QString &name)
+Input::Content Input::contentOf(const QString &name)
 {
     QFile file(name);
     const bool isOpen =
         name == standardInput() ? openStandardInput(file) : file.open(QIODevice::ReadOnly);
     if (!isOpen) {
-        return std::nullopt;
+        return {std::nullopt, whyNotRead(file)};
     }
-    return file.readAll();
+    return {file.readAll(), {}};
 }

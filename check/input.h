@@ -11,6 +11,12 @@ namespace Input
 // The name that stands for the standard input.
 QString standardInput();
 
-// The file's content, or that of the standard input up to its end; nothing when it cannot be read.
-std::optional<QByteArray> contentOf(const QString &name);
+// What could be read, or a few words that say why nothing could.
+struct Content {
+    std::optional<QByteArray> bytes;
+    QString problem;
+};
+
+// Of the file, or of the standard input up to its end.
+Content contentOf(const QString &name);
 } // namespace Input

@@ -49,14 +49,23 @@ Findings withAssumedBase(Findings findings, const QString &base)
     return findings;
 }
 
-bool trust(const QString &fileName)
+QString notRead(const QString &name, const QString &why)
 {
-    const QList<QSslCertificate> authorities =
-        QSslCertificate::fromData(Input::contentOf(fileName).value_or(QByteArray()));
+    return QStringLiteral("%1 cannot be read: %2.").arg(name, why);
+}
+
+// Returns what is wrong with the file, or an empty text.
+QString trust(const QString &fileName)
+{
+    const Input::Content content = Input::contentOf(fileName);
+    if (!content.bytes) {
+        return notRead(fileName, content.problem);
+    }
+    const QList<QSslCertificate> authorities = QSslCertificate::fromData(*content.bytes);
     QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
     configuration.addCaCertificates(authorities);
     QSslConfiguration::setDefaultConfiguration(configuration);
-    return !authorities.isEmpty();
+    return authorities.isEmpty() ? fileName + QStringLiteral(" holds no certificate.") : QString();
 }
 
 // Fetched as the launcher does, which takes whatever body comes for the document.
@@ -66,11 +75,15 @@ QByteArray fetchDocument(const QUrl &url, Fetcher &fetcher, Findings &findings)
     QBuffer body;
     body.open(QIODevice::WriteOnly);
     findings << findingsOfFetch(fetcher.fetch(url, body, Fetcher::smallThings), {}, what, url);
+    if (!findings.isEmpty() && url.fileName().isEmpty()) {
+        findings.first().mend +=
+            QStringLiteral("; the address of a document ends in its name, as in /launcher.xml");
+    }
     return body.data();
 }
 
-// What players have now is the live document. Nothing when that cannot be had whole.
-std::optional<QByteArray> previousDocument(const QString &previous, Fetcher &fetcher)
+// What players have now is the live document, which has to be had whole.
+Input::Content previousDocument(const QString &previous, Fetcher &fetcher)
 {
     if (!isAddress(previous)) {
         return Input::contentOf(previous);
@@ -78,7 +91,15 @@ std::optional<QByteArray> previousDocument(const QString &previous, Fetcher &fet
     QBuffer body;
     body.open(QIODevice::WriteOnly);
     const Fetched fetched = fetcher.fetch(QUrl(previous), body, Fetcher::smallThings);
-    return fetched.arrived ? std::make_optional(body.data()) : std::nullopt;
+    if (fetched.arrived) {
+        return {body.data(), {}};
+    }
+    if (fetched.redirected) {
+        return {std::nullopt, QStringLiteral("it is redirected to ") + fetched.target};
+    }
+    const QString hint = QStringLiteral("; before the first release leave --previous out");
+    return {std::nullopt,
+            fetched.failure == Fetched::Missing ? fetched.error + hint : fetched.error};
 }
 } // namespace
 
@@ -93,20 +114,23 @@ int main(int argc, char *argv[])
     if (!line.wrong.isEmpty()) {
         return wrongUse(line.wrong);
     }
-    if (!line.authority.isEmpty() && !trust(line.authority)) {
-        return wrongUse(line.authority + QStringLiteral(" holds no certificate."));
+    if (!line.authority.isEmpty()) {
+        const QString problem = trust(line.authority);
+        if (!problem.isEmpty()) {
+            return wrongUse(problem);
+        }
     }
 
     Fetcher fetcher(line.timeout);
     Findings findings;
     QString base = BuildSettings::baseUrl();
-    std::optional<QByteArray> body;
+    Input::Content body;
     bool arrived = true;
     if (isAddress(line.document)) {
         const QUrl url(line.document);
         base = url.adjusted(QUrl::RemoveFilename | QUrl::RemoveQuery | QUrl::RemoveFragment)
                    .toString();
-        body = fetchDocument(url, fetcher, findings);
+        body.bytes = fetchDocument(url, fetcher, findings);
         arrived = findings.isEmpty();
         if (isOpenToOthers(url)) {
             findings << openToOthers({}, QStringLiteral("the document's address"), url);
@@ -114,8 +138,8 @@ int main(int argc, char *argv[])
     } else {
         body = Input::contentOf(line.document);
     }
-    if (!body) {
-        return wrongUse(line.document + QStringLiteral(" cannot be read."));
+    if (!body.bytes) {
+        return wrongUse(notRead(line.document, body.problem));
     }
     const bool namesBase = !line.base.isEmpty() || isAddress(line.document);
     if (!line.base.isEmpty()) {
@@ -124,16 +148,16 @@ int main(int argc, char *argv[])
 
     std::optional<DocumentContent> previous;
     if (!line.previous.isEmpty()) {
-        const std::optional<QByteArray> bytes = previousDocument(line.previous, fetcher);
-        if (!bytes) {
-            return wrongUse(line.previous + QStringLiteral(" cannot be read."));
+        const Input::Content before = previousDocument(line.previous, fetcher);
+        if (!before.bytes) {
+            return wrongUse(notRead(line.previous, before.problem));
         }
-        previous = readContent(*bytes, line.code);
+        previous = readContent(*before.bytes, line.code);
     }
 
     Report report;
     report.asked = line;
-    const DocumentContent content = readContent(*body, line.code);
+    const DocumentContent content = readContent(*body.bytes, line.code);
     report.view = playersViewOf(content);
     // Of the page that says so there is nothing to mend.
     if (arrived) {

@@ -150,7 +150,8 @@ void checkKinds(const QVector<ClientEntry> &clients, Findings &findings)
                                                "button shows it")
                                     .arg(quoted(kind)),
                                 QStringLiteral("name it \"Official\" or \"Beta\", in these "
-                                               "letters"));
+                                               "letters; a build for testers is one of the two, "
+                                               "with an auth"));
         }
     }
 }

@@ -56,7 +56,7 @@ void writePlayersView(QTextStream &out, const PlayersView &view)
     if (view.outdated) {
         out << "  You current launcher is outdated! Please download a new one!\n";
     }
-    out << "  Servers, from left to right:\n";
+    out << "  Servers, from left to right:\n" << (view.columns.isEmpty() ? "    (none)\n" : "");
     for (const PlayersView::Column &column : view.columns) {
         out << "    " << printable(column.server) << "  " << printable(buttonsText(column)) << '\n';
     }

@@ -1,6 +1,7 @@
 #include "check/pictures.h"
 
 #include "base/documentlimits.h"
+#include "check/webpage.h"
 #include "fetch/picturesize.h"
 
 #include <QBuffer>
@@ -34,7 +35,10 @@ Finding isStretched(const QSize &size, const QSize &shown, const Place &place, c
                          .arg(size.height())
                          .arg(shown.width())
                          .arg(shown.height()),
-                     QStringLiteral("cut it to the proportions of its place"));
+                     QStringLiteral("if it is the right picture, cut it to the proportions of its "
+                                    "place, best to %1 x %2")
+                         .arg(2 * shown.width())
+                         .arg(2 * shown.height()));
 }
 
 bool hasOtherShape(const QSize &size, const QSize &shown)
@@ -83,6 +87,48 @@ bool isCut(const QByteArray &bytes)
 {
     return isJpeg(bytes) && bytes.lastIndexOf("\xFF\xD9") < firstScan(bytes);
 }
+
+// A kind of picture that operators have at hand, and the launcher does not decode; empty when it is
+// none of them.
+QString unknownKind(const QByteArray &bytes)
+{
+    if (bytes.startsWith("RIFF") && bytes.mid(8, 4) == "WEBP") {
+        return QStringLiteral("WebP");
+    }
+    if (bytes.mid(4, 4) == "ftyp") {
+        return QStringLiteral("AVIF or HEIC");
+    }
+    if (bytes.startsWith("8BPS")) {
+        return QStringLiteral("Photoshop");
+    }
+    constexpr int enough = 1024;
+    return bytes.left(enough).contains("<svg") ? QStringLiteral("SVG") : QString();
+}
+
+// What the launcher decodes nothing of.
+Finding isNotShown(const QByteArray &bytes, const Place &place, const QString &named)
+{
+    const QString loss = QStringLiteral(": players see an empty place");
+    const QString kind = unknownKind(bytes);
+    if (isWebPage(bytes)) {
+        return errorAt(place, "not-a-picture", named + QStringLiteral(" is a web page") + loss,
+                       QStringLiteral("name the address of the file itself, not that of a page "
+                                      "about it or behind a login"));
+    }
+    if (!kind.isEmpty()) {
+        return errorAt(
+            place, "not-a-picture",
+            named + QStringLiteral(" is %1, which the launcher does not know").arg(kind) + loss,
+            QStringLiteral("save it as PNG or JPEG; another name alone changes nothing"));
+    }
+    if (bytes.startsWith("\x89PNG") || isJpeg(bytes) || bytes.startsWith("GIF8")) {
+        return errorAt(place, "not-a-picture",
+                       named + QStringLiteral(" is damaged, or breaks off") + loss,
+                       QStringLiteral("upload it again; if it is whole there, save it anew"));
+    }
+    return errorAt(place, "not-a-picture", named + QStringLiteral(" is no picture") + loss,
+                   QStringLiteral("publish a PNG or JPEG file"));
+}
 } // namespace
 
 QSize shownSizeOfLogo()
@@ -113,9 +159,7 @@ Findings findingsOfPicture(const QByteArray &bytes, const QSize &shown, const Pl
     }
     const QImage picture = decodedPicture(bytes);
     if (picture.isNull()) {
-        return {errorAt(place, "not-a-picture",
-                        named + QStringLiteral(" is no picture: players see an empty place"),
-                        QStringLiteral("publish a PNG or JPEG file"))};
+        return {isNotShown(bytes, place, named)};
     }
     Findings findings;
     if (isCut(bytes)) {

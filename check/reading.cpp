@@ -56,12 +56,19 @@ bool isMeantForUs(const DocumentElement &element)
            (nearly.match(element.name).hasMatch() && hasAnyOf(attributes, ours));
 }
 
+QString mendOfXml()
+{
+    return QStringLiteral("mend the text here or shortly before; in texts and addresses write "
+                          "\"&amp;\" for \"&\", \"&lt;\" for \"<\" and \"&quot;\" for a quotation "
+                          "mark");
+}
+
 Finding stopsBeingXml(const DocumentEnd &end)
 {
     return errorAt({end.line, end.column}, "not-well-formed",
                    QStringLiteral("the text stops being XML, and what follows is lost: ") +
                        end.error,
-                   QStringLiteral("mend the text here or shortly before"));
+                   mendOfXml());
 }
 
 // The same behind what is read, where it does no harm yet.
@@ -70,17 +77,17 @@ Finding restStopsBeingXml(const DocumentEnd &end)
     return warningAt({end.line, end.column}, "not-well-formed",
                      QStringLiteral("the text stops being XML behind what the launcher reads: ") +
                          end.error,
-                     QStringLiteral("mend the text here or shortly before"));
+                     mendOfXml());
 }
 
 Finding missesAttributes(const DocumentElement &broken, const QString &lost)
 {
     const QStringList missing = missingAttributes(broken.name, broken.attributes);
     return errorAt(placeOf(broken), "missing-attribute",
-                   QStringLiteral("the %1 element lacks %2: it is lost, and so is what follows "
-                                  "(%3)")
-                       .arg(broken.name, missing.join(QStringLiteral(", ")),
-                            lost.isEmpty() ? QStringLiteral("nothing else") : lost),
+                   QStringLiteral("the %1 element lacks %2: it is lost")
+                           .arg(broken.name, missing.join(QStringLiteral(", "))) +
+                       (lost.isEmpty() ? QString()
+                                       : QStringLiteral(", and so is what follows (%1)").arg(lost)),
                    missing.contains(QStringLiteral("version")) ||
                            missing.contains(QStringLiteral("url"))
                        ? QStringLiteral("add it: a client needs a version above 0 and the address "

@@ -19,7 +19,8 @@ void checkStep(const ClientEntry &entry, const QString &before, Findings &findin
         findings << warningAt(
             entry.place, "version-lower",
             QStringLiteral("the version falls: ") + versions + consequence,
-            QStringLiteral("publish the older build again under a greater version"));
+            QStringLiteral("write a greater version than %1, for an older build as well")
+                .arg(quoted(before)));
     } else if (weight == weightBefore) {
         findings << warningAt(entry.place, "version-equal",
                               QStringLiteral("the versions count the same: ") + versions +
@@ -44,7 +45,8 @@ void checkArchive(const ClientEntry &entry, const ClientInfo &before, Findings &
             QStringLiteral("version %1 has the address of %2's archive: players may get the "
                            "earlier one, which caches keep")
                 .arg(quoted(entry.info.version), quoted(before.version)),
-            QStringLiteral("upload each archive under a name of its own"));
+            QStringLiteral("upload each archive under a name of its own, and write its address "
+                           "into url"));
     }
 }
 
@@ -161,7 +163,8 @@ void checkDuplicates(const QVector<ClientEntry> &clients, const EntryCounts &cou
                                                "%2, client %3: nobody sees it")
                                     .arg(QString::number(found->line), quoted(entry.info.server),
                                          quoted(entry.info.client)),
-                                QStringLiteral("remove one of the two"));
+                                QStringLiteral("remove one of the two; if one is meant for "
+                                               "testers alone, give it its auth"));
         }
         later.insert(own, entry.place);
     }
@@ -197,7 +200,8 @@ void checkSharedArchives(const QVector<ClientEntry> &clients, Findings &findings
                                                  "%3: players get the same under both names")
                                       .arg(quoted(entry.info.version), quoted(other->info.version))
                                       .arg(other->place.line),
-                                  QStringLiteral("name the archive of each version"));
+                                  QStringLiteral("write the address of each version's own "
+                                                 "archive into url"));
         }
     }
 }

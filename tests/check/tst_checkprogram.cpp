@@ -100,6 +100,13 @@ private slots:
 
     void documentFromTheNetwork_data();
     void documentFromTheNetwork();
+    void folderInPlaceOfTheDocument();
+    void noServers();
+    void swappedPicture();
+    void nobodyAnswers_data();
+    void nobodyAnswers();
+    void picturesThatAreNone_data();
+    void picturesThatAreNone();
     void logosLieBesideTheDocument();
     void missingLogoOfAFile();
     void archiveThatDoesNotArrive_data();
@@ -274,7 +281,15 @@ void TestCheckProgram::previousFromTheNetwork()
     const QString missing = server.url(QStringLiteral("missing.xml"));
     const Run wrong = check({QStringLiteral("--previous"), missing, documentName});
     QCOMPARE(wrong.exitCode, 64);
-    QVERIFY(wrong.error.contains(missing + QStringLiteral(" cannot be read.")));
+    QVERIFY(
+        wrong.error.contains(missing + QStringLiteral(" cannot be read: the server answers 404; "
+                                                      "before the first release leave "
+                                                      "--previous out.")));
+    const QString moved = server.url(QStringLiteral("moved.xml"));
+    server.redirect(QStringLiteral("moved.xml"), live);
+    const Run elsewhere = check({QStringLiteral("--previous"), moved, documentName});
+    QVERIFY(elsewhere.error.contains(
+        QStringLiteral("%1 cannot be read: it is redirected to %2.").arg(moved, live)));
 }
 
 void TestCheckProgram::wrongUse_data()
@@ -286,19 +301,29 @@ void TestCheckProgram::wrongUse_data()
                                                                     Qt::SkipEmptyParts)
                             << QString::fromLatin1(why);
     };
-    row("nothing", "", "Name one document.");
-    row("two documents", "launcher.xml other.xml", "Name one document.");
+    const char one[] = "Name one document: a file, an address, or - for the standard input.";
+    const char noFile[] =
+        "missing.xml cannot be read: there is no such file, and an address begins "
+        "with https:// or http://.";
+    const char base[] =
+        "--base needs an address that begins with https:// or http:// and ends in a "
+        "slash.";
+    row("nothing", "", one);
+    row("two documents", "launcher.xml other.xml", one);
     row("an unknown option", "--shallow launcher.xml", "Unknown option 'shallow'.");
     row("an option without its value", "launcher.xml --code", "Missing value after '--code'.");
-    row("no such file", "missing.xml", "missing.xml cannot be read.");
-    row("no such previous file", "--previous missing.xml launcher.xml",
-        "missing.xml cannot be read.");
+    row("no such file", "missing.xml", noFile);
+    row("no such previous file", "--previous missing.xml launcher.xml", noFile);
+    row("no such authority", "--authority missing.xml launcher.xml", noFile);
+    row("a folder", ".", ". cannot be read: it is a folder.");
     row("a time that is none", "--timeout soon launcher.xml",
         "--timeout needs a number of seconds from 1 to 3600.");
-    row("a base without its slash", "--base https://files.example launcher.xml",
-        "--base needs an address that ends in a slash.");
+    row("a base without its slash", "--base https://files.example launcher.xml", base);
+    row("a base that is a folder", "--base web/ launcher.xml", base);
     row("a finding that is none", "--ignore version-wraps,version-raps launcher.xml",
-        "--ignore: there is no finding \"version-raps\".");
+        "--ignore: there is no finding \"version-raps\"; perhaps version-wraps?");
+    row("a finding of whatever", "--ignore whatever launcher.xml",
+        "--ignore: there is no finding \"whatever\".");
     row("an empty finding", "--ignore version-wraps, launcher.xml",
         "--ignore: there is no finding \"\".");
     row("a severity that is none", "--fail-on note launcher.xml",
@@ -410,6 +435,109 @@ void TestCheckProgram::documentFromTheNetwork()
     QCOMPARE(server.requests(QStringLiteral("good")), path == QLatin1String("good") ? 1 : 0);
 }
 
+void TestCheckProgram::folderInPlaceOfTheDocument()
+{
+    HttpServer server;
+    const QString hint = QStringLiteral("the address of a document ends in its name");
+    QVERIFY(check({server.url(QStringLiteral("world/"))}).output.contains(hint));
+    QVERIFY(!check({server.url(QStringLiteral("world/launcher.xml"))}).output.contains(hint));
+}
+
+void TestCheckProgram::noServers()
+{
+    const ScratchFolder folder;
+    const QString none = QStringLiteral("  Servers, from left to right:\n    (none)\n");
+    ScratchFolder::write(documentName, Documents::launcher({}));
+    QVERIFY(check({documentName}).output.contains(none));
+    ScratchFolder::write(documentName, manyThings);
+    QVERIFY(!check({documentName}).output.contains(none));
+}
+
+// One that stands in another's place has another shape, most times.
+void TestCheckProgram::swappedPicture()
+{
+    HttpServer server;
+    const QString picture = server.url(QStringLiteral("slide.png"));
+    server.serve(QStringLiteral("slide.png"), Documents::png(650, 650, 0));
+    server.serve(documentName, Documents::launcher(
+                                   {Documents::news(QStringLiteral("news"), QStringLiteral("t"),
+                                                    QStringLiteral("d"), picture, server.url())}));
+    const Run run = check({QStringLiteral("--deep"), server.url(documentName)});
+    QVERIFY2(run.output.contains(
+                 QStringLiteral("[picture-shape]\n    mend: if it is the right picture, cut it to "
+                                "the proportions of its place, best to 1118 x 638\n")),
+             qPrintable(run.output));
+}
+
+void TestCheckProgram::nobodyAnswers_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<QString>("mend");
+    QTest::newRow("no server") << QStringLiteral("http://127.0.0.1:9/launcher.xml")
+                               << QStringLiteral("start the web server, or mend the host and the "
+                                                 "port of the address");
+#ifndef Q_OS_WIN
+    // Longer than any name: so nobody is asked, and it does not matter who would answer.
+    const QString label = QString(60, QLatin1Char('x')) + QLatin1Char('.');
+    QTest::newRow("no host")
+        << QStringLiteral("http://%1example/launcher.xml").arg(label.repeated(4))
+        << QStringLiteral("mend the host's name in the address");
+#endif
+}
+
+void TestCheckProgram::nobodyAnswers()
+{
+    QFETCH(QString, address);
+    QFETCH(QString, mend);
+    const Run run = check({QStringLiteral("--json"), address});
+    QCOMPARE(idsIn(run).constFirst(), QStringLiteral("unreachable"));
+    QVERIFY2(run.output.contains(mend), qPrintable(run.output));
+}
+
+// What an operator reads of a picture that players do not see: what it is, and what to do.
+void TestCheckProgram::picturesThatAreNone_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<QString>("what");
+    QTest::addColumn<QString>("mend");
+    const QString another = QStringLiteral("another name alone changes nothing");
+    QTest::newRow("page") << QByteArray("<!DOCTYPE html>\n<p>Sign in")
+                          << QStringLiteral("a web page")
+                          << QStringLiteral("the address of the file itself");
+    QTest::newRow("WebP") << QByteArray("RIFF\x10\x00\x00\x00WEBPVP8 ", 16)
+                          << QStringLiteral("WebP, which the launcher does not know") << another;
+    QTest::newRow("AVIF") << QByteArray("\x00\x00\x00\x20"
+                                        "ftypavif",
+                                        12)
+                          << QStringLiteral("AVIF or HEIC, which") << another;
+    QTest::newRow("SVG") << QByteArray("<?xml version='1.0'?><svg/>")
+                         << QStringLiteral("SVG, which") << another;
+    QTest::newRow("cut") << Documents::png(40, 40, 0).left(40)
+                         << QStringLiteral("damaged, or breaks off")
+                         << QStringLiteral("upload it again");
+    QTest::newRow("text") << QByteArray("tile one") << QStringLiteral("no picture")
+                          << QStringLiteral("publish a PNG or JPEG file");
+}
+
+void TestCheckProgram::picturesThatAreNone()
+{
+    QFETCH(QByteArray, body);
+    QFETCH(QString, what);
+    QFETCH(QString, mend);
+    HttpServer server;
+    const QString picture = server.url(QStringLiteral("p.png"));
+    server.serve(QStringLiteral("p.png"), body);
+    server.serve(documentName, Documents::launcher(
+                                   {Documents::news(QStringLiteral("news"), QStringLiteral("t"),
+                                                    QStringLiteral("d"), picture, server.url())}));
+    const Run run = check({QStringLiteral("--deep"), server.url(documentName)});
+    const QString said = findingsPart(run.output);
+    QVERIFY2(said.contains(QStringLiteral("the picture %1 is %2").arg(picture, what)),
+             qPrintable(said));
+    QVERIFY2(said.contains(QStringLiteral("[not-a-picture]\n    mend: ")) && said.contains(mend),
+             qPrintable(said));
+}
+
 void TestCheckProgram::logosLieBesideTheDocument()
 {
     const ScratchFolder folder;
@@ -447,6 +575,7 @@ void TestCheckProgram::missingLogoOfAFile()
     const Run named =
         check({QStringLiteral("--deep"), QStringLiteral("--base"), server.url(), documentName});
     QVERIFY(named.output.contains(QStringLiteral("[unreachable]")));
+    QVERIFY(named.output.contains(QStringLiteral("the server's name with .png, capital letters")));
     QVERIFY(!named.output.contains(hint));
 }
 
@@ -462,7 +591,10 @@ void TestCheckProgram::archiveThatDoesNotArrive_data()
     QTest::newRow("fault") << QStringLiteral("fault.zip") << QStringLiteral("unreachable")
                            << QStringLiteral("look into the server's log");
     QTest::newRow("missing") << QStringLiteral("missing.zip") << QStringLiteral("unreachable")
-                             << QStringLiteral("publish the file, or mend the address");
+                             << QStringLiteral("publish the file, or mend the address, in which "
+                                               "capital letters count");
+    QTest::newRow("refused") << QStringLiteral("refused.zip") << QStringLiteral("archive-refused")
+                             << QStringLiteral("pack it anew without that, with Deflate");
     QTest::newRow("page") << QStringLiteral("page.zip") << QStringLiteral("archive-broken")
                           << QStringLiteral("is a web page: the download fails");
 }
@@ -478,6 +610,8 @@ void TestCheckProgram::archiveThatDoesNotArrive()
     server.serve(QStringLiteral("forbidden.zip"), "no", 403);
     server.serve(QStringLiteral("fault.zip"), "no", 503);
     server.serveWithoutLength(QStringLiteral("page.zip"), "\n<!DOCTYPE html>\n<p>Sign in");
+    server.serve(QStringLiteral("refused.zip"),
+                 Archives::zip({{QStringLiteral("xx/game.exe"), "#!game"}}).replace("xx/", "../"));
     server.serve(
         documentName,
         Documents::launcher({Documents::client(QStringLiteral("S"), QStringLiteral("Official"),
@@ -520,6 +654,7 @@ void TestCheckProgram::deepWithoutFault()
     const Run cut =
         check({QStringLiteral("--deep"), QStringLiteral("--json"), server.url(documentName)});
     QCOMPARE(idsIn(cut), QStringList{QStringLiteral("archive-broken")});
+    QVERIFY(cut.output.contains(QStringLiteral("upload it whole, and compare its size")));
     QCOMPARE(cut.exitCode, 2);
 }
 
@@ -580,6 +715,8 @@ void TestCheckProgram::certificates()
     QCOMPARE(idsIn(run),
              (QStringList{QStringLiteral("unreachable"), trusted ? QStringLiteral("archive-broken")
                                                                  : QStringLiteral("tls-error")}));
+    QCOMPARE(run.output.contains(QStringLiteral("for a try, --authority trusts one of your own")),
+             !trusted);
 }
 
 void TestCheckProgram::startsNoOtherProgram()

@@ -125,6 +125,9 @@ private slots:
     void bytes_data();
     void bytes();
     void everyFindingSaysHowToMendIt();
+    void mends_data();
+    void mends();
+    void mendsOfReleases();
     void previous_data();
     void previous();
     void sumOfSomethingElse_data();
@@ -638,6 +641,58 @@ void TestFindings::everyFindingSaysHowToMendIt()
         QVERIFY2(!finding.mend.isEmpty() && !finding.text.isEmpty(), qPrintable(finding.id));
         QVERIFY2(!finding.text.contains(QStringLiteral("%1")), qPrintable(finding.text));
     }
+}
+
+// Where a finding's id alone does not tell an operator what to do.
+void TestFindings::mends_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<QString>("said");
+    const auto row = [](const char *id, const QString &elements, const char *said) {
+        QTest::newRow(said) << document(elements) << QString::fromLatin1(id)
+                            << QString::fromLatin1(said);
+    };
+    const QString twice = ofVersion("1.0") + ofVersion("1.1");
+    row("duplicate-client", twice, "if one is meant for testers alone, give it its auth");
+    row("unknown-kind", client(QStringLiteral("S"), QStringLiteral("Test"), QStringLiteral("1.0")),
+        "a build for testers is one of the two, with an auth");
+    row("not-well-formed", QStringLiteral("<x y='Fire & Ember'/>"), "write \"&amp;\" for \"&\"");
+    row("archive-name-refused", ofUrl("https://a.example/clients\\s.zip"),
+        "write slashes in the address, and no backslashes");
+    row("archive-name-refused", ofUrl("https://a.example/game.exe"),
+        "end the address in a plain file name with .zip");
+    row("missing-attribute", QStringLiteral("<news/>") + ofServer("S"),
+        ": it is lost, and so is what follows (1 client)");
+    row("missing-attribute", QStringLiteral("<news/>"), ", clickUrl: it is lost: add");
+}
+
+void TestFindings::mends()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, id);
+    QFETCH(QString, said);
+    const Findings findings = findingsIn(text.toUtf8());
+    const auto found = std::find_if(findings.begin(), findings.end(),
+                                    [&id](const Finding &finding) { return finding.id == id; });
+    QVERIFY(found != findings.end());
+    const QString told = found->text + QStringLiteral(": ") + found->mend;
+    QVERIFY2(told.contains(said), qPrintable(told));
+}
+
+void TestFindings::mendsOfReleases()
+{
+    const QString before = document(official(QStringLiteral("S"), QStringLiteral("1.10")));
+    const QString now = document(official(QStringLiteral("S"), QStringLiteral("1.9")));
+    const DocumentContent previous = readContent(before.toUtf8(), {});
+    const Findings findings = findingsOf(readContent(now.toUtf8(), {}), &previous);
+    QCOMPARE(linesOf(findings), (QStringList{QStringLiteral("warning version-lower 2:1"),
+                                             QStringLiteral("warning archive-reused 2:1")}));
+    QCOMPARE(findings.first().mend,
+             QStringLiteral("write a greater version than \"1.10\", for an older build as well"));
+    QCOMPARE(findings.last().mend,
+             QStringLiteral("upload each archive under a name of its own, and "
+                            "write its address into url"));
 }
 
 void TestFindings::previous_data()
