@@ -1,6 +1,7 @@
 #include "check/pictures.h"
 
 #include "base/documentlimits.h"
+#include "fetch/pictureparts.h"
 #include "fetch/picturesize.h"
 
 #include <QBuffer>
@@ -78,10 +79,11 @@ int firstScan(const QByteArray &bytes)
     return -1;
 }
 
-// The decoder takes what there is and paints the rest grey.
+// The decoder takes what there is, and leaves the rest grey or clear.
 bool isCut(const QByteArray &bytes)
 {
-    return isJpeg(bytes) && bytes.lastIndexOf("\xFF\xD9") < firstScan(bytes);
+    return (isJpeg(bytes) && bytes.lastIndexOf("\xFF\xD9") < firstScan(bytes)) ||
+           breaksOffInGif(bytes);
 }
 } // namespace
 
@@ -121,7 +123,7 @@ Findings findingsOfPicture(const QByteArray &bytes, const QSize &shown, const Pl
     if (isCut(bytes)) {
         findings << errorAt(place, "picture-cut",
                             named + QStringLiteral(" breaks off: players see its beginning, and "
-                                                   "the rest grey"),
+                                                   "nothing or grey of the rest"),
                             QStringLiteral("upload it again"));
     }
     if (hasOtherShape(picture.size(), shown)) {

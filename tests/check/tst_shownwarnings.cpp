@@ -110,6 +110,30 @@ QByteArray twoPicturesInGif()
            QByteArray("!\xF9\4\0\x0A\0\0\0,\0\0\0\0\1\0\1\0\0\2\2L\1\0;", 24);
 }
 
+// A picture of 128 grey tones. Its codes are bytes, for the table never grows between two of its
+// beginnings.
+QByteArray stripesInGif(int side)
+{
+    const auto number = [](int value) { return QByteArray(1, char(value)); };
+    const QByteArray sides = number(side % 256) + number(side / 256);
+    QByteArray bytes = "GIF89a" + sides + sides + QByteArray("\xF6\0\0", 3);
+    for (int tone = 0; tone < 128; ++tone) {
+        bytes += number(2 * tone).repeated(3);
+    }
+    bytes += ',' + QByteArray(4, '\0') + sides + sides + QByteArray("\0\7", 2);
+    constexpr int clear = 128;
+    constexpr int end = 129;
+    constexpr int block = 100;
+    for (int begin = 0; begin < side * side; begin += block) {
+        const int pixels = std::min(block, side * side - begin);
+        bytes += number(pixels + 1) + number(clear);
+        for (int i = begin; i < begin + pixels; ++i) {
+            bytes += number((i % side + i / side) % clear);
+        }
+    }
+    return bytes + number(1) + number(end) + QByteArray("\0;", 2);
+}
+
 QStringList idsIn(const QByteArray &picture, const QSize &shown)
 {
     QStringList ids;
@@ -563,6 +587,9 @@ void TestShownWarnings::cutPicture_data()
     const QByteArray png = Documents::png(stripes(300, 300));
     QTest::newRow("whole") << jpeg << QByteArray();
     QTest::newRow("half") << jpeg.left(jpeg.size() / 2) << QByteArray("picture-cut");
+    const QByteArray gif = stripesInGif(300);
+    QTest::newRow("a whole GIF file") << gif << QByteArray();
+    QTest::newRow("half of a GIF file") << gif.left(gif.size() / 2) << QByteArray("picture-cut");
     QTest::newRow("half of a PNG file") << png.left(png.size() / 2) << QByteArray("not-a-picture");
 }
 
