@@ -102,6 +102,16 @@ QImage stripes(int width, int height)
     return image;
 }
 
+// A JPEG file that says how to turn it, as cameras write it.
+QByteArray withOrientation(QByteArray jpeg, char orientation)
+{
+    const QByteArray directory =
+        QByteArray("\1\0\x12\1\3\0\1\0\0\0", 10) + QByteArray(1, orientation) + QByteArray(7, '\0');
+    const QByteArray exif = QByteArray("Exif\0\0II*\0\x8\0\0\0", 14) + directory;
+    const QByteArray segment = QByteArray("\xFF\xE1\0", 3) + char(exif.size() + 2) + exif;
+    return jpeg.insert(2, segment);
+}
+
 // Two pictures of one pixel, red and blue.
 QByteArray twoPicturesInGif()
 {
@@ -181,6 +191,10 @@ private slots:
 
     void stretchedPicture();
     void animatedPicture();
+    void turnedPicture();
+    void transparentPicture();
+    void logosThatAreOne();
+    void picturesThatAreOne();
     void cutPicture_data();
     void cutPicture();
     void pictures_data();
@@ -577,6 +591,96 @@ void TestShownWarnings::animatedPicture()
     QTRY_VERIFY(!label->pixmap(Qt::ReturnByValue).isNull());
     QCOMPARE(label->movie(), nullptr);
     QCOMPARE(label->pixmap(Qt::ReturnByValue).toImage().pixelColor(0, 0), QColor(Qt::red));
+}
+
+// What lay in the camera lies in the window.
+void TestShownWarnings::turnedPicture()
+{
+    const QByteArray stored = savedAs("JPG", stripes(280, 160));
+    const QByteArray marked = withOrientation(stored, 6);
+    QCOMPARE(idsIn(stored, shownSizeOfTile(0)), QStringList());
+    QCOMPARE(idsIn(withOrientation(stored, 1), shownSizeOfTile(0)), QStringList());
+    QCOMPARE(idsIn(marked, shownSizeOfTile(0)), QStringList{QStringLiteral("picture-turned")});
+
+    Stage stage;
+    stage.server.serve(QStringLiteral("p.jpg"), marked);
+    QVERIFY(stage.load(
+        {Documents::news(QStringLiteral("news"), QStringLiteral("t"), QStringLiteral("d"),
+                         stage.server.url(QStringLiteral("p.jpg")), stage.server.url())}));
+    QVERIFY(stage.deeplyWarnedOf("picture-turned"));
+    QTRY_VERIFY(stage.window->news[0].getOriginalPixmap() != nullptr);
+    QCOMPARE(
+        stage.window->news[0].getOriginalPixmap()->toImage().convertToFormat(QImage::Format_RGB32),
+        QImage::fromData(stored).convertToFormat(QImage::Format_RGB32));
+}
+
+void TestShownWarnings::transparentPicture()
+{
+    QImage clear(280, 160, QImage::Format_ARGB32);
+    clear.fill(Qt::transparent);
+    QImage dotted = clear;
+    dotted.setPixelColor(100, 100, Qt::red);
+    QCOMPARE(idsIn(Documents::png(clear), shownSizeOfTile(0)),
+             QStringList{QStringLiteral("picture-transparent")});
+    QCOMPARE(idsIn(Documents::png(dotted), shownSizeOfTile(0)), QStringList());
+
+    Stage stage;
+    stage.server.serve(QStringLiteral("p.png"), Documents::png(clear));
+    QVERIFY(stage.load(
+        {Documents::news(QStringLiteral("news"), QStringLiteral("t"), QStringLiteral("d"),
+                         stage.server.url(QStringLiteral("p.png")), stage.server.url())}));
+    QVERIFY(stage.deeplyWarnedOf("picture-transparent"));
+    QTRY_VERIFY(!stage.window->news[0].imageLabel->pixmap(Qt::ReturnByValue).isNull());
+    const QImage shown = stage.window->news[0].imageLabel->pixmap(Qt::ReturnByValue).toImage();
+    for (int x = 0; x < shown.width(); ++x) {
+        QCOMPARE(shown.pixelColor(x, shown.height() / 2).alpha(), 0);
+    }
+}
+
+// The panel shows nothing of a server but its logo.
+void TestShownWarnings::logosThatAreOne()
+{
+    Stage stage;
+    stage.server.serve(QStringLiteral("A.png"), Documents::png(320, 150, 0xFF3366));
+    stage.server.serve(QStringLiteral("B.png"), Documents::png(320, 150, 0xFF3366));
+    const QStringList elements{stage.ofServer(QStringLiteral("A")),
+                               stage.ofServer(QStringLiteral("B"))};
+    QVERIFY(stage.load(elements));
+    QVERIFY(stage.deeplyWarnedOf("logos-alike"));
+    const QPushButton *const first = stage.button(0, 0);
+    const QPushButton *const second = stage.button(1, 0);
+    QTRY_VERIFY(!first->icon().isNull() && !second->icon().isNull());
+    const auto shown = [](const QPushButton *button) {
+        return button->icon().pixmap(button->iconSize()).toImage();
+    };
+    QCOMPARE(shown(first), shown(second));
+    QCOMPARE(first->text() + second->text(), QString());
+
+    stage.server.serve(QStringLiteral("B.png"), Documents::png(320, 150, 0x3366FF));
+    QVERIFY(stage.load(elements));
+    QVERIFY(!stage.deeplyWarnedOf("logos-alike"));
+}
+
+// A host that gives everybody else the same small picture.
+void TestShownWarnings::picturesThatAreOne()
+{
+    Stage stage;
+    const auto tileOf = [&stage](const char *path) {
+        return Documents::news(QStringLiteral("news"), QStringLiteral("t"), QStringLiteral("d"),
+                               stage.server.url(QLatin1String(path)), stage.server.url());
+    };
+    stage.server.serve(QStringLiteral("1.png"), Documents::png(4, 4, 0xFF3366));
+    stage.server.serve(QStringLiteral("2.png"), Documents::png(4, 4, 0xFF3366));
+    QVERIFY(stage.load({tileOf("1.png"), tileOf("1.png")}));
+    QCOMPARE(stage.deepIds(), QStringList());
+    QVERIFY(stage.load({tileOf("1.png"), tileOf("2.png")}));
+    QCOMPARE(stage.deepIds(), QStringList{QStringLiteral("pictures-alike")});
+    const auto shown = [&stage](int index) {
+        const QPixmap *picture = stage.window->news[index].getOriginalPixmap();
+        return picture == nullptr ? QImage() : picture->toImage();
+    };
+    QTRY_VERIFY(!shown(0).isNull() && !shown(1).isNull());
+    QCOMPARE(shown(0), shown(1));
 }
 
 void TestShownWarnings::cutPicture_data()
