@@ -192,6 +192,28 @@ void TestFindings::clean_data()
     row("plain http that stays on the machine",
         ofUrl("http://127.0.0.1:8080/a.zip") +
             news("news", "t", "http://localhost/p.png", "http://[::1]/"));
+    row("a try on the own machine, with pages elsewhere",
+        ofUrl("http://127.0.0.1:8080/a.zip") + news("news", "t", "http://localhost/p.png"));
+    const auto ofArchive = [](const char *server, const char *version, const char *name) {
+        return client(QString::fromUtf8(server), QStringLiteral("Official"),
+                      QString::fromLatin1(version),
+                      QStringLiteral("https://a.example/%1").arg(QLatin1String(name)));
+    };
+    row("archives of two servers with one name without theirs",
+        ofArchive("Ashenmoor", "1.0", "game-1.0.zip") +
+            ofArchive("Saltreach", "1.0", "game-1.0.zip"));
+    row("a server's name within another's",
+        ofArchive("Ember", "1.0", "ember-reach-1.0.zip") +
+            ofArchive("Ember Reach", "1.0", "ember-reach-1.0.zip"));
+    row("a server named like a kind",
+        ofArchive("Beta", "1.0", "beta-1.0.zip") + ofArchive("Saltreach", "1.0", "beta-1.0.zip"));
+    row("a game named like its first server",
+        ofArchive("Ember", "1.0", "ember-1.0.zip") + ofArchive("Salt", "1.0", "ember-s-1.0.zip"));
+    for (const char *name :
+         {"a-1.4.2.zip", "a-1.4.2.3315.zip", "a-1.4.02.zip", "a-ue4.27-1.4.2.zip", "a-ue4.27.zip",
+          "a-2026.11.20.zip", "a-1.5.0-rc2.zip", "a-1.5.0beta.zip", "a_1_5_0.zip", "a-150.zip"}) {
+        row(name, ofArchive("S", "1.4.2", name));
+    }
     row("capital letters at the archive's end", ofUrl("https://a.example/A.ZIP"));
     row("the same archive for two servers",
         client(QStringLiteral("A"), QStringLiteral("Official"), QStringLiteral("1.0"),
@@ -506,6 +528,32 @@ void TestFindings::found_data()
         archiveIs(host, (QByteArray("https://") + host + "/a.zip").constData(),
                   "warning private-address 2:1");
     }
+    in("an archive on the own machine, and another elsewhere",
+       ofServer("S") + lines +
+           client(QStringLiteral("T"), QStringLiteral("Official"), QStringLiteral("1.0"),
+                  QStringLiteral("http://localhost:8000/a.zip")),
+       "warning private-address 3:1");
+    in("a picture and a page on the own machine",
+       ofServer("S") + lines + news("news", "t", "http://127.0.0.1/p.png", "http://[::1]/"),
+       "warning private-address 3:1, warning private-address 3:1");
+    in("the archive of another server",
+       client(QStringLiteral("Ashen Moor"), QStringLiteral("Official"), QStringLiteral("1.1"),
+              QStringLiteral("https://a.example/ashen-moor-1.1.zip")) +
+           lines +
+           client(QStringLiteral("Saltreach"), QStringLiteral("Official"), QStringLiteral("1.0.2"),
+                  QStringLiteral("https://a.example/1/Ashen-Moor-1.0.2.zip")),
+       "warning archive-of-another-server 3:1");
+    in("the archive of another version",
+       client(QStringLiteral("S"), QStringLiteral("Official"), QStringLiteral("1.5.0"),
+              QStringLiteral("https://a.example/a-ue4.27-1.4.2.zip")),
+       "warning archive-of-another-version 2:1");
+    in("a page that is an archive",
+       ofUrl("https://a.example/a.zip") + lines +
+           news("news", "t", "https://a.example/p.png", "https://a.example/a.zip"),
+       "warning page-is-file 3:1");
+    in("a page that is the picture",
+       news("news", "t", "https://a.example/p.png", "https://a.example/p.png"),
+       "note page-is-file 2:1");
     archiveIs("a page about the archive", "https://a.example/game/blob/main/a.zip",
               "warning page-address 2:1");
     archiveIs("a page that offers the archive", "https://a.example/a.zip?dl=0",
