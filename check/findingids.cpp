@@ -17,6 +17,7 @@ const char *const ids[] = {
     "archive-not-zip",
     "archive-of-another-server",
     "archive-of-another-version",
+    "archive-of-two-codes",
     "archive-open",
     "archive-refused",
     "archive-reused",

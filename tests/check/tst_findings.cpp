@@ -186,6 +186,14 @@ void TestFindings::clean_data()
     row("an attribute that nobody reads",
         ofServer("S").replace(QStringLiteral("server="),
                               QStringLiteral("comment='x' id='4' size='12' server=")));
+    row("the guide's code in the guide's document",
+        withAuth("f0946d87e0d638e47fd52fe9ed0c09b093e4b448"));
+    row("an archive of one code for two servers",
+        client(QStringLiteral("A"), QStringLiteral("Beta"), QStringLiteral("1.0"),
+               QStringLiteral("https://a.example/a.zip"), QLatin1String(sumOfCode)) +
+            client(QStringLiteral("B"), QStringLiteral("Beta"), QStringLiteral("1.0"),
+                   QStringLiteral("https://a.example/a.zip"),
+                   QString::fromLatin1(sumOfCode).toUpper()));
     row("a sum beside auth", withAuth(sumOfCode).replace(
                                  QStringLiteral("auth="),
                                  QStringLiteral("hash='%1' auth=").arg(QLatin1String(sumOfCode))));
@@ -431,6 +439,15 @@ void TestFindings::found_data()
     in("the sum of the server's name",
        withAuth(QCryptographicHash::hash("s", QCryptographicHash::Sha1).toHex().constData()),
        "warning auth-guessable 3:1");
+    const auto closedBy = [](const char *code, const char *host) {
+        return client(QStringLiteral("S"), QStringLiteral("Beta"), QStringLiteral("1.0"),
+                      QStringLiteral("https://%1/a.zip").arg(QLatin1String(host)),
+                      Documents::sumOf(QLatin1String(code)));
+    };
+    in("the guide's code", closedBy("our-code", "files.test"), "warning auth-guessable 2:1");
+    in("an archive of two codes",
+       closedBy("code of one", "a.example") + lines + closedBy("code of another", "a.example"),
+       "warning archive-of-two-codes 3:1");
     in("a closed archive that is open",
        ofUrl("https://a.example/a.zip") + lines +
            client(QStringLiteral("T"), QStringLiteral("Official"), QStringLiteral("1.0"),
@@ -736,7 +753,12 @@ void TestFindings::previous_data()
                             << one("opened-to-all 3:1");
     QTest::newRow("another code") << ofServer("S") + closed(sumOfCode)
                                   << ofServer("S") + QLatin1Char('\n') + closed(otherSum)
-                                  << noted("code-changed 3:1");
+                                  << noted("code-changed 3:1") + one("archive-of-two-codes 3:1");
+    QTest::newRow("another code with another archive")
+        << ofServer("S") + closed(sumOfCode)
+        << ofServer("S") + QLatin1Char('\n') +
+               closed(otherSum).replace(QStringLiteral("/a.zip"), QStringLiteral("/b.zip"))
+        << noted("code-changed 3:1");
     QTest::newRow("a tester's that is gone")
         << ofServer("S") + closed(sumOfCode) << ofServer("S") << none;
 }
