@@ -44,6 +44,7 @@ const char *const ids[] = {
     "code-with-blanks",
     "code-with-line-end",
     "crowded-panel",
+    "dark-letters",
     "decomposed-letters",
     "direction",
     "document-type",

@@ -174,6 +174,11 @@ void TestFindings::clean_data()
     row("a comment without elements", QStringLiteral("<!-- news <b> -->"));
     row("an element that is only called so",
         QStringLiteral("<enabled>") + ofServer("S") + QStringLiteral("</enabled>"));
+    row("signs that are no markup",
+        news("news", "Tier [S] [EU] 2*3*4 ** a_b_ [/x] (https:)") + news("news", "***"));
+    row("colours that can be read",
+        news("homenews", "<font color='#444'>a</font> <font color=gray>b</font>") +
+            news("news", "<span style='background-color: white; color: black'>a</span>"));
     row("a file's name beyond ASCII",
         ofUrl("https://a.example/\xD0\xB8\xD0\xB3\xD1\x80\xD0\xB0.zip"));
     row("a query of the file's version", ofUrl("https://a.example/a.zip?v=12&cache=expires"));
@@ -612,6 +617,27 @@ void TestFindings::found_data()
     in("a picture in a tile's text", news("news", "<img src='x'>"),
        "warning markup-as-letters 2:1");
     in("broken markup in a slide", news("homenews", "<b Why"), "warning markup-as-letters 2:1");
+    for (const char *text : {"[b]NEW[/B]", "[url=x]here[/url]", "**NEW** world", "**a b**",
+                             "[here](https://a.example/)"}) {
+        in(text, news("news", text), "warning markup-as-letters 2:1");
+    }
+    for (const char *colour : {"#000", "'#0a0a0a'", "\"Black\"", "#332222"}) {
+        in(colour,
+           news("homenews", (QByteArray("<font color=") + colour + ">a</font>").constData()),
+           "warning dark-letters 2:1");
+    }
+    in("dark letters in a style", news("homenews", "<span style='color: #000080'>a</span>"),
+       "warning dark-letters 2:1");
+    in("dark letters of a small tile",
+       news("news", "t").repeated(3) + lines + news("news", "<font color=navy>a</font>"),
+       "warning dark-letters 3:1");
+    in("dark letters on a picture", news("news", "<font color=black>a</font>"),
+       "note dark-letters 2:1");
+    in("a text in CDATA", QStringLiteral("<![CDATA[for others]]>") + ofServer("S"),
+       "note text-between-elements 2:22");
+    in("a text in CDATA in a tile",
+       news("news", "t").replace(QStringLiteral("/>"), QStringLiteral(">\n<![CDATA[a]]></news>")),
+       "warning text-between-elements 3:13");
     in("a longer text", news("news", QByteArray(10001, 'w').constData()), "warning text-cut 2:1");
     in("a text that is wider than its place", news("news", QByteArray(80, 'w').constData()),
        "warning text-clipped 2:1");

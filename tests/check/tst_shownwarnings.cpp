@@ -177,6 +177,7 @@ private slots:
     void shownAsMarkup_data();
     void shownAsMarkup();
     void takenAsMarkup();
+    void darkLetters();
     void fromTheRight();
     void clientsThatAreSeen_data();
     void clientsThatAreSeen();
@@ -345,6 +346,8 @@ void TestShownWarnings::textsAsTheyAreShown_data()
     row("wrong-encoding", "Caf\xC3\x83\xC2\xA9", "Caf\xC3\x83\xC2\xA9");
     row("entity-as-letters", "Fire &#38;amp; Ice", "Fire &amp; Ice");
     row("placeholder", "{{title}}", "{{title}}");
+    row("markup-as-letters", "[b]NEW[/b]", "[b]NEW[/b]");
+    row("markup-as-letters", "**NEW**", "**NEW**");
 }
 
 void TestShownWarnings::textsAsTheyAreShown()
@@ -410,6 +413,40 @@ void TestShownWarnings::takenAsMarkup()
     QTextDocument document;
     document.setHtml(label->text());
     QCOMPARE(document.toPlainText(), QStringLiteral("Press to jump"));
+}
+
+// By the brightest pixel of a slide's title, as the window draws it.
+void TestShownWarnings::darkLetters()
+{
+    Stage stage;
+    const auto brightest = [&stage] {
+        stage.window->ui->serverButtonsGroup->hide();
+        stage.window->show();
+        const bool exposed = QTest::qWaitForWindowExposed(stage.window.get());
+        const QLabel *label = stage.window->ui->homeNewsTitle;
+        const QRect place(label->mapTo(stage.window.get(), QPoint()), label->size());
+        const QImage drawn = stage.window->grab(place).toImage();
+        int light = exposed ? 0 : -1;
+        for (int y = 0; y < drawn.height(); ++y) {
+            for (int x = 0; x < drawn.width(); ++x) {
+                light = std::max(light, qGray(drawn.pixel(x, y)));
+            }
+        }
+        return light;
+    };
+    const auto slide = [](const char *colour) {
+        return newsOf(QStringLiteral("homenews"),
+                      QStringLiteral("<font color='%1'>MMM</font>")
+                          .arg(QLatin1String(colour))
+                          .toHtmlEscaped(),
+                      QStringLiteral("d"));
+    };
+    constexpr int readable = 120;
+    LOAD_WARNED(stage, (QStringList{slide("#0a0a0a")}), "dark-letters");
+    VERIFY_RELATION(brightest(), <, readable);
+    QVERIFY(stage.load({slide("#ffcc66")}));
+    QVERIFY(!stage.warnedOf("dark-letters"));
+    VERIFY_RELATION(brightest(), >, readable);
 }
 
 void TestShownWarnings::fromTheRight()
