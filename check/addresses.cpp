@@ -104,11 +104,16 @@ bool isUsableAddress(const QUrl &url)
            (url.scheme() == QLatin1String("https") || url.scheme() == QLatin1String("http"));
 }
 
-bool isOpenToOthers(const QUrl &url)
+bool isOfThisMachine(const QUrl &url)
 {
     static const QRegularExpression loopback(
         QStringLiteral("^(localhost|127(\\.[0-9]{1,3}){3}|::1)$"));
-    return url.scheme() == QLatin1String("http") && !loopback.match(url.host()).hasMatch();
+    return loopback.match(url.host()).hasMatch();
+}
+
+bool isOpenToOthers(const QUrl &url)
+{
+    return url.scheme() == QLatin1String("http") && !isOfThisMachine(url);
 }
 
 Finding openToOthers(const Place &place, const QString &what, const QUrl &url)

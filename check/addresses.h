@@ -8,6 +8,8 @@
 
 // Whether the launcher can fetch from this address at all.
 bool isUsableAddress(const QUrl &url);
+// Whether it leads to the machine that it is opened on.
+bool isOfThisMachine(const QUrl &url);
 // Whether what is fetched from there can be read and changed on its way. What does not leave the
 // machine cannot.
 bool isOpenToOthers(const QUrl &url);

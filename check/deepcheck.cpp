@@ -8,6 +8,7 @@
 #include "check/members.h"
 #include "check/pictures.h"
 #include "check/programs.h"
+#include "check/twins.h"
 #include "check/webpage.h"
 #include "fetch/picturesize.h"
 #include "info/serverpanel.h"
@@ -18,6 +19,7 @@
 #include <QSet>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <utility>
 
 namespace
@@ -101,8 +103,12 @@ private:
             const QString &server = entry.info.server;
             if (!servers.contains(server)) {
                 servers.insert(server);
-                checkPicture(entry.place, QStringLiteral("logo"),
-                             QUrl(m_base + ServerPanel::logoFileName(server)), shownSizeOfLogo());
+                const QByteArray logo = checkPicture(
+                    entry.place, QStringLiteral("logo"),
+                    QUrl(m_base + ServerPanel::logoFileName(server)), shownSizeOfLogo());
+                if (!logo.isEmpty()) {
+                    m_twins.addLogo(entry.place, server, logo, m_findings);
+                }
             }
         }
     }
@@ -124,21 +130,32 @@ private:
         const QUrl url(item.shown.imageUrl);
         // An address that is none has been told already.
         if (isUsableAddress(url)) {
-            checkPicture(item.place, QStringLiteral("picture"), url, shown);
+            const QByteArray picture =
+                checkPicture(item.place, QStringLiteral("picture"), url, shown);
+            if (!picture.isEmpty()) {
+                m_twins.addPicture(item.place, url.toString(), picture, m_findings);
+            }
         }
     }
 
-    void checkPicture(const Place &place, const QString &what, const QUrl &url, const QSize &shown)
+    // Returns what arrived, when that is a picture.
+    QByteArray checkPicture(const Place &place, const QString &what, const QUrl &url,
+                            const QSize &shown)
     {
         QBuffer body;
         body.open(QIODevice::WriteOnly);
         const Fetched fetched = m_fetcher.fetch(url, body, Fetcher::smallThings);
         m_findings << findingsOfFetch(fetched, place, what, url);
         if (!fetched.arrived) {
-            return;
+            return {};
         }
-        m_findings << findingsOfPicture(body.data(), shown, place,
-                                        QStringLiteral("the %1 %2").arg(what, url.toString()));
+        const Findings findings = findingsOfPicture(
+            body.data(), shown, place, QStringLiteral("the %1 %2").arg(what, url.toString()));
+        m_findings << findings;
+        const bool isPicture =
+            std::none_of(findings.begin(), findings.end(),
+                         [](const Finding &finding) { return finding.severity == Finding::Error; });
+        return isPicture ? body.data() : QByteArray();
     }
 
     void checkArchives()
@@ -282,6 +299,7 @@ private:
     const QString m_base;
     const QString m_code;
     Fetcher &m_fetcher;
+    PictureTwins m_twins;
     const QHash<QString, ClientInfo> m_before; // by audience
     QHash<QString, FetchedArchive> m_archives; // by address
     Findings m_findings;

@@ -2,7 +2,7 @@
 
 #include <array>
 
-// Written by scripts/letter-widths.py.
+// Written by scripts/letter-widths.py from Lato, Version 2.007.
 namespace
 {
 // clang-format off

@@ -161,7 +161,8 @@ int main(int argc, char *argv[])
     report.view = playersViewOf(content);
     // Of the page that says so there is nothing to mend.
     if (arrived) {
-        findings << findingsOf(content, previous ? &*previous : nullptr);
+        findings << findingsOf(content, previous ? &*previous : nullptr,
+                               namesBase ? base : QString());
         checkTestersCode(content, line.code, findings);
     }
     if (line.deep && arrived) {

@@ -59,6 +59,19 @@ void checkShownText(const NewsItem &item, const QString &attribute, const QStrin
             QStringLiteral("use nothing but b, i, u, s, em, strong, br, p, span, font, ul, ol and "
                            "li, well formed, with attributes that only say how letters look"));
     }
+    // What forums and some editors write, and the window does not know.
+    static const QRegularExpression otherMarkup(
+        QStringLiteral("\\[/(b|i|u|s|url|img|color|size|font|center|quote|list)\\]|"
+                       "\\*\\*[^*\\s][^*]*\\*\\*|\\]\\(https?:"),
+        QRegularExpression::CaseInsensitiveOption);
+    const QRegularExpressionMatch found = otherMarkup.match(shown);
+    if (found.hasMatch()) {
+        findings << warningAt(item.place, "markup-as-letters",
+                              QStringLiteral("the %1 holds %2, which is no markup here: players "
+                                             "read it, letter by letter")
+                                  .arg(attribute, quoted(found.captured())),
+                              QStringLiteral("leave it out, or write <b>, <i>, <u> or <font>"));
+    }
     if (shownPartOf(shown) != shown) {
         findings << warningAt(item.place, "text-cut",
                               QStringLiteral("players see only the first %1 characters of the %2")

@@ -2,6 +2,7 @@
 
 #include "base/documentlimits.h"
 #include "check/webpage.h"
+#include "fetch/pictureparts.h"
 #include "fetch/picturesize.h"
 
 #include <QBuffer>
@@ -82,10 +83,56 @@ int firstScan(const QByteArray &bytes)
     return -1;
 }
 
-// The decoder takes what there is and paints the rest grey.
+// The decoder takes what there is, and leaves the rest grey or clear.
 bool isCut(const QByteArray &bytes)
 {
-    return isJpeg(bytes) && bytes.lastIndexOf("\xFF\xD9") < firstScan(bytes);
+    return (isJpeg(bytes) && bytes.lastIndexOf("\xFF\xD9") < firstScan(bytes)) ||
+           breaksOffInGif(bytes);
+}
+// Cameras store a picture as they were held, and say how to turn it, which the launcher does not.
+bool isTurned(QByteArray bytes)
+{
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    return QImageReader(&buffer).transformation() != QImageIOHandler::TransformationNone;
+}
+
+// Whether there is nothing to be seen in it at all.
+bool isClear(const QImage &picture)
+{
+    constexpr int faintest = 8;
+    if (!picture.hasAlphaChannel()) {
+        return false;
+    }
+    const QImage alpha = picture.convertToFormat(QImage::Format_Alpha8);
+    for (int y = 0; y < alpha.height(); ++y) {
+        const uchar *const line = alpha.constScanLine(y);
+        if (std::any_of(line, line + alpha.width(),
+                        [](uchar pixel) { return pixel >= faintest; })) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// What the picture itself shows.
+void checkContent(const QByteArray &bytes, const QImage &picture, const Place &place,
+                  const QString &named, Findings &findings)
+{
+    if (isClear(picture)) {
+        findings << warningAt(place, "picture-transparent",
+                              named + QStringLiteral(" is transparent all over: players see an "
+                                                     "empty place"),
+                              QStringLiteral("publish the picture that is to be seen"));
+    }
+    if (isTurned(bytes)) {
+        findings << warningAt(place, "picture-turned",
+                              named + QStringLiteral(" is stored lying or mirrored, with a mark "
+                                                     "how to turn it, which the launcher does not "
+                                                     "follow: players see it as it is stored"),
+                              QStringLiteral("save it anew as it is to be seen, with a program "
+                                             "that edits pictures"));
+    }
 }
 
 // A kind of picture that operators have at hand, and the launcher does not decode; empty when it is
@@ -165,9 +212,10 @@ Findings findingsOfPicture(const QByteArray &bytes, const QSize &shown, const Pl
     if (isCut(bytes)) {
         findings << errorAt(place, "picture-cut",
                             named + QStringLiteral(" breaks off: players see its beginning, and "
-                                                   "the rest grey"),
+                                                   "nothing or grey of the rest"),
                             QStringLiteral("upload it again"));
     }
+    checkContent(bytes, picture, place, named, findings);
     if (hasOtherShape(picture.size(), shown)) {
         findings << isStretched(picture.size(), shown, place, named);
     }

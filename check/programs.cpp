@@ -42,6 +42,23 @@ bool looksLikeAHelper(const QString &name)
     return helper.match(lookOf(name)).hasMatch();
 }
 
+// Whether its name is that of a copy somebody kept beside the game: "Game - Copy.exe" comes before
+// "Game.exe", and so does "Game(1).exe".
+bool looksLikeACopy(const QString &name)
+{
+    static const QRegularExpression copy(
+        QStringLiteral("[^a-z](copy|kopie|backup|bak|old|orig)[ ()0-9]*\\.exe$|"
+                       "\\([0-9]+\\)\\.exe$|^(copy of|kopie von) "));
+    return copy.match(lookOf(name)).hasMatch();
+}
+
+// What lies beside every game's folder already, and comes before a game of the product's name.
+bool isLauncher(const QString &name)
+{
+    return name.compare(QLatin1String("emberwake-launcher.exe"), Qt::CaseInsensitive) == 0 ||
+           name.compare(QLatin1String("unzip.exe"), Qt::CaseInsensitive) == 0;
+}
+
 // What Windows reads of a program's own header. Offsets are those of the format.
 QString whyNotStartedByWindows(const QByteArray &bytes)
 {
@@ -100,7 +117,9 @@ void checkChoice(const ClientEntry &entry, const QString &named, const QString &
                  QStringList candidates, Findings &findings)
 {
     candidates.removeOne(started);
-    const auto isHelper = [](const QString &name) { return looksLikeAHelper(name); };
+    const auto isHelper = [](const QString &name) {
+        return looksLikeAHelper(name) || looksLikeACopy(name) || isLauncher(name);
+    };
     QStringList games;
     std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(games),
                  [&](const QString &name) { return !isHelper(name); });

@@ -55,6 +55,7 @@ struct Names {
     QSet<QString> open;   // keys of what everybody sees
     QSet<QString> closed; // keys of what has a code
     QSet<QString> codes;  // keys with the code's sum
+    QSet<QString> closedArchives;
 };
 
 Names namesOf(const QVector<ClientEntry> &clients)
@@ -63,6 +64,9 @@ Names namesOf(const QVector<ClientEntry> &clients)
     for (const ClientEntry &entry : clients) {
         (entry.hasAuth ? names.closed : names.open) << keyOf(entry);
         names.servers << entry.info.server;
+        if (entry.hasAuth) {
+            names.closedArchives << entry.info.url;
+        }
         names.codes << keyForAudience(entry);
     }
     return names;
@@ -121,6 +125,13 @@ void checkAudience(const ClientEntry &entry, const Names &now, const Names &befo
                            QStringLiteral("the entry had another auth before: whoever has "
                                           "entered the earlier code does not see it any more"),
                            QStringLiteral("tell testers the new code"));
+        if (before.closedArchives.contains(entry.info.url)) {
+            findings << warningAt(
+                entry.place, "archive-of-two-codes",
+                QStringLiteral("the archive is still the one that was locked with the earlier "
+                               "code: it does not unpack for whoever has the new one"),
+                QStringLiteral("lock the archive with the new code, under a new name"));
+        }
     }
 }
 

@@ -1,5 +1,6 @@
 #include "check/restrictions.h"
 
+#include "check/addresses.h"
 #include "check/codesums.h"
 #include "check/spelling.h"
 #include "info/settings.h"
@@ -141,6 +142,13 @@ void checkSpelling(const DocumentElement &element, Findings &findings)
     }
 }
 
+// Whoever copies the sample document has it; there, and in the guide's try, it is right.
+bool isOfTheGuide(const QString &sum, const QUrl &archive)
+{
+    return sum == authCodeSum(QStringLiteral("our-code")) && !isOfThisMachine(archive) &&
+           !archive.host().endsWith(QLatin1String(".example"));
+}
+
 void checkSum(const ClientEntry &entry, const QString &code, Findings &findings)
 {
     const QString sum = entry.info.auth.toLower();
@@ -167,6 +175,34 @@ void checkSum(const ClientEntry &entry, const QString &code, Findings &findings)
                               QStringLiteral("auth is the sum of a word that anybody tries first: "
                                              "whoever does sees the entry"),
                               QStringLiteral("choose a longer code that nobody guesses"));
+    } else if (isOfTheGuide(sum, QUrl(entry.info.url))) {
+        findings << warningAt(entry.place, "auth-guessable",
+                              QStringLiteral("auth is the sum of \"our-code\", which the guide has "
+                                             "for an example: whoever has read it sees the entry"),
+                              QStringLiteral("choose a code of your own"));
+    }
+}
+
+// Nobody can lock one archive with two codes.
+void checkCodesOfArchives(const QVector<ClientEntry> &clients, Findings &findings)
+{
+    QHash<QString, const ClientEntry *> closed;
+    for (const ClientEntry &entry : clients) {
+        if (!entry.hasAuth || entry.info.url.isEmpty()) {
+            continue;
+        }
+        const ClientEntry *&first = closed[entry.info.url];
+        if (first == nullptr) {
+            first = &entry;
+        } else if (first->info.auth.toLower() != entry.info.auth.toLower()) {
+            findings << warningAt(entry.place, "archive-of-two-codes",
+                                  QStringLiteral("the entry in line %1 has the same archive and "
+                                                 "another auth: an archive has one password, and "
+                                                 "does not unpack for whoever has the other code")
+                                      .arg(first->place.line),
+                                  QStringLiteral("give each code an archive of its own, locked "
+                                                 "with it"));
+        }
     }
 }
 } // namespace
@@ -202,6 +238,7 @@ void checkAuth(const ClientEntry &entry, const QString &code, Findings &findings
 
 void checkClosedArchives(const QVector<ClientEntry> &clients, Findings &findings)
 {
+    checkCodesOfArchives(clients, findings);
     QHash<QString, Place> open;
     for (const ClientEntry &entry : clients) {
         if (!entry.hasAuth && !entry.info.url.isEmpty()) {

@@ -4,6 +4,7 @@
 #include "check/addressforms.h"
 #include "check/clientkeys.h"
 #include "check/looks.h"
+#include "check/mixups.h"
 #include "check/names.h"
 #include "check/news.h"
 #include "check/reading.h"
@@ -31,7 +32,8 @@ void checkEachEntry(const QVector<ClientEntry> &clients, const QString &code, Fi
 } // namespace
 
 // What is found in one place is printed in this order.
-Findings findingsOf(const DocumentContent &content, const DocumentContent *previous)
+Findings findingsOf(const DocumentContent &content, const DocumentContent *previous,
+                    const QString &base)
 {
     Findings findings;
     checkBytes(content, findings);
@@ -50,6 +52,7 @@ Findings findingsOf(const DocumentContent &content, const DocumentContent *previ
     checkLooks(content.clients, findings);
     checkCrowding(content.clients, findings);
     checkAddressForms(content, findings);
+    checkMixUps(content, base, findings);
     checkServerFolders(content.clients, findings);
     checkButtons(content.clients, findings);
     checkNews(content, findings);

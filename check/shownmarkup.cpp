@@ -4,6 +4,9 @@
 
 #include <QRegularExpression>
 
+#include <array>
+#include <cmath>
+
 namespace
 {
 const QRegularExpression &anyTag()
@@ -23,6 +26,34 @@ QString withSingleBlanks(QString text)
 {
     static const QRegularExpression blanks(QStringLiteral("[ \\t\\r\\n]+"));
     return text.replace(blanks, QStringLiteral(" "));
+}
+
+// How bright a part of a colour is, from 0 to 1.
+double lightOf(int part)
+{
+    const double share = part / 255.0;
+    return share <= 0.03928 ? share / 12.92 : std::pow((share + 0.055) / 1.055, 2.4);
+}
+
+// Of a name or number of a colour.
+bool isDark(const QString &colour)
+{
+    static const QStringList dark{QStringLiteral("black"), QStringLiteral("navy"),
+                                  QStringLiteral("darkblue"), QStringLiteral("midnightblue"),
+                                  QStringLiteral("transparent")};
+    if (!colour.startsWith(QLatin1Char('#'))) {
+        return dark.contains(colour, Qt::CaseInsensitive);
+    }
+    const int digits = colour.size() / 3; // of each part
+    std::array<double, 3> lights{};
+    for (int i = 0; i < 3; ++i) {
+        const QString part = colour.mid(1 + i * digits, digits);
+        lights.at(static_cast<std::size_t>(i)) =
+            lightOf((digits == 1 ? part + part : part).toInt(nullptr, 16));
+    }
+    // Below that the contrast to black is less than 1.7 to 1, where readers need 3 or more.
+    constexpr double darkest = 0.035;
+    return 0.2126 * lights[0] + 0.7152 * lights[1] + 0.0722 * lights[2] < darkest;
 }
 
 bool needsEnd(const QString &element)
@@ -81,4 +112,22 @@ QStringList unclosedElements(const QString &text)
         }
     }
     return open;
+}
+
+QString darkColour(const QString &text)
+{
+    static const QRegularExpression colours(
+        QStringLiteral("(?<![-A-Za-z])color\\s*[=:]\\s*[\"']?\\s*"
+                       "(#[0-9a-f]{6}|#[0-9a-f]{3}|[a-z]+)(?![0-9a-z])"),
+        QRegularExpression::CaseInsensitiveOption);
+    if (text.contains(QLatin1String("background"), Qt::CaseInsensitive)) {
+        return {};
+    }
+    for (auto found = colours.globalMatch(text); found.hasNext();) {
+        const QString colour = found.next().captured(1);
+        if (isDark(colour)) {
+            return colour;
+        }
+    }
+    return {};
 }

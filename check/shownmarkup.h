@@ -14,3 +14,7 @@ QString readFromMarkup(const QString &text);
 // The names of the text's elements that begin and do not end, in the order of the text. Paragraphs
 // and items of lists need no end.
 QStringList unclosedElements(const QString &text);
+
+// The colour of letters that cannot be told from a dark ground, as the text names it; empty when
+// there is none, or when the text has a ground of its own.
+QString darkColour(const QString &text);

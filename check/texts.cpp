@@ -12,12 +12,16 @@
 
 namespace
 {
+// The big one and the medium ones; the small ones have theirs beside the picture, as slides have.
+constexpr int tilesWithTextsWithin = 3;
+
 struct ShownText {
     Place place;
     QString what; // names it for the reader
     QString text;
     bool lostLetters = false; // before it was saved
     TextRoom room;
+    bool onPicture = false; // otherwise on the window's own ground, which is dark
 };
 
 bool isOfOneLine(const ShownText &shown)
@@ -139,6 +143,27 @@ void checkMarkup(const ShownText &shown, Findings &findings)
     }
 }
 
+void checkColours(const ShownText &shown, Findings &findings)
+{
+    const QString colour = darkColour(shown.text);
+    if (colour.isEmpty()) {
+        return;
+    }
+    const QString letters = shown.what + QStringLiteral(" has letters of %1").arg(quoted(colour));
+    const QString mend = QStringLiteral("give them a light colour, or none");
+    if (shown.onPicture) {
+        findings << noteAt(shown.place, "dark-letters",
+                           letters + QStringLiteral(": players read them only if the picture "
+                                                    "behind them is light"),
+                           mend);
+    } else {
+        findings << warningAt(shown.place, "dark-letters",
+                              letters + QStringLiteral(", and its ground is dark: players do not "
+                                                       "read them"),
+                              mend);
+    }
+}
+
 void checkDirection(const ShownText &shown, const QString &read, Findings &findings)
 {
     // They reorder what stands behind them, and show nothing themselves.
@@ -160,6 +185,7 @@ void checkText(const ShownText &shown, Findings &findings)
     checkEntities(shown, isMarkup ? QString() : read, findings);
     if (isMarkup) {
         checkMarkup(shown, findings);
+        checkColours(shown, findings);
     }
     checkLines(shown, read, isMarkup, findings);
     checkDirection(shown, read, findings);
@@ -177,16 +203,17 @@ bool holdsMark(const QString &text)
 struct Rooms {
     TextRoom title;
     TextRoom description;
+    bool onPicture = false;
 };
 
 // Marks that reading puts in the place of bad bytes have a finding of their own.
 void checkItem(const NewsItem &item, const Rooms &rooms, bool marksAreWritten, Findings &findings)
 {
     checkText({item.place, QStringLiteral("the title"), item.shown.title,
-               marksAreWritten && holdsMark(item.title), rooms.title},
+               marksAreWritten && holdsMark(item.title), rooms.title, rooms.onPicture},
               findings);
     checkText({item.place, QStringLiteral("the description"), item.shown.description,
-               marksAreWritten && holdsMark(item.description), rooms.description},
+               marksAreWritten && holdsMark(item.description), rooms.description, rooms.onPicture},
               findings);
 }
 } // namespace
@@ -203,7 +230,8 @@ void checkTexts(const DocumentContent &content, Findings &findings)
     for (const NewsItem &item : tiles) {
         checkItem(item,
                   {roomOfTile(item.index, TextPart::Title),
-                   roomOfTile(item.index, TextPart::Description)},
+                   roomOfTile(item.index, TextPart::Description),
+                   item.index < tilesWithTextsWithin},
                   marksAreWritten, findings);
     }
 }

@@ -177,6 +177,11 @@ private:
                                                          "and no more than text: players do not "
                                                          "see them"),
                                     QStringLiteral("write them as elements"));
+        } else if (m_xml.isCDATA() && (m_open.isEmpty() || !isOurs(m_open.constLast()))) {
+            // Whoever writes such a section means others by it.
+            m_findings << noteAt(here(), "text-between-elements",
+                                 QStringLiteral("nobody reads the CDATA section that ends here"),
+                                 QStringLiteral("leave it, if that is meant"));
         } else {
             constexpr int enough = 40;
             m_findings << warningAt(here(), "text-between-elements",

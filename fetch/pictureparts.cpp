@@ -21,6 +21,11 @@ quint8 byteOf(const QByteArray &bytes, int at)
     return at < bytes.size() ? static_cast<quint8>(bytes.at(at)) : quint8(0);
 }
 
+int shortNumber(const QByteArray &bytes, int at)
+{
+    return byteOf(bytes, at) + 256 * byteOf(bytes, at + 1);
+}
+
 bool isIcon(const QByteArray &bytes)
 {
     return bytes.startsWith(QByteArray::fromRawData("\0\0\1\0", 4)) ||
@@ -165,6 +170,38 @@ qint64 pixelsOfCodes(const QByteArray &bytes, int at)
     return counter.pixels();
 }
 
+// Where the first picture of a GIF file is described; -1 where none is.
+int firstPictureInGif(const QByteArray &bytes)
+{
+    if (!bytes.startsWith("GIF8")) {
+        return -1;
+    }
+    int at = 13 + bytesOfColours(byteOf(bytes, 10));
+    while (at < bytes.size()) {
+        const char introducer = bytes.at(at);
+        if (introducer == ',') {
+            return at;
+        }
+        if (introducer != '!') {
+            break;
+        }
+        const quint8 label = byteOf(bytes, at + 1);
+        at += 2;
+        if (label == 0xf9 || label == 0xff) {
+            // Of these the first block is read even when it is empty.
+            at += 1 + byteOf(bytes, at);
+        }
+        at = behindBlocks(bytes, at);
+    }
+    return -1;
+}
+
+// Where the codes of the picture begin that is described here.
+int codesOfGif(const QByteArray &bytes, int at)
+{
+    return at + 10 + bytesOfColours(byteOf(bytes, at + 9));
+}
+
 // The position of the next marker's second byte, behind all that is none: within a scan a byte of
 // all ones is followed by a zero.
 int nextMarker(const QByteArray &bytes, int at)
@@ -267,26 +304,16 @@ int scansOfJpeg(const QByteArray &bytes)
 
 qint64 pixelsInGif(const QByteArray &bytes)
 {
-    if (!bytes.startsWith("GIF8")) {
-        return 0;
+    const int at = firstPictureInGif(bytes);
+    return at < 0 ? 0 : pixelsOfCodes(bytes, codesOfGif(bytes, at));
+}
+
+bool breaksOffInGif(const QByteArray &bytes)
+{
+    const int at = firstPictureInGif(bytes);
+    if (at < 0) {
+        return false;
     }
-    int at = 13 + bytesOfColours(byteOf(bytes, 10));
-    while (at < bytes.size()) {
-        const char introducer = bytes.at(at);
-        if (introducer == ',') {
-            const quint8 flags = byteOf(bytes, at + 9);
-            return pixelsOfCodes(bytes, at + 10 + bytesOfColours(flags));
-        }
-        if (introducer != '!') {
-            break;
-        }
-        const quint8 label = byteOf(bytes, at + 1);
-        at += 2;
-        if (label == 0xf9 || label == 0xff) {
-            // Of these the first block is read even when it is empty.
-            at += 1 + byteOf(bytes, at);
-        }
-        at = behindBlocks(bytes, at);
-    }
-    return 0;
+    const qint64 pixels = qint64(shortNumber(bytes, at + 5)) * shortNumber(bytes, at + 7);
+    return pixelsOfCodes(bytes, codesOfGif(bytes, at)) < pixels;
 }

@@ -23,3 +23,6 @@ int scansOfJpeg(const QByteArray &bytes);
 // To how many pixels the data of a GIF file's first picture unpack. The decoder unpacks all of
 // them, whatever the picture's size.
 qint64 pixelsInGif(const QByteArray &bytes);
+
+// Whether the data of a GIF file's first picture end before its last pixel.
+bool breaksOffInGif(const QByteArray &bytes);

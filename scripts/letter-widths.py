@@ -15,6 +15,8 @@ from pathlib import Path
 from fontTools.ttLib import TTFont
 
 ROOT = Path(__file__).resolve().parents[1]
+TABLE = ROOT / "check" / "letterwidths.cpp"
+FOLDER = Path("/usr/share/fonts/truetype/lato")
 FONTS = {"regular": "Lato-Regular.ttf", "bold": "Lato-Bold.ttf"}
 # Latin, Greek, Cyrillic, general punctuation, and the signs of currencies.
 RANGES = [(0x20, 0x7E), (0xA0, 0x17F), (0x386, 0x3CE), (0x400, 0x45F), (0x2010, 0x2026), (0x20AC, 0x20AC)]
@@ -31,8 +33,15 @@ def rows(font: TTFont) -> list[str]:
     return lines
 
 
-def main(folder: Path) -> None:
-    text = ['#include "check/letterwidths.h"\n\n#include <array>\n\n// Written by scripts/letter-widths.py.\nnamespace\n{\n']
+def version(folder: Path) -> str:
+    """Of the font, as it says itself."""
+    return str(TTFont(folder / FONTS["regular"])["name"].getDebugName(5)).partition(";")[0]
+
+
+def table(folder: Path) -> str:
+    """All of check/letterwidths.cpp, for the font whose files lie in this folder."""
+    text = ['#include "check/letterwidths.h"\n\n#include <array>\n\n']
+    text.append(f"// Written by scripts/letter-widths.py from Lato, {version(folder)}.\nnamespace\n{{\n")
     text.append("// clang-format off\nstruct Range {\n    char16_t first;\n    char16_t last;\n};\n")
     text.append("constexpr std::array<Range, %d> ranges{{%s}};\n" % (
         len(RANGES), ", ".join(f"{{0x{first:04X}, 0x{last:04X}}}" for first, last in RANGES)))
@@ -62,8 +71,12 @@ int LetterWidths::ofLetter(char16_t letter, LetterWidths::Weight weight)
     return 0;
 }
 """)
-    (ROOT / "check" / "letterwidths.cpp").write_text("".join(text), encoding="utf-8")
+    return "".join(text)
+
+
+def main(folder: Path) -> None:
+    TABLE.write_text(table(folder), encoding="utf-8")
 
 
 if __name__ == "__main__":
-    main(Path(sys.argv[1] if len(sys.argv) > 1 else "/usr/share/fonts/truetype/lato"))
+    main(Path(sys.argv[1]) if len(sys.argv) > 1 else FOLDER)

@@ -60,6 +60,14 @@ void TestArchiveWarnings::whatPlayStarts_data()
     row("an uninstaller before it", official, "unins000.exe zGame.exe", "unins000.exe",
         "helper-starts");
     row("an installer alone", official, "Setup.exe", "Setup.exe", "helper-starts");
+    row("a copy before it", official, "Game-Copy.exe Game.exe", "Game-Copy.exe", "helper-starts");
+    row("a second copy before it", official, "Game(1).exe Game.exe", "Game(1).exe",
+        "helper-starts");
+    row("the build before it", official, "Game.bak.exe Game.exe", "Game.bak.exe", "helper-starts");
+    row("a copy behind it", official, "Game.exe Game_old.exe", "Game.exe", "");
+    row("a word within its name", official, "OldWorld.exe", "OldWorld.exe", "");
+    row("the launcher before it", official, "emberwake-launcher.exe Emberwake.exe",
+        "emberwake-launcher.exe", "helper-starts");
     row("two that may be the game", official, "Alpha.exe Game.exe", "Alpha.exe",
         "several-programs");
     // Only Beta asks for the engine.

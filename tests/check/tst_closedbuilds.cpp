@@ -1,6 +1,7 @@
 #include "stage.h"
 
 #include <QCryptographicHash>
+#include <QDir>
 #include <QTextCodec>
 
 namespace
@@ -46,6 +47,8 @@ private slots:
     void shownToNobody();
     void shownToWhoeverGuesses();
     void closedArchiveThatIsOpen();
+    void archiveOfTwoCodes();
+    void codeOfTheGuide();
     void barInTheCode();
     void codeBeyondAscii();
 };
@@ -169,6 +172,39 @@ void TestClosedBuilds::closedArchiveThatIsOpen()
     QCOMPARE(stage.download(), QStringLiteral("Download finished: version 1.0"));
     QCOMPARE(ScratchFolder::read(QStringLiteral("S/Official/1.0/game.exe")),
              QByteArray("the closed one"));
+}
+
+// Locked with the first code, and offered to whoever has the second.
+void TestClosedBuilds::archiveOfTwoCodes()
+{
+    Stage stage;
+    stage.server.serve(QStringLiteral("files/client.zip"), Stage::game(code));
+    const QString other = QStringLiteral("their-code");
+    const QStringList elements{stage.element(closedBy(Documents::sumOf(code))),
+                               stage.element(closedBy(Documents::sumOf(other)))};
+    QVERIFY(stage.load(elements, code));
+    QVERIFY(stage.warnedOf("archive-of-two-codes"));
+    QCOMPARE(stage.download(), QStringLiteral("Download finished: version 1.0"));
+    QVERIFY(QDir(QStringLiteral("S")).removeRecursively());
+    QVERIFY(stage.load(elements, other));
+    QCOMPARE(stage.download(), QStringLiteral("Download failed"));
+    QVERIFY(!Stage::hasGame());
+
+    // The same one release later.
+    stage.setPrevious({elements.constFirst()});
+    QVERIFY(stage.load({elements.constLast()}, other));
+    QVERIFY(stage.warnedOf("archive-of-two-codes"));
+    QCOMPARE(stage.download(), QStringLiteral("Download failed"));
+}
+
+void TestClosedBuilds::codeOfTheGuide()
+{
+    Stage stage;
+    Stage::Client client = closedBy(Documents::sumOf(code));
+    client.url = QStringLiteral("https://files.test/client.zip");
+    QVERIFY(stage.load({stage.element(client)}, code));
+    QVERIFY(stage.warnedOf("auth-guessable"));
+    QVERIFY(stage.window->clientInfos.contains(client.server));
 }
 
 void TestClosedBuilds::barInTheCode()

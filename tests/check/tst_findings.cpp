@@ -177,6 +177,11 @@ void TestFindings::clean_data()
     row("a comment without elements", QStringLiteral("<!-- news <b> -->"));
     row("an element that is only called so",
         QStringLiteral("<enabled>") + ofServer("S") + QStringLiteral("</enabled>"));
+    row("signs that are no markup",
+        news("news", "Tier [S] [EU] 2*3*4 ** a_b_ [/x] (https:)") + news("news", "***"));
+    row("colours that can be read",
+        news("homenews", "<font color='#444'>a</font> <font color=gray>b</font>") +
+            news("news", "<span style='background-color: white; color: black'>a</span>"));
     row("a file's name beyond ASCII",
         ofUrl("https://a.example/\xD0\xB8\xD0\xB3\xD1\x80\xD0\xB0.zip"));
     row("a query of the file's version", ofUrl("https://a.example/a.zip?v=12&cache=expires"));
@@ -189,12 +194,42 @@ void TestFindings::clean_data()
     row("an attribute that nobody reads",
         ofServer("S").replace(QStringLiteral("server="),
                               QStringLiteral("comment='x' id='4' size='12' server=")));
+    row("the guide's code in the guide's document",
+        withAuth("f0946d87e0d638e47fd52fe9ed0c09b093e4b448"));
+    row("an archive of one code for two servers",
+        client(QStringLiteral("A"), QStringLiteral("Beta"), QStringLiteral("1.0"),
+               QStringLiteral("https://a.example/a.zip"), QLatin1String(sumOfCode)) +
+            client(QStringLiteral("B"), QStringLiteral("Beta"), QStringLiteral("1.0"),
+                   QStringLiteral("https://a.example/a.zip"),
+                   QString::fromLatin1(sumOfCode).toUpper()));
     row("a sum beside auth", withAuth(sumOfCode).replace(
                                  QStringLiteral("auth="),
                                  QStringLiteral("hash='%1' auth=").arg(QLatin1String(sumOfCode))));
     row("plain http that stays on the machine",
         ofUrl("http://127.0.0.1:8080/a.zip") +
             news("news", "t", "http://localhost/p.png", "http://[::1]/"));
+    row("a try on the own machine, with pages elsewhere",
+        ofUrl("http://127.0.0.1:8080/a.zip") + news("news", "t", "http://localhost/p.png"));
+    const auto ofArchive = [](const char *server, const char *version, const char *name) {
+        return client(QString::fromUtf8(server), QStringLiteral("Official"),
+                      QString::fromLatin1(version),
+                      QStringLiteral("https://a.example/%1").arg(QLatin1String(name)));
+    };
+    row("archives of two servers with one name without theirs",
+        ofArchive("Ashenmoor", "1.0", "game-1.0.zip") +
+            ofArchive("Saltreach", "1.0", "game-1.0.zip"));
+    row("a server's name within another's",
+        ofArchive("Ember", "1.0", "ember-reach-1.0.zip") +
+            ofArchive("Ember Reach", "1.0", "ember-reach-1.0.zip"));
+    row("a server named like a kind",
+        ofArchive("Beta", "1.0", "beta-1.0.zip") + ofArchive("Saltreach", "1.0", "beta-1.0.zip"));
+    row("a game named like its first server",
+        ofArchive("Ember", "1.0", "ember-1.0.zip") + ofArchive("Salt", "1.0", "ember-s-1.0.zip"));
+    for (const char *name :
+         {"a-1.4.2.zip", "a-1.4.2.3315.zip", "a-1.4.02.zip", "a-ue4.27-1.4.2.zip", "a-ue4.27.zip",
+          "a-2026.11.20.zip", "a-1.5.0-rc2.zip", "a-1.5.0beta.zip", "a_1_5_0.zip", "a-150.zip"}) {
+        row(name, ofArchive("S", "1.4.2", name));
+    }
     row("capital letters at the archive's end", ofUrl("https://a.example/A.ZIP"));
     row("the same archive for two servers",
         client(QStringLiteral("A"), QStringLiteral("Official"), QStringLiteral("1.0"),
@@ -412,6 +447,15 @@ void TestFindings::found_data()
     in("the sum of the server's name",
        withAuth(QCryptographicHash::hash("s", QCryptographicHash::Sha1).toHex().constData()),
        "warning auth-guessable 3:1");
+    const auto closedBy = [](const char *code, const char *host) {
+        return client(QStringLiteral("S"), QStringLiteral("Beta"), QStringLiteral("1.0"),
+                      QStringLiteral("https://%1/a.zip").arg(QLatin1String(host)),
+                      Documents::sumOf(QLatin1String(code)));
+    };
+    in("the guide's code", closedBy("our-code", "files.test"), "warning auth-guessable 2:1");
+    in("an archive of two codes",
+       closedBy("code of one", "a.example") + lines + closedBy("code of another", "a.example"),
+       "warning archive-of-two-codes 3:1");
     in("a closed archive that is open",
        ofUrl("https://a.example/a.zip") + lines +
            client(QStringLiteral("T"), QStringLiteral("Official"), QStringLiteral("1.0"),
@@ -509,6 +553,32 @@ void TestFindings::found_data()
         archiveIs(host, (QByteArray("https://") + host + "/a.zip").constData(),
                   "warning private-address 2:1");
     }
+    in("an archive on the own machine, and another elsewhere",
+       ofServer("S") + lines +
+           client(QStringLiteral("T"), QStringLiteral("Official"), QStringLiteral("1.0"),
+                  QStringLiteral("http://localhost:8000/a.zip")),
+       "warning private-address 3:1");
+    in("a picture and a page on the own machine",
+       ofServer("S") + lines + news("news", "t", "http://127.0.0.1/p.png", "http://[::1]/"),
+       "warning private-address 3:1, warning private-address 3:1");
+    in("the archive of another server",
+       client(QStringLiteral("Ashen Moor"), QStringLiteral("Official"), QStringLiteral("1.1"),
+              QStringLiteral("https://a.example/ashen-moor-1.1.zip")) +
+           lines +
+           client(QStringLiteral("Saltreach"), QStringLiteral("Official"), QStringLiteral("1.0.2"),
+                  QStringLiteral("https://a.example/1/Ashen-Moor-1.0.2.zip")),
+       "warning archive-of-another-server 3:1");
+    in("the archive of another version",
+       client(QStringLiteral("S"), QStringLiteral("Official"), QStringLiteral("1.5.0"),
+              QStringLiteral("https://a.example/a-ue4.27-1.4.2.zip")),
+       "warning archive-of-another-version 2:1");
+    in("a page that is an archive",
+       ofUrl("https://a.example/a.zip") + lines +
+           news("news", "t", "https://a.example/p.png", "https://a.example/a.zip"),
+       "warning page-is-file 3:1");
+    in("a page that is the picture",
+       news("news", "t", "https://a.example/p.png", "https://a.example/p.png"),
+       "note page-is-file 2:1");
     archiveIs("a page about the archive", "https://a.example/game/blob/main/a.zip",
               "warning page-address 2:1");
     archiveIs("a page that offers the archive", "https://a.example/a.zip?dl=0",
@@ -550,6 +620,27 @@ void TestFindings::found_data()
     in("a picture in a tile's text", news("news", "<img src='x'>"),
        "warning markup-as-letters 2:1");
     in("broken markup in a slide", news("homenews", "<b Why"), "warning markup-as-letters 2:1");
+    for (const char *text : {"[b]NEW[/B]", "[url=x]here[/url]", "**NEW** world", "**a b**",
+                             "[here](https://a.example/)"}) {
+        in(text, news("news", text), "warning markup-as-letters 2:1");
+    }
+    for (const char *colour : {"#000", "'#0a0a0a'", "\"Black\"", "#332222"}) {
+        in(colour,
+           news("homenews", (QByteArray("<font color=") + colour + ">a</font>").constData()),
+           "warning dark-letters 2:1");
+    }
+    in("dark letters in a style", news("homenews", "<span style='color: #000080'>a</span>"),
+       "warning dark-letters 2:1");
+    in("dark letters of a small tile",
+       news("news", "t").repeated(3) + lines + news("news", "<font color=navy>a</font>"),
+       "warning dark-letters 3:1");
+    in("dark letters on a picture", news("news", "<font color=black>a</font>"),
+       "note dark-letters 2:1");
+    in("a text in CDATA", QStringLiteral("<![CDATA[for others]]>") + ofServer("S"),
+       "note text-between-elements 2:22");
+    in("a text in CDATA in a tile",
+       news("news", "t").replace(QStringLiteral("/>"), QStringLiteral(">\n<![CDATA[a]]></news>")),
+       "warning text-between-elements 3:13");
     in("a longer text", news("news", QByteArray(10001, 'w').constData()), "warning text-cut 2:1");
     in("a text that is wider than its place", news("news", QByteArray(80, 'w').constData()),
        "warning text-clipped 2:1");
@@ -743,7 +834,12 @@ void TestFindings::previous_data()
                             << one("opened-to-all 3:1");
     QTest::newRow("another code") << ofServer("S") + closed(sumOfCode)
                                   << ofServer("S") + QLatin1Char('\n') + closed(otherSum)
-                                  << noted("code-changed 3:1");
+                                  << noted("code-changed 3:1") + one("archive-of-two-codes 3:1");
+    QTest::newRow("another code with another archive")
+        << ofServer("S") + closed(sumOfCode)
+        << ofServer("S") + QLatin1Char('\n') +
+               closed(otherSum).replace(QStringLiteral("/a.zip"), QStringLiteral("/b.zip"))
+        << noted("code-changed 3:1");
     QTest::newRow("a tester's that is gone")
         << ofServer("S") + closed(sumOfCode) << ofServer("S") << none;
 }

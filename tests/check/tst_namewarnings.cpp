@@ -2,6 +2,7 @@
 #include "info/serverpanel.h"
 #include "install/downloadmanager.h"
 #include "stage.h"
+#include "support/urlcatcher.h"
 
 #include <QDir>
 #include <QTextCodec>
@@ -53,6 +54,10 @@ private slots:
     void addressThatExpires();
     void pageInPlaceOfAnArchive();
     void passwordThatEverybodyReads();
+    void archiveOnTheOwnMachine();
+    void archiveOfAnotherServer();
+    void archiveOfAnotherVersion();
+    void pageThatIsAnArchive();
 };
 
 void TestNameWarnings::logoOfAnotherAddress_data()
@@ -284,6 +289,70 @@ void TestNameWarnings::passwordThatEverybodyReads()
     QVERIFY(stage.warnedOf("password-in-address"));
     // In every player's folder.
     QVERIFY(ScratchFolder::read(QStringLiteral("offline.txt")).contains("studio:secret@"));
+}
+
+// The operator's web server for a try, which no player has.
+void TestNameWarnings::archiveOnTheOwnMachine()
+{
+    Stage stage;
+    const QString left =
+        stage.ofUrl(QUrl(stage.archive()).resolved(QUrl(QStringLiteral("/left.zip"))).toString());
+    Stage::Client other;
+    other.server = QStringLiteral("T");
+    other.url = QStringLiteral("https://files.example/client.zip");
+    QVERIFY(stage.load({left, stage.element(other)}));
+    QVERIFY(stage.warnedOf("private-address"));
+    QCOMPARE(stage.download(), failed);
+    // All of a try is fine.
+    QVERIFY(stage.load({left}));
+    QCOMPARE(stage.ids(), QStringList());
+}
+
+void TestNameWarnings::archiveOfAnotherServer()
+{
+    Stage stage;
+    stage.server.serve(QStringLiteral("files/moor-1.0.zip"),
+                       Archives::zip({{QStringLiteral("game.exe"), "the moor"}}));
+    // Whoever copies the entry, and changes all but the address.
+    Stage::Client entry;
+    entry.url = stage.server.url(QStringLiteral("files/moor-1.0.zip"));
+    entry.server = QStringLiteral("Moor");
+    QStringList elements{stage.element(entry)};
+    entry.server = QStringLiteral("Alta");
+    elements << stage.element(entry);
+    QVERIFY(stage.load(elements));
+    QVERIFY(stage.warnedOf("archive-of-another-server"));
+    QCOMPARE(stage.download(), finished);
+    QCOMPARE(ScratchFolder::read(QStringLiteral("Alta/Official/1.0/game.exe")),
+             QByteArray("the moor"));
+}
+
+void TestNameWarnings::archiveOfAnotherVersion()
+{
+    Stage stage;
+    stage.server.serve(QStringLiteral("files/game-1.4.2.zip"),
+                       Archives::zip({{QStringLiteral("game.exe"), "1.4.2"}}));
+    Stage::Client entry;
+    entry.version = QStringLiteral("1.5.0");
+    entry.url = stage.server.url(QStringLiteral("files/game-1.4.2.zip"));
+    QVERIFY(stage.load({stage.element(entry)}));
+    QVERIFY(stage.warnedOf("archive-of-another-version"));
+    QCOMPARE(stage.download(), QStringLiteral("Download finished: version 1.5.0"));
+    QCOMPARE(ScratchFolder::read(QStringLiteral("S/Official/1.5.0/game.exe")), QByteArray("1.4.2"));
+}
+
+void TestNameWarnings::pageThatIsAnArchive()
+{
+    Stage stage;
+    QVERIFY(stage.load(
+        {stage.ofServer(QStringLiteral("S")),
+         Documents::news(QStringLiteral("news"), QStringLiteral("t"), QStringLiteral("d"),
+                         stage.server.url(QStringLiteral("p.png")), stage.archive())}));
+    QVERIFY(stage.warnedOf("page-is-file"));
+    const UrlCatcher catcher;
+    stage.window->on_btnNewsBig_clicked();
+    QCOMPARE(catcher.opened, QList<QUrl>{QUrl(stage.archive())});
+    QVERIFY(!Stage::hasGame());
 }
 
 QTEST_MAIN(TestNameWarnings)

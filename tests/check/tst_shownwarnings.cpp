@@ -102,12 +102,46 @@ QImage stripes(int width, int height)
     return image;
 }
 
+// A JPEG file that says how to turn it, as cameras write it.
+QByteArray withOrientation(QByteArray jpeg, char orientation)
+{
+    const QByteArray directory =
+        QByteArray("\1\0\x12\1\3\0\1\0\0\0", 10) + QByteArray(1, orientation) + QByteArray(7, '\0');
+    const QByteArray exif = QByteArray("Exif\0\0II*\0\x8\0\0\0", 14) + directory;
+    const QByteArray segment = QByteArray("\xFF\xE1\0", 3) + char(exif.size() + 2) + exif;
+    return jpeg.insert(2, segment);
+}
+
 // Two pictures of one pixel, red and blue.
 QByteArray twoPicturesInGif()
 {
     return QByteArray("GIF89a\1\0\1\0\x80\0\0\xFF\0\0\0\0\xFF", 19) +
            QByteArray("!\xF9\4\0\x0A\0\0\0,\0\0\0\0\1\0\1\0\0\2\2D\1\0", 23) +
            QByteArray("!\xF9\4\0\x0A\0\0\0,\0\0\0\0\1\0\1\0\0\2\2L\1\0;", 24);
+}
+
+// A picture of 128 grey tones. Its codes are bytes, for the table never grows between two of its
+// beginnings.
+QByteArray stripesInGif(int side)
+{
+    const auto number = [](int value) { return QByteArray(1, char(value)); };
+    const QByteArray sides = number(side % 256) + number(side / 256);
+    QByteArray bytes = "GIF89a" + sides + sides + QByteArray("\xF6\0\0", 3);
+    for (int tone = 0; tone < 128; ++tone) {
+        bytes += number(2 * tone).repeated(3);
+    }
+    bytes += ',' + QByteArray(4, '\0') + sides + sides + QByteArray("\0\7", 2);
+    constexpr int clear = 128;
+    constexpr int end = 129;
+    constexpr int block = 100;
+    for (int begin = 0; begin < side * side; begin += block) {
+        const int pixels = std::min(block, side * side - begin);
+        bytes += number(pixels + 1) + number(clear);
+        for (int i = begin; i < begin + pixels; ++i) {
+            bytes += number((i % side + i / side) % clear);
+        }
+    }
+    return bytes + number(1) + number(end) + QByteArray("\0;", 2);
 }
 
 QStringList idsIn(const QByteArray &picture, const QSize &shown)
@@ -143,6 +177,7 @@ private slots:
     void shownAsMarkup_data();
     void shownAsMarkup();
     void takenAsMarkup();
+    void darkLetters();
     void fromTheRight();
     void clientsThatAreSeen_data();
     void clientsThatAreSeen();
@@ -157,6 +192,10 @@ private slots:
 
     void stretchedPicture();
     void animatedPicture();
+    void turnedPicture();
+    void transparentPicture();
+    void logosThatAreOne();
+    void picturesThatAreOne();
     void cutPicture_data();
     void cutPicture();
     void pictures_data();
@@ -307,6 +346,8 @@ void TestShownWarnings::textsAsTheyAreShown_data()
     row("wrong-encoding", "Caf\xC3\x83\xC2\xA9", "Caf\xC3\x83\xC2\xA9");
     row("entity-as-letters", "Fire &#38;amp; Ice", "Fire &amp; Ice");
     row("placeholder", "{{title}}", "{{title}}");
+    row("markup-as-letters", "[b]NEW[/b]", "[b]NEW[/b]");
+    row("markup-as-letters", "**NEW**", "**NEW**");
 }
 
 void TestShownWarnings::textsAsTheyAreShown()
@@ -372,6 +413,40 @@ void TestShownWarnings::takenAsMarkup()
     QTextDocument document;
     document.setHtml(label->text());
     QCOMPARE(document.toPlainText(), QStringLiteral("Press to jump"));
+}
+
+// By the brightest pixel of a slide's title, as the window draws it.
+void TestShownWarnings::darkLetters()
+{
+    Stage stage;
+    const auto brightest = [&stage] {
+        stage.window->ui->serverButtonsGroup->hide();
+        stage.window->show();
+        const bool exposed = QTest::qWaitForWindowExposed(stage.window.get());
+        const QLabel *label = stage.window->ui->homeNewsTitle;
+        const QRect place(label->mapTo(stage.window.get(), QPoint()), label->size());
+        const QImage drawn = stage.window->grab(place).toImage();
+        int light = exposed ? 0 : -1;
+        for (int y = 0; y < drawn.height(); ++y) {
+            for (int x = 0; x < drawn.width(); ++x) {
+                light = std::max(light, qGray(drawn.pixel(x, y)));
+            }
+        }
+        return light;
+    };
+    const auto slide = [](const char *colour) {
+        return newsOf(QStringLiteral("homenews"),
+                      QStringLiteral("<font color='%1'>MMM</font>")
+                          .arg(QLatin1String(colour))
+                          .toHtmlEscaped(),
+                      QStringLiteral("d"));
+    };
+    constexpr int readable = 120;
+    LOAD_WARNED(stage, (QStringList{slide("#0a0a0a")}), "dark-letters");
+    VERIFY_RELATION(brightest(), <, readable);
+    QVERIFY(stage.load({slide("#ffcc66")}));
+    QVERIFY(!stage.warnedOf("dark-letters"));
+    VERIFY_RELATION(brightest(), >, readable);
 }
 
 void TestShownWarnings::fromTheRight()
@@ -555,6 +630,96 @@ void TestShownWarnings::animatedPicture()
     QCOMPARE(label->pixmap(Qt::ReturnByValue).toImage().pixelColor(0, 0), QColor(Qt::red));
 }
 
+// What lay in the camera lies in the window.
+void TestShownWarnings::turnedPicture()
+{
+    const QByteArray stored = savedAs("JPG", stripes(280, 160));
+    const QByteArray marked = withOrientation(stored, 6);
+    QCOMPARE(idsIn(stored, shownSizeOfTile(0)), QStringList());
+    QCOMPARE(idsIn(withOrientation(stored, 1), shownSizeOfTile(0)), QStringList());
+    QCOMPARE(idsIn(marked, shownSizeOfTile(0)), QStringList{QStringLiteral("picture-turned")});
+
+    Stage stage;
+    stage.server.serve(QStringLiteral("p.jpg"), marked);
+    QVERIFY(stage.load(
+        {Documents::news(QStringLiteral("news"), QStringLiteral("t"), QStringLiteral("d"),
+                         stage.server.url(QStringLiteral("p.jpg")), stage.server.url())}));
+    QVERIFY(stage.deeplyWarnedOf("picture-turned"));
+    QTRY_VERIFY(stage.window->news[0].getOriginalPixmap() != nullptr);
+    QCOMPARE(
+        stage.window->news[0].getOriginalPixmap()->toImage().convertToFormat(QImage::Format_RGB32),
+        QImage::fromData(stored).convertToFormat(QImage::Format_RGB32));
+}
+
+void TestShownWarnings::transparentPicture()
+{
+    QImage clear(280, 160, QImage::Format_ARGB32);
+    clear.fill(Qt::transparent);
+    QImage dotted = clear;
+    dotted.setPixelColor(100, 100, Qt::red);
+    QCOMPARE(idsIn(Documents::png(clear), shownSizeOfTile(0)),
+             QStringList{QStringLiteral("picture-transparent")});
+    QCOMPARE(idsIn(Documents::png(dotted), shownSizeOfTile(0)), QStringList());
+
+    Stage stage;
+    stage.server.serve(QStringLiteral("p.png"), Documents::png(clear));
+    QVERIFY(stage.load(
+        {Documents::news(QStringLiteral("news"), QStringLiteral("t"), QStringLiteral("d"),
+                         stage.server.url(QStringLiteral("p.png")), stage.server.url())}));
+    QVERIFY(stage.deeplyWarnedOf("picture-transparent"));
+    QTRY_VERIFY(!stage.window->news[0].imageLabel->pixmap(Qt::ReturnByValue).isNull());
+    const QImage shown = stage.window->news[0].imageLabel->pixmap(Qt::ReturnByValue).toImage();
+    for (int x = 0; x < shown.width(); ++x) {
+        QCOMPARE(shown.pixelColor(x, shown.height() / 2).alpha(), 0);
+    }
+}
+
+// The panel shows nothing of a server but its logo.
+void TestShownWarnings::logosThatAreOne()
+{
+    Stage stage;
+    stage.server.serve(QStringLiteral("A.png"), Documents::png(320, 150, 0xFF3366));
+    stage.server.serve(QStringLiteral("B.png"), Documents::png(320, 150, 0xFF3366));
+    const QStringList elements{stage.ofServer(QStringLiteral("A")),
+                               stage.ofServer(QStringLiteral("B"))};
+    QVERIFY(stage.load(elements));
+    QVERIFY(stage.deeplyWarnedOf("logos-alike"));
+    const QPushButton *const first = stage.button(0, 0);
+    const QPushButton *const second = stage.button(1, 0);
+    QTRY_VERIFY(!first->icon().isNull() && !second->icon().isNull());
+    const auto shown = [](const QPushButton *button) {
+        return button->icon().pixmap(button->iconSize()).toImage();
+    };
+    QCOMPARE(shown(first), shown(second));
+    QCOMPARE(first->text() + second->text(), QString());
+
+    stage.server.serve(QStringLiteral("B.png"), Documents::png(320, 150, 0x3366FF));
+    QVERIFY(stage.load(elements));
+    QVERIFY(!stage.deeplyWarnedOf("logos-alike"));
+}
+
+// A host that gives everybody else the same small picture.
+void TestShownWarnings::picturesThatAreOne()
+{
+    Stage stage;
+    const auto tileOf = [&stage](const char *path) {
+        return Documents::news(QStringLiteral("news"), QStringLiteral("t"), QStringLiteral("d"),
+                               stage.server.url(QLatin1String(path)), stage.server.url());
+    };
+    stage.server.serve(QStringLiteral("1.png"), Documents::png(4, 4, 0xFF3366));
+    stage.server.serve(QStringLiteral("2.png"), Documents::png(4, 4, 0xFF3366));
+    QVERIFY(stage.load({tileOf("1.png"), tileOf("1.png")}));
+    QCOMPARE(stage.deepIds(), QStringList());
+    QVERIFY(stage.load({tileOf("1.png"), tileOf("2.png")}));
+    QCOMPARE(stage.deepIds(), QStringList{QStringLiteral("pictures-alike")});
+    const auto shown = [&stage](int index) {
+        const QPixmap *picture = stage.window->news[index].getOriginalPixmap();
+        return picture == nullptr ? QImage() : picture->toImage();
+    };
+    QTRY_VERIFY(!shown(0).isNull() && !shown(1).isNull());
+    QCOMPARE(shown(0), shown(1));
+}
+
 void TestShownWarnings::cutPicture_data()
 {
     QTest::addColumn<QByteArray>("bytes");
@@ -563,6 +728,9 @@ void TestShownWarnings::cutPicture_data()
     const QByteArray png = Documents::png(stripes(300, 300));
     QTest::newRow("whole") << jpeg << QByteArray();
     QTest::newRow("half") << jpeg.left(jpeg.size() / 2) << QByteArray("picture-cut");
+    const QByteArray gif = stripesInGif(300);
+    QTest::newRow("a whole GIF file") << gif << QByteArray();
+    QTest::newRow("half of a GIF file") << gif.left(gif.size() / 2) << QByteArray("picture-cut");
     QTest::newRow("half of a PNG file") << png.left(png.size() / 2) << QByteArray("not-a-picture");
 }
 

@@ -3,6 +3,17 @@
 
 #include <QTest>
 
+namespace
+{
+// Of 9 x 7 pixels, as a common program writes it.
+QByteArray smallGif()
+{
+    return QByteArray::fromHex(
+        "47494638376109000700810000333333666666999999cccccc2c0000000009000700000828000508"
+        "080080e0c00001040e1838b060428208192614785060c4000b0f0ec0b8f120c28916050404003b");
+}
+} // namespace
+
 // What is told of picture files by their parts.
 class TestPictureParts : public QObject
 {
@@ -19,6 +30,8 @@ private slots:
 
     void gifPixels_data();
     void gifPixels();
+    void gifThatBreaksOff_data();
+    void gifThatBreaksOff();
     void gifDataBehindItsEnd();
 
     void pictureWithinAnIcon();
@@ -116,10 +129,7 @@ void TestPictureParts::gifPixels_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<qint64>("pixels");
-    // 9 x 7 pixels.
-    const QByteArray small = QByteArray::fromHex(
-        "47494638376109000700810000333333666666999999cccccc2c0000000009000700000828000508"
-        "080080e0c00001040e1838b060428208192614785060c4000b0f0ec0b8f120c28916050404003b");
+    const QByteArray small = smallGif();
     QTest::newRow("as a common program writes it") << small << qint64(63);
     QTest::newRow("broken off ahead of its data") << small.left(36) << qint64(0);
     QTest::newRow("another picture behind it")
@@ -136,6 +146,28 @@ void TestPictureParts::gifPixels()
     QFETCH(QByteArray, bytes);
     QFETCH(qint64, pixels);
     QCOMPARE(pixelsInGif(bytes), pixels);
+}
+
+void TestPictureParts::gifThatBreaksOff_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("breaksOff");
+    const QByteArray small = smallGif();
+    QTest::newRow("whole") << small << false;
+    QTest::newRow("without its last byte") << small.left(small.size() - 1) << false;
+    QTest::newRow("half") << small.left(60) << true;
+    QTest::newRow("without data") << small.left(36) << true;
+    QTest::newRow("a head alone") << small.left(13) << false;
+    QTest::newRow("a second picture that breaks off")
+        << small + small.mid(small.indexOf(',')).left(30) << false;
+    QTest::newRow("no GIF file") << QByteArray("\x89PNG,,,,,,,,,,") << false;
+}
+
+void TestPictureParts::gifThatBreaksOff()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(bool, breaksOff);
+    QCOMPARE(breaksOffInGif(bytes), breaksOff);
 }
 
 // The decoder begins anew there.
