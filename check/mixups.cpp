@@ -61,7 +61,7 @@ void checkOwnMachines(const DocumentContent &content, const QString &base, Findi
 }
 
 // In small letters; what is neither letter nor digit separates words.
-QStringList wordsOf(const QString &text)
+QStringList wordsIn(const QString &text)
 {
     static const QRegularExpression separators(QStringLiteral("[\\W_]+"),
                                                QRegularExpression::UseUnicodePropertiesOption);
@@ -77,8 +77,8 @@ bool isNamedAfter(const QString &fileName, const QString &server)
     if (kinds.contains(server, Qt::CaseInsensitive)) {
         return false;
     }
-    const QStringList words = wordsOf(fileName);
-    const QStringList wanted = wordsOf(server);
+    const QStringList words = wordsIn(fileName);
+    const QStringList wanted = wordsIn(server);
     return wanted.join(QString()).size() >= shortestName &&
            std::all_of(wanted.begin(), wanted.end(),
                        [&words](const QString &word) { return words.contains(word); });
@@ -87,7 +87,7 @@ bool isNamedAfter(const QString &fileName, const QString &server)
 // However the name's words are put together.
 bool mayBeNamedAfter(const QString &fileName, const QString &server)
 {
-    return wordsOf(fileName).join(QString()).contains(wordsOf(server).join(QString()));
+    return wordsIn(fileName).join(QString()).contains(wordsIn(server).join(QString()));
 }
 
 // Versions of one archive have the same.
@@ -175,7 +175,8 @@ void checkVersionOfArchive(const ClientEntry &entry, Findings &findings)
     }
 }
 
-void checkPage(const NewsItem &item, const QHash<QString, int> &archives, Findings &findings)
+void checkPageThatIsFile(const NewsItem &item, const QHash<QString, int> &archives,
+                         Findings &findings)
 {
     const QString &page = item.shown.clickUrl;
     const auto archive = archives.constFind(page);
@@ -208,7 +209,7 @@ void checkMixUps(const DocumentContent &content, const QString &base, Findings &
     }
     for (const QVector<NewsItem> &items : {content.slides, content.tiles}) {
         for (const NewsItem &item : items) {
-            checkPage(item, archives, findings);
+            checkPageThatIsFile(item, archives, findings);
         }
     }
 }

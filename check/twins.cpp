@@ -4,7 +4,7 @@
 
 namespace
 {
-QByteArray sumOf(const QByteArray &bytes)
+QByteArray sumOfBytes(const QByteArray &bytes)
 {
     return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
 }
@@ -13,7 +13,7 @@ QByteArray sumOf(const QByteArray &bytes)
 void PictureTwins::addLogo(const Place &place, const QString &server, const QByteArray &bytes,
                            Findings &findings)
 {
-    QString &first = m_logos[sumOf(bytes)];
+    QString &first = m_logos[sumOfBytes(bytes)];
     if (first.isNull()) {
         first = server;
         return;
@@ -29,7 +29,7 @@ void PictureTwins::addLogo(const Place &place, const QString &server, const QByt
 void PictureTwins::addPicture(const Place &place, const QString &address, const QByteArray &bytes,
                               Findings &findings)
 {
-    QString &first = m_pictures[sumOf(bytes)];
+    QString &first = m_pictures[sumOfBytes(bytes)];
     if (first.isNull()) {
         first = address;
     } else if (first != address) {
