@@ -85,6 +85,33 @@ Function ${un}isInUse
   Exch $0
 FunctionEnd
 
+; PATH: what it is on its drive, the same for all names that it has; "" when there is nothing.
+Function ${un}identityOf
+  Exch $0
+  Push $1
+  Push $2
+  Push $3
+  Push $4
+  System::Call 'kernel32::CreateFileW(w r0, i 0, i 7, p 0, i 3, i 0x2000000, p 0) p.r1'
+  StrCpy $0 ""
+  ${If} $1 != -1
+    System::Alloc 52
+    Pop $2
+    System::Call 'kernel32::GetFileInformationByHandle(p r1, p r2) i.r3'
+    ${If} $3 <> 0
+      System::Call '*$2(&v28, i.r3, &v12, i.r0, i.r4)'
+      StrCpy $0 "$3 $0 $4"
+    ${EndIf}
+    System::Free $2
+    System::Call 'kernel32::CloseHandle(p r1)'
+  ${EndIf}
+  Pop $4
+  Pop $3
+  Pop $2
+  Pop $1
+  Exch $0
+FunctionEnd
+
 ; FOLDER: removes it with what is in it. A link in it goes itself; what it points to stays.
 Function ${un}removeTree
   Exch $0

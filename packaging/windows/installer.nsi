@@ -33,6 +33,8 @@ CRCCheck force
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\${NAME}"
 ; Where the files wait for their places, and where those before them go.
 !define STAGE "$INSTDIR\launcher-setup.tmp"
+; In letters. Most of Windows, and this installer, know paths of 259; "\launcher-setup.tmp\new\" has 24.
+!define /math LONGEST_FOLDER 235 - ${LONGEST_FILE}
 
 Name "${NAME}" "${NAME_IN_WINDOWS}"
 OutFile "${OUTPUT}"
@@ -232,6 +234,9 @@ Section "un.${NAME}" unProgram
   ${EndIf}
   again:
     Call un.checkItems
+    ${If} $reason == ""
+      Call un.checkGames
+    ${EndIf}
     ${If} $reason != ""
       MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "$reason" /SD IDCANCEL IDRETRY again
       SetErrorLevel 2
@@ -258,9 +263,7 @@ SectionEnd
 
 ; Not chosen unless the player chooses it, and never in a silent run without /REMOVEGAMES.
 Section /o "un.Downloaded games, settings and cached pictures" unGames
-  ; The folder was checked above, and the launcher was in it.
-  Push "$INSTDIR"
-  Call un.removeTree
+  Call un.removeGames
 SectionEnd
 
 Section "un."
@@ -293,11 +296,22 @@ Function un.onSelChange
   IntOp $0 $0 & ${SF_SELECTED}
   ${If} $0 <> 0
     MessageBox MB_YESNO|MB_ICONEXCLAMATION|MB_DEFBUTTON2 \
-      "Everything in $INSTDIR will be removed: all downloaded games with their data, and the settings. Really?" \
+      "All games that the launcher downloaded into $INSTDIR will be removed with their data, and the settings. Really?" \
       IDYES keep
     SectionGetFlags ${unGames} $0
     IntOp $0 $0 ^ ${SF_SELECTED}
     SectionSetFlags ${unGames} $0
     keep:
   ${EndIf}
+FunctionEnd
+
+; Whether what the launcher downloaded and saved may go now: nothing of it goes while a game runs.
+Function un.checkGames
+  Push $0
+  SectionGetFlags ${unGames} $0
+  IntOp $0 $0 & ${SF_SELECTED}
+  ${If} $0 <> 0
+    !insertmacro un.forEachVersion un.checkTree
+  ${EndIf}
+  Pop $0
 FunctionEnd

@@ -24,6 +24,8 @@ version=${version%-setup.exe}
 
 # shellcheck source=wine.sh
 . "$root/packaging/windows/wine.sh"
+# Wine makes a player's folders links to these, when it finds them.
+mkdir "$HOME"/{Downloads,Documents,Music,Pictures}
 start_wine
 
 # shellcheck source=installer-support.sh
@@ -40,7 +42,7 @@ registered() {
 unzip -q "$archive" -d "$work/archive"
 files=$work/archive/$(basename "$archive" .zip)
 saved=(Игра Realm settings.txt offline.txt Café.png Realm.png newsBigBackground.png homeNewsImageBackground3.png
-  cafe.zip)
+  cafe.zip Mine)
 installed() { has_files "$files" "$1" "${saved[@]}"; }
 in_bill() { grep -F "\"$(sha256sum < "$1" | cut -d ' ' -f 1)\"" "${archive%.zip}.cdx.json"; }
 # Nothing that the package brought is left in the folder.
@@ -80,19 +82,34 @@ shortcut="$programs/Emberwake Online Launcher.lnk"
 
 echo 'Folders that are not the launcher'"'"'s ...'
 mkdir "$work/small"
-test_program "$work/small/emberwake-launcher.exe" 1.0.0
+test_program "$work/small/emberwake-launcher.exe" "$version"
 # As long as the longest name in the packages.
 mkdir "$work/small/licenses"
 echo small > "$work/small/licenses/mingw-w64-copyright.txt"
-installer "$work/small" 1.0.0 "$work/small.exe"
+installer "$work/small" "$version" "$work/small.exe"
 small=$work/small.exe
 check 'a folder of Windows is refused' install 3 "$small" "$c/windows/Emberwake"
 check 'the folder of all programs is refused' install 3 "$small" "$c/Program Files"
 check 'the way around by ".." is refused' install 3 "$small" "$c/windows/../Program Files"
+# Empty ones, of which nothing else would be said.
+for name in Downloads Documents Music Pictures 'Saved Games'; do
+  mkdir -p "$user/$name"
+  check "it is empty: $name" test -z "$(ls -A "$user/$name/")"
+  check "a player's folder is refused: $name" install 3 "$small" "$user/$name"
+done
+ln -s "$user/Downloads" "$c/Link"
+check 'by another name as well' install 3 "$small" "$c/Link"
+OneDrive='C:\Sky\Cloud' check "a cloud's folder is refused" install 3 "$small" "$c/Sky/Cloud"
+OneDrive='C:\Sky\Cloud' check 'and the documents in it' install 3 "$small" "$c/Sky/Cloud/Documents"
+OneDrive='C:\Sky\Cloud' check 'and the folder around it' install 3 "$small" "$c/Sky"
+OneDrive='C:\Sky\Cloud' check 'but not one of a game in it' install 0 "$small" "$c/Sky/Cloud/Emberwake"
+check 'which goes again' uninstall 0 "$c/Sky/Cloud/Emberwake"
 mkdir -p "$c/Other"
 echo mine > "$c/Other/my.txt"
 check 'a folder with other files is refused' install 3 "$small" "$c/Other"
 check 'nothing was written there' absent "$c/Other/emberwake-launcher.exe"
+long=$c/$(printf 'Long%.0s' {1..20})/$(printf 'Path%.0s' {1..20})
+check 'a path in which files would have too long ones is refused' install 3 "$small" "$long/$(printf 'Game%.0s' {1..13})"
 # Nobody, not even root, makes a file there.
 ln -s /proc/sys "$c/ReadOnly"
 check 'a folder that cannot be written is told' install 5 "$small" "$c/ReadOnly/Emberwake"
@@ -140,6 +157,34 @@ check 'all files are there again' installed "$folder"
 check 'with the games' games_kept "$folder"
 
 echo 'With the games ...'
+check 'a small one installs over it' install 0 "$small" "$folder"
+check 'and has only its own files there' has_files "$work/small" "$folder" "${saved[@]}"
+# Deeper than Windows' usual 260 letters.
+deep=$folder/Игра/Official/1.0/data/$(printf 'Long%.0s' {1..40})/$(printf 'Path%.0s' {1..40})
+mkdir -p "$deep"
+echo deep > "$deep/file"
+test_program "$folder/Игра/Official/1.0/game.exe" 1.0.0
+remember "$folder"
+check 'a game runs' start_program "$folder/Игра/Official/1.0/game.exe"
+check 'nothing is removed while it does' uninstall 2 "$folder" /REMOVEGAMES
+check 'everything is as it was' unchanged "$folder"
+check 'the game ends by itself' end_program
+# What the player has put there, some of it in places like the launcher's own.
+mkdir -p "$folder/Mine/Official/Notes" "$folder/Mine/2026" "$folder/Игра/Screenshots"
+echo mine | tee "$folder/Mine/Official/Notes/a.txt" "$folder/Mine/2026/b.txt" "$folder/Игра/Screenshots/c.png" \
+  "$folder/photo.png" "$folder/backup.zip" > "$folder/notes.txt"
+ln -s "$c/Other" "$folder/Игра/Official/2.0"
+ln -s "$c/Other" "$folder/Moved"
+mkdir -p "$c/Other/Official/1.0"
+echo mine > "$c/Other/Official/1.0/game.exe"
+check 'it uninstalls with the games when asked' uninstall 0 "$folder" /REMOVEGAMES
+left() { (cd "$folder" && find . ! -type d | LC_ALL=C sort | tr '\n' ' '); }
+check "only the player's own is left" \
+  test "$(left)" = './Mine/2026/b.txt ./Mine/Official/Notes/a.txt ./Moved ./backup.zip ./notes.txt ./photo.png ./Игра/Official/2.0 ./Игра/Screenshots/c.png '
+check 'and what links lead to' test "$(cat "$c/Other/my.txt" "$c/Other/Official/1.0/game.exe" | tr '\n' ' ')" = 'mine mine '
+rm -rf "$folder"
+check 'without anything of the player'"'"'s: it installs once more' install 0 "$small" "$folder"
+games "$folder"
 check 'it uninstalls with the games when asked' uninstall 0 "$folder" /REMOVEGAMES
 check 'nothing of it is left' absent "$folder"
 check 'its own registry key is gone' no_key "$own_key"

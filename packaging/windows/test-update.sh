@@ -116,11 +116,12 @@ full_disk() (
 check 'without room it ends' full_disk
 check 'everything is as it was' unchanged "$folder"
 # The renames have begun when this is noticed.
+rm -rf "$folder/fonts"
 echo mine > "$folder/fonts"
 remember "$folder"
 check 'what cannot be put in its place ends it' install 5 "$work/1.1.0.exe" "$folder"
 check 'everything is as it was' unchanged "$folder"
-rm "$folder/fonts"
+rm -rf "$folder/fonts"
 
 echo 'One that was killed among the renames ...'
 remember "$folder"
@@ -158,18 +159,18 @@ mkdir -p "$folder/launcher-setup.tmp/new"
 echo mine > "$folder/launcher-setup.tmp/new/notes.txt"
 check 'a folder that only has the name of the installer'"'"'s ends it' install 3 "$work/1.1.0.exe" "$folder"
 check 'and stays' grep -qx mine "$folder/launcher-setup.tmp/new/notes.txt"
-rm -r "$folder/launcher-setup.tmp"
+rm -rf "$folder/launcher-setup.tmp"
 
 echo 'What is not the launcher'"'"'s ...'
 mkdir "$c/Other"
 echo theirs > "$c/Other/qwindows.dll"
-rm -r "$folder/platforms"
+rm -rf "$folder/platforms"
 ln -s "$c/Other" "$folder/platforms"
 check 'a folder of the package that is a link is not followed' install 3 "$work/1.1.0.exe" "$folder"
 check 'nor by the removal' uninstall 0 "$folder"
 check 'what lies behind it is theirs' grep -qx theirs "$c/Other/qwindows.dll"
 check 'the rest is gone' absent "$folder/emberwake-launcher.exe"
-rm "$folder/platforms"
+rm -rf "$folder/platforms"
 check 'it installs again' install 0 "$work/1.0.0.exe" "$folder"
 # Another program's uninstaller, beside a launcher that was unpacked from the archive.
 cat > "$work/other.nsi" << 'NSIS'
@@ -190,7 +191,7 @@ remember "$c/Unpacked"
 check 'the uninstaller of another program is no reason to go on' install 3 "$work/1.1.0.exe" "$c/Unpacked"
 check 'it was not run' absent "$c/ran.txt"
 check 'and everything is as it was' unchanged "$c/Unpacked"
-rm "$c/Unpacked/uninstall.exe"
+rm -f "$c/Unpacked/uninstall.exe"
 check 'without it the unpacked launcher gets the new version' install 0 "$work/1.1.0.exe" "$c/Unpacked"
 check 'a file of its list is gone' has_files "$work/1.1.0" "$c/Unpacked"
 # A list that names what is not of the package.
