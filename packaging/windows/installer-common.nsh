@@ -188,4 +188,23 @@ Function ${un}removeStage
   ${EndIf}
   Pop $0
 FunctionEnd
+
+; Two at once would replace and remove each other's files. Session by session: another player's
+; installation is a folder and a registry of its own.
+Function ${un}stayAlone
+  Push $0
+  Push $1
+  StrCpy $0 "${NAME} Setup"
+  ; Windows closes it when this program ends, however it does.
+  System::Call 'kernel32::CreateMutexW(p 0, i 0, w r0) p.r1 ?e'
+  Pop $0
+  ${If} $0 = 183
+    MessageBox MB_OK|MB_ICONSTOP \
+      "The ${NAME} is being installed or removed already. Finish that, then try again." /SD IDOK
+    SetErrorLevel 2
+    Quit
+  ${EndIf}
+  Pop $1
+  Pop $0
+FunctionEnd
 !macroend

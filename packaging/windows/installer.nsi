@@ -7,9 +7,9 @@
 ;
 ; Besides the usual /S and /D=FOLDER: /DOWNGRADE installs over a newer version without a question, and
 ; "uninstall.exe /S /REMOVEGAMES" also removes what the launcher downloaded and saved. Results: 0 done,
-; 1 ended by the player, 2 the launcher is running or files are in use, 3 the folder is not one the
-; launcher may have for itself, 4 wrong kind of Windows, 5 files cannot be written, 6 a newer version is
-; installed.
+; 1 ended by the player, 2 the launcher is running, files are in use or another installer is at work,
+; 3 the folder is not one the launcher may have for itself, 4 wrong kind of Windows, 5 files cannot be
+; written, 6 a newer version is installed.
 
 ; The program is 64-bit only, and so is its installer.
 Target amd64-unicode
@@ -95,6 +95,7 @@ Function .onInit
     SetErrorLevel 4
     Quit
   ${EndIf}
+  Call stayAlone
 FunctionEnd
 
 ; A $problem with its $code ends the installation.
@@ -281,6 +282,7 @@ SectionEnd
 
 Function un.onInit
   SetShellVarContext current
+  Call un.stayAlone
   ${GetParameters} $0
   ClearErrors
   ${GetOptions} $0 "/REMOVEGAMES" $1

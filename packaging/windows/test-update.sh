@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Tests under Wine what happens when the installer meets an older launcher, a newer one, and one that
-# runs: the files are replaced all or none, and nothing of the player's is touched.
+# Tests under Wine what happens when the installer meets an older launcher, a newer one, one that runs, and
+# another installer: the files are replaced all or none, and nothing of the player's is touched.
 #
 #   packaging/windows/test-update.sh [FOLDER]     the packages' folder; default: build/packages
 #
@@ -160,6 +160,16 @@ echo mine > "$folder/launcher-setup.tmp/new/notes.txt"
 check 'a folder that only has the name of the installer'"'"'s ends it' install 3 "$work/1.1.0.exe" "$folder"
 check 'and stays' grep -qx mine "$folder/launcher-setup.tmp/new/notes.txt"
 rm -rf "$folder/launcher-setup.tmp"
+
+echo 'Two at once ...'
+"${wine[@]}" "$work/1.1.0.exe" > /dev/null 2>&1 &
+first=$!
+check 'an installer waits for its player' window_appears 'Setup'
+check 'a second one ends' install 2 "$work/1.1.0.exe" "$folder"
+check 'so does an uninstaller' uninstall 2 "$folder"
+kill "$first"
+wait "$first" || true
+check 'everything is as it was' unchanged "$folder"
 
 echo 'What is not the launcher'"'"'s ...'
 mkdir "$c/Other"
