@@ -41,6 +41,7 @@ FILES: tuple[tuple[str, str, tuple[str, ...]], ...] = (
     ("unzip.exe", "own", ("gcc", "mingw", "zlib", "libzip", "libdeflate")),
     ("uninstall.exe", "own", ("nsis",)),
     ("UNSIGNED.txt", "own", ()),
+    ("package-files.txt", "own", ()),
     ("README.txt", "own", ()),
     ("licenses/README.txt", "own", ()),
     ("licenses/qt-*.txt", "qt", ()),

@@ -1,13 +1,15 @@
 ; The installer for players, made by package.sh, which hands over PRODUCT (a script with the name, the
-; version and so on), INSTALL_FILES and UNINSTALL_FILES (the commands that install and remove the
-; files), SIZE (in KiB), SIGN (the program that signs the uninstaller, or leaves it alone), UNINSTALLER
-; (where a copy of that goes) and OUTPUT.
+; version and so on), FILES (macros that unpack and name the files, by list-files.sh), FILE_LIST (the
+; package's package-files.txt), SIZE (in KiB), SIGN (the program that signs the uninstaller, or leaves
+; it alone), UNINSTALLER (where a copy of that goes) and OUTPUT.
 ;
 ; For one player, without administrator rights: the launcher writes the games beside itself.
 ;
-; Besides the usual /S and /D=FOLDER: "uninstall.exe /S /REMOVEGAMES" also removes what the launcher
-; downloaded and saved. Results: 0 done, 1 ended by the player, 2 the launcher is running or files
-; are in use, 3 the folder is not one the launcher may have for itself, 4 wrong kind of Windows.
+; Besides the usual /S and /D=FOLDER: /DOWNGRADE installs over a newer version without a question, and
+; "uninstall.exe /S /REMOVEGAMES" also removes what the launcher downloaded and saved. Results: 0 done,
+; 1 ended by the player, 2 the launcher is running, files are in use or another installer is at work,
+; 3 the folder is not one the launcher may have for itself, 4 wrong kind of Windows, 5 files cannot be
+; written, 6 a newer version is installed.
 
 ; The program is 64-bit only, and so is its installer.
 Target amd64-unicode
@@ -21,12 +23,18 @@ CRCCheck force
 !include MUI2.nsh
 !include FileFunc.nsh
 !include LogicLib.nsh
+!include WordFunc.nsh
 !include x64.nsh
 
 !include "${PRODUCT}"
+!include "${FILES}"
 !define PROGRAM "emberwake-launcher.exe"
 !define OWN_KEY "Software\${NAME}"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\${NAME}"
+; Where the files wait for their places, and where those before them go.
+!define STAGE "$INSTDIR\launcher-setup.tmp"
+; In letters. Most of Windows, and this installer, know paths of 259; "\launcher-setup.tmp\new\" has 24.
+!define /math LONGEST_FOLDER 235 - ${LONGEST_FILE}
 
 Name "${NAME}" "${NAME_IN_WINDOWS}"
 OutFile "${OUTPUT}"
@@ -65,107 +73,12 @@ VIAddVersionKey LegalCopyright `${COPYRIGHT}`
 
 !insertmacro MUI_LANGUAGE English
 
-Var reason
-
-; Two folders are the same if only case and a closing backslash differ.
-!macro refuseFolder folder
-  ${If} $INSTDIR == "${folder}"
-    StrCpy $reason "$INSTDIR belongs to Windows or to you. Choose a folder for the launcher alone."
-  ${EndIf}
-!macroend
-
-; Leaves in $reason why the launcher must not have $INSTDIR, or nothing. The launcher manages the
-; folder as its own: it removes old versions in it, and the uninstaller may remove all of it.
-!macro checkFolderFunction prefix
-  Function ${prefix}checkFolder
-    Push $0
-    StrCpy $reason ""
-    ; "C:\Games\" is "C:\Games", and "C:\Games\..\Windows" is what it means.
-    GetFullPathName $0 "$INSTDIR"
-    ${If} $0 != ""
-      StrCpy $INSTDIR $0
-    ${EndIf}
-    StrCpy $0 $INSTDIR 1 -1
-    StrLen $1 $INSTDIR
-    ${If} $0 == "\"
-    ${AndIf} $1 > 3
-      StrCpy $INSTDIR $INSTDIR -1
-      StrLen $1 $INSTDIR
-    ${EndIf}
-    ${If} $1 < 4
-      StrCpy $reason "$INSTDIR is a whole drive. Choose a folder for the launcher alone."
-    ${EndIf}
-    !insertmacro refuseFolder $PROGRAMFILES
-    !insertmacro refuseFolder $PROGRAMFILES32
-    !insertmacro refuseFolder $PROGRAMFILES64
-    !insertmacro refuseFolder $COMMONFILES
-    !insertmacro refuseFolder $SYSDIR
-    !insertmacro refuseFolder $PROFILE
-    !insertmacro refuseFolder $DESKTOP
-    !insertmacro refuseFolder $DOCUMENTS
-    !insertmacro refuseFolder $APPDATA
-    !insertmacro refuseFolder $LOCALAPPDATA
-    !insertmacro refuseFolder "$LOCALAPPDATA\Programs"
-    !insertmacro refuseFolder $STARTMENU
-    !insertmacro refuseFolder $SMPROGRAMS
-    !insertmacro refuseFolder $TEMP
-    ; Windows itself, and everything in it.
-    StrLen $1 "$WINDIR\"
-    StrCpy $0 "$INSTDIR\" $1
-    ${If} $0 == "$WINDIR\"
-      StrCpy $reason "$INSTDIR belongs to Windows. Choose a folder for the launcher alone."
-    ${EndIf}
-    Pop $0
-  FunctionEnd
-
-  ; Leaves in $reason why the files cannot be replaced or removed now, or nothing. Windows lets nobody
-  ; write to the file of a program that runs.
-  Function ${prefix}checkRunning
-    Push $0
-    StrCpy $reason ""
-    ${If} ${FileExists} "$INSTDIR\${PROGRAM}"
-      ClearErrors
-      FileOpen $0 "$INSTDIR\${PROGRAM}" a
-      ${If} ${Errors}
-        StrCpy $reason "The ${NAME} is running, or its files cannot be written. Close it and try again."
-      ${Else}
-        FileClose $0
-      ${EndIf}
-    ${EndIf}
-    Pop $0
-  FunctionEnd
-
-  Function ${prefix}waitUntilClosed
-    again:
-      Call ${prefix}checkRunning
-      ${If} $reason != ""
-        ; Silent: the answer is "Cancel".
-        MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "$reason" /SD IDCANCEL IDRETRY again
-        SetErrorLevel 2
-        Quit
-      ${EndIf}
-  FunctionEnd
-!macroend
-!insertmacro checkFolderFunction ""
-!insertmacro checkFolderFunction "un."
-
-; Besides: a folder with somebody else's files in it is not the launcher's. One where the launcher is
-; or was may be full of games.
-Function checkOwnFolder
-  Push $0
-  Call checkFolder
-  ${If} $reason == ""
-  ${AndIfNot} ${FileExists} "$INSTDIR\${PROGRAM}"
-    ReadRegStr $0 HKCU "${OWN_KEY}" "InstallFolder"
-    ${If} $0 != $INSTDIR
-      ${DirState} "$INSTDIR" $0
-      ${If} $0 == 1
-        StrCpy $reason "$INSTDIR holds other files. Choose an empty or a new folder for the launcher."
-      ${EndIf}
-    ${EndIf}
-  ${EndIf}
-  Pop $0
-FunctionEnd
+!include installer-common.nsh
+!insertmacro commonFunctions ""
+!insertmacro commonFunctions "un."
+!include installer-folders.nsh
+!include installer-update.nsh
+!include installer-games.nsh
 
 Function leaveDirectoryPage
   Call checkOwnFolder
@@ -182,34 +95,105 @@ Function .onInit
     SetErrorLevel 4
     Quit
   ${EndIf}
+  Call stayAlone
+FunctionEnd
+
+; A $problem with its $code ends the installation.
+Function endWithProblem
+  MessageBox MB_OK|MB_ICONSTOP "$problem" /SD IDOK
+  SetErrorLevel $code
+  Quit
+FunctionEnd
+
+; A newer version may have settings and games that this one does not understand.
+Function checkVersion
+  GetDLLVersion "$INSTDIR\${PROGRAM}" $0 $1
+  ${If} ${Errors}
+    Return
+  ${EndIf}
+  IntOp $2 $0 >> 16
+  IntOp $2 $2 & 0xFFFF
+  IntOp $3 $0 & 0xFFFF
+  IntOp $4 $1 >> 16
+  IntOp $4 $4 & 0xFFFF
+  StrCpy $0 "$2.$3.$4"
+  ${VersionCompare} "$0" "${VERSION}" $1
+  ${If} $1 <> 1
+    Return
+  ${EndIf}
+  ${GetParameters} $1
+  ClearErrors
+  ${GetOptions} $1 "/DOWNGRADE" $2
+  ${IfNot} ${Errors}
+    Return
+  ${EndIf}
+  MessageBox MB_YESNO|MB_ICONEXCLAMATION|MB_DEFBUTTON2 \
+    "Version $0 is installed, which is newer than ${VERSION}. Install the older version?" /SD IDNO IDYES older
+  ${If} ${Silent}
+    SetErrorLevel 6
+  ${Else}
+    SetErrorLevel 1
+  ${EndIf}
+  Quit
+  older:
 FunctionEnd
 
 Section
+  ; What functions unpack is not counted by itself; the page with the folder says when there is no room.
+  AddSize ${SIZE}
   ; Once more: a silent installation has no page.
   Call checkOwnFolder
+  ${If} $reason == ""
+    Call isStage
+    Pop $0
+    ${If} $0 == ""
+    ${AndIf} ${FileExists} "${STAGE}"
+      StrCpy $reason "${STAGE} was not made by an installer. Remove it and try again."
+    ${EndIf}
+  ${EndIf}
   ${If} $reason != ""
-    MessageBox MB_OK|MB_ICONSTOP "$reason" /SD IDOK
-    SetErrorLevel 3
-    Quit
-  ${EndIf}
-  Call waitUntilClosed
-
-  ; The old version's own list of files goes first: a library that is not needed any more would stay
-  ; for ever. Games and settings are not on it.
-  ${If} ${FileExists} "$INSTDIR\uninstall.exe"
-    ExecWait '"$INSTDIR\uninstall.exe" /S /UPDATE _?=$INSTDIR'
+    StrCpy $problem $reason
+    StrCpy $code 3
+    Call endWithProblem
   ${EndIf}
 
+  ; What an installer that was broken off has left.
+  ${If} ${FileExists} "${STAGE}\*.*"
+    Call rollBack
+    ${If} $problem == ""
+    ${AndIf} ${FileExists} "${STAGE}"
+      StrCpy $problem "${STAGE} cannot be removed: it is in use. Close the programs that use it and try again."
+      StrCpy $code 2
+    ${EndIf}
+    ${If} $problem != ""
+      Call endWithProblem
+    ${EndIf}
+  ${EndIf}
   ClearErrors
-  SetOverwrite on
-  !include "${INSTALL_FILES}"
-  SetOutPath "$INSTDIR"
-  WriteUninstaller "$INSTDIR\uninstall.exe"
-  ${If} ${Errors}
-    MessageBox MB_OK|MB_ICONSTOP "Not all files could be written to $INSTDIR." /SD IDOK
-    SetErrorLevel 2
-    Quit
+  Call checkVersion
+  Call readLists
+  again:
+    Call checkItems
+    ${If} $problem != ""
+      ; Silent: the answer is "Cancel".
+      MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "$problem" /SD IDCANCEL IDRETRY again
+      SetErrorLevel $code
+      Quit
+    ${EndIf}
+
+  ${IfNot} ${FileExists} "$INSTDIR\*.*"
+    StrCpy $madeFolder 1
   ${EndIf}
+  Call unpackFiles
+  ${If} $problem == ""
+    Call replaceFiles
+  ${EndIf}
+  ${If} $problem != ""
+    Call rollBack
+    Call endWithProblem
+  ${EndIf}
+  Call cleanUp
+  SetOutPath "$INSTDIR"
 
   ; The working directory is the current output folder: the launcher finds everything from there.
   CreateShortcut "$SMPROGRAMS\${NAME}.lnk" "$INSTDIR\${PROGRAM}" "" "$INSTDIR\${PROGRAM}" 0
@@ -228,6 +212,12 @@ Section
   WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoRepair" 1
 SectionEnd
 
+; Something ended the section halfway: no room, as a rule.
+Function .onInstFailed
+  Call rollBack
+  SetErrorLevel 5
+FunctionEnd
+
 Function startProgram
   SetOutPath "$INSTDIR"
   Exec '"$INSTDIR\${PROGRAM}"'
@@ -235,88 +225,64 @@ FunctionEnd
 
 Section "un.${NAME}" unProgram
   SectionIn RO
-  Call un.checkFolder
+  Call un.findRegistered
   ; An uninstaller that somebody copied elsewhere must not clear away the files of another program.
-  ${If} $reason == ""
-  ${AndIfNot} ${FileExists} "$INSTDIR\${PROGRAM}"
-    ReadRegStr $0 HKCU "${OWN_KEY}" "InstallFolder"
-    ${If} $0 != $INSTDIR
-      StrCpy $reason "The ${NAME} is not in $INSTDIR."
-    ${EndIf}
-  ${EndIf}
-  ${If} $reason != ""
-    MessageBox MB_OK|MB_ICONSTOP "$reason" /SD IDOK
+  ${IfNot} ${FileExists} "$INSTDIR\${PROGRAM}"
+  ${AndIf} $registered == ""
+    MessageBox MB_OK|MB_ICONSTOP "The ${NAME} is not in $INSTDIR." /SD IDOK
     SetErrorLevel 3
     Quit
   ${EndIf}
-  Call un.waitUntilClosed
+  again:
+    Call un.checkItems
+    ${If} $reason == ""
+      Call un.checkGames
+    ${EndIf}
+    ${If} $reason != ""
+      MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "$reason" /SD IDCANCEL IDRETRY again
+      SetErrorLevel 2
+      Quit
+    ${EndIf}
 
   ; A folder that is somebody's current one cannot be removed.
   SetOutPath "$TEMP"
-  !include "${UNINSTALL_FILES}"
-  ${GetParameters} $0
-  ClearErrors
-  ${GetOptions} $0 "/UPDATE" $1
-  ${IfNot} ${Errors}
+  !insertmacro packageFiles un.removeItem
+  !insertmacro packageFolders un.removeFolder
+  Call un.removeStage
+  ${If} $left != ""
+    MessageBox MB_OK|MB_ICONSTOP "$left could not be removed. Close the programs that use it and try again." /SD IDOK
+    SetErrorLevel 2
     Quit
   ${EndIf}
   Delete "$INSTDIR\uninstall.exe"
-  Delete "$SMPROGRAMS\${NAME}.lnk"
-  DeleteRegKey HKCU "${UNINSTALL_KEY}"
+  ; Those of another folder's launcher stay.
+  ${If} $registered != ""
+    Delete "$SMPROGRAMS\${NAME}.lnk"
+    DeleteRegKey HKCU "${UNINSTALL_KEY}"
+  ${EndIf}
 SectionEnd
 
 ; Not chosen unless the player chooses it, and never in a silent run without /REMOVEGAMES.
 Section /o "un.Downloaded games, settings and cached pictures" unGames
-  ; The folder was checked above, and the launcher was in it.
-  Push "$INSTDIR"
-  Call un.removeContents
+  Call un.removeGames
 SectionEnd
 
 Section "un."
   RMDir "$INSTDIR"
+  ${If} $left != ""
+    MessageBox MB_OK|MB_ICONEXCLAMATION "$left could not be removed." /SD IDOK
+    SetErrorLevel 2
+  ${EndIf}
   ${IfNot} ${FileExists} "$INSTDIR\*.*"
+  ${AndIf} $registered != ""
     ; Otherwise a new installation looks here, and finds the games again.
     DeleteRegKey HKCU "${OWN_KEY}"
   ${EndIf}
 SectionEnd
 
-; Removes what is in the folder on the stack. A link or junction is removed itself; what it points
-; to belongs to somebody else.
-Function un.removeContents
-  Exch $0
-  Push $1
-  Push $2
-  Push $3
-  FindFirst $1 $2 "$0\*.*"
-  ${DoWhile} $2 != ""
-    ${If} $2 != "."
-    ${AndIf} $2 != ".."
-      System::Call 'kernel32::GetFileAttributesW(w "$0\$2") i.r3'
-      ${If} $3 != -1
-        IntOp $4 $3 & 0x10
-        IntOp $3 $3 & 0x400
-        ${If} $4 == 0
-          Delete "$0\$2"
-        ${Else}
-          ${If} $3 == 0
-            Push "$0\$2"
-            Call un.removeContents
-          ${EndIf}
-          RMDir "$0\$2"
-        ${EndIf}
-      ${EndIf}
-    ${EndIf}
-    FindNext $1 $2
-  ${Loop}
-  FindClose $1
-  Pop $3
-  Pop $2
-  Pop $1
-  Pop $0
-FunctionEnd
-
 Function un.onInit
   SetShellVarContext current
+  Call un.stayAlone
   ${GetParameters} $0
   ClearErrors
   ${GetOptions} $0 "/REMOVEGAMES" $1
@@ -332,11 +298,22 @@ Function un.onSelChange
   IntOp $0 $0 & ${SF_SELECTED}
   ${If} $0 <> 0
     MessageBox MB_YESNO|MB_ICONEXCLAMATION|MB_DEFBUTTON2 \
-      "Everything in $INSTDIR will be removed: all downloaded games with their data, and the settings. Really?" \
+      "All games that the launcher downloaded into $INSTDIR will be removed with their data, and the settings. Really?" \
       IDYES keep
     SectionGetFlags ${unGames} $0
     IntOp $0 $0 ^ ${SF_SELECTED}
     SectionSetFlags ${unGames} $0
     keep:
   ${EndIf}
+FunctionEnd
+
+; Whether what the launcher downloaded and saved may go now: nothing of it goes while a game runs.
+Function un.checkGames
+  Push $0
+  SectionGetFlags ${unGames} $0
+  IntOp $0 $0 & ${SF_SELECTED}
+  ${If} $0 <> 0
+    !insertmacro un.forEachVersion un.checkTree
+  ${EndIf}
+  Pop $0
 FunctionEnd

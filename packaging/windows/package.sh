@@ -192,6 +192,7 @@ describe_licenses() {
 }
 describe_licenses licenses-README.txt.in "$licenses"
 
+"$here/list-files.sh" "$folder" "$work/files.nsh"
 "$here/check-imports.py" "$folder"
 
 echo 'Collecting the checker ...'
@@ -212,13 +213,12 @@ pack() {
 pack "$name"
 pack "$checker"
 
-"$here/list-files.sh" "$folder" "$work/install-files.nsh" "$work/uninstall-files.nsh"
 # Of the files alone: folders weigh what their file system makes of them.
 size=$(find "$folder" -type f -printf '%s\n' | awk '{ sum += $1 } END { print int((sum + 1023) / 1024) }')
 installer=$output/emberwake-launcher-$version-setup.exe
 rm -f "$installer"
 makensis -V2 -WX -INPUTCHARSET UTF8 "-DPRODUCT=$build/packaging/product.nsh" \
-  "-DINSTALL_FILES=$work/install-files.nsh" "-DUNINSTALL_FILES=$work/uninstall-files.nsh" \
+  "-DFILES=$work/files.nsh" "-DFILE_LIST=$folder/package-files.txt" \
   "-DSIZE=$size" "-DSIGN=${sign[*]}" "-DUNINSTALLER=$work/uninstall.exe" "-DOUTPUT=$installer" \
   "$here/installer.nsi"
 "${sign[@]}" "$installer"

@@ -24,7 +24,12 @@ version=${version%-setup.exe}
 
 # shellcheck source=wine.sh
 . "$root/packaging/windows/wine.sh"
+# Wine makes a player's folders links to these, when it finds them.
+mkdir "$HOME"/{Downloads,Documents,Music,Pictures}
 start_wine
+
+# shellcheck source=installer-support.sh
+. "$root/packaging/windows/installer-support.sh"
 
 # registered NAME VALUE: what stands in the registry's export, where a backslash is written twice.
 registered() {
@@ -33,16 +38,12 @@ registered() {
   grep -F "\"$1\"=" "$work/export" | tee "$work/value"
   grep -qF "${2//\\/\\\\}" "$work/value"
 }
-key='HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Emberwake Online Launcher'
-own_key='HKCU\Software\Emberwake Online Launcher'
-no_key() { ! "${wine[@]}" reg query "$1"; }
 # The files of a package, in a folder: all there, and the same.
 unzip -q "$archive" -d "$work/archive"
 files=$work/archive/$(basename "$archive" .zip)
-installed() {
-  diff -r "$files" "$1" | grep -v '^Only in .*: \(uninstall.exe\|Realm\|settings.txt\|offline.txt\)$' > "$work/differences" || true
-  [ ! -s "$work/differences" ] || { cat "$work/differences"; return 1; }
-}
+saved=(Игра Realm settings.txt offline.txt Café.png Realm.png newsBigBackground.png homeNewsImageBackground3.png
+  cafe.zip Mine)
+installed() { has_files "$files" "$1" "${saved[@]}"; }
 in_bill() { grep -F "\"$(sha256sum < "$1" | cut -d ' ' -f 1)\"" "${archive%.zip}.cdx.json"; }
 # Nothing that the package brought is left in the folder.
 program_gone() {
@@ -51,20 +52,6 @@ program_gone() {
     absent "$1/$file" || { echo "$file is left"; return 1; }
   done < <(cd "$files" && find . -mindepth 1 -printf '%P\n')
   absent "$1/uninstall.exe"
-}
-# The uninstaller goes on by a copy of itself when the program that was started has ended.
-uninstall() {
-  timeout 120 "${wine[@]}" "$1/uninstall.exe" /S "${@:2}"
-  for _ in {1..300}; do
-    if absent "$1/uninstall.exe" && absent "$shortcut"; then
-      # A moment for what comes after these.
-      sleep 2
-      return 0
-    fi
-    sleep 0.1
-  done
-  echo 'the uninstaller did not finish'
-  return 1
 }
 # The folder a shortcut starts its program in, and the program.
 link_says() {
@@ -89,68 +76,49 @@ print(texts)
 sys.exit(texts.get("folder") != sys.argv[2])
 PYTHON
 }
-# NAME: the window of the program is there, or comes within a minute.
-window_appears() {
-  for _ in {1..120}; do
-    [ -z "$(xdotool search --onlyvisible --name "$1" 2> /dev/null)" ] || return 0
-    sleep 0.5
-  done
-  return 1
-}
-games() {
-  mkdir -p "$1/Realm/Игра/1.0"
-  echo game > "$1/Realm/Игра/1.0/game.exe"
-  echo settings > "$1/settings.txt"
-  echo offline > "$1/offline.txt"
-}
-games_kept() {
-  [ "$(cat "$1/Realm/Игра/1.0/game.exe" "$1/settings.txt" "$1/offline.txt" | tr '\n' ' ')" = 'game settings offline ' ]
-}
-
-# The blanks in the folder stand between arguments: the installer takes the rest of its command line,
-# and Wine would put an argument with blanks into quotation marks.
 folder=$c/Игры\ и\ Welt/Emberwake
-install_in_folder=(/S '/D=C:\Игры' и 'Welt\Emberwake')
-shortcut="$user/AppData/Roaming/Microsoft/Windows/Start Menu/Programs/Emberwake Online Launcher.lnk"
+programs="$user/AppData/Roaming/Microsoft/Windows/Start Menu/Programs"
+shortcut="$programs/Emberwake Online Launcher.lnk"
 
-# Folders that are not the launcher's.
-check 'a folder of Windows is refused' ends_with 3 "$setup" /S '/D=C:\windows\Emberwake'
-check 'the folder of all programs is refused' ends_with 3 "$setup" /S '/D=C:\Program' 'Files'
-check 'the way around by ".." is refused' ends_with 3 "$setup" /S '/D=C:\windows\..\Program' Files
+echo 'Folders that are not the launcher'"'"'s ...'
+mkdir "$work/small"
+test_program "$work/small/emberwake-launcher.exe" "$version"
+# As long as the longest name in the packages.
+mkdir "$work/small/licenses"
+echo small > "$work/small/licenses/mingw-w64-copyright.txt"
+installer "$work/small" "$version" "$work/small.exe"
+small=$work/small.exe
+check 'a folder of Windows is refused' install 3 "$small" "$c/windows/Emberwake"
+check 'the folder of all programs is refused' install 3 "$small" "$c/Program Files"
+check 'the way around by ".." is refused' install 3 "$small" "$c/windows/../Program Files"
+# Empty ones, of which nothing else would be said.
+for name in Downloads Documents Music Pictures 'Saved Games'; do
+  mkdir -p "$user/$name"
+  check "it is empty: $name" test -z "$(ls -A "$user/$name/")"
+  check "a player's folder is refused: $name" install 3 "$small" "$user/$name"
+done
+ln -s "$user/Downloads" "$c/Link"
+check 'by another name as well' install 3 "$small" "$c/Link"
+OneDrive='C:\Sky\Cloud' check "a cloud's folder is refused" install 3 "$small" "$c/Sky/Cloud"
+OneDrive='C:\Sky\Cloud' check 'and the documents in it' install 3 "$small" "$c/Sky/Cloud/Documents"
+OneDrive='C:\Sky\Cloud' check 'and the folder around it' install 3 "$small" "$c/Sky"
+OneDrive='C:\Sky\Cloud' check 'but not one of a game in it' install 0 "$small" "$c/Sky/Cloud/Emberwake"
+check 'which goes again' uninstall 0 "$c/Sky/Cloud/Emberwake"
 mkdir -p "$c/Other"
 echo mine > "$c/Other/my.txt"
-check 'a folder with other files is refused' ends_with 3 "$setup" /S '/D=C:\Other'
+check 'a folder with other files is refused' install 3 "$small" "$c/Other"
 check 'nothing was written there' absent "$c/Other/emberwake-launcher.exe"
+long=$c/$(printf 'Long%.0s' {1..20})/$(printf 'Path%.0s' {1..20})
+check 'a path in which files would have too long ones is refused' install 3 "$small" "$long/$(printf 'Game%.0s' {1..13})"
+# Nobody, not even root, makes a file there.
+ln -s /proc/sys "$c/ReadOnly"
+check 'a folder that cannot be written is told' install 5 "$small" "$c/ReadOnly/Emberwake"
 check 'nothing was registered' no_key "$key"
 
-# A first version, with a file that the next one no longer has.
-cp -r "$files" "$work/old"
-echo old > "$work/old/old-library.dll"
-"$root/packaging/windows/list-files.sh" "$work/old" "$work/old-install.nsh" "$work/old.nsh"
-cat > "$work/product.nsh" << NSIS
-!define NAME "Emberwake Online Launcher"
-!define NAME_IN_WINDOWS "Emberwake Online Launcher"
-!define VERSION 0.9.0
-!define PUBLISHER "Emberwake"
-!define COPYRIGHT ""
-!define URL "https://www.emberwake.example/"
-!define ICON "$root/images/clienticon.ico"
-NSIS
-makensis -V1 -INPUTCHARSET UTF8 -X'SetCompress off' "-DPRODUCT=$work/product.nsh" -DINSTALL_FILES="$work/old-install.nsh" \
-  "-DUNINSTALL_FILES=$work/old.nsh" -DSIZE=1 -DSIGN=true "-DUNINSTALLER=$work/old-uninstall.exe" \
-  "-DOUTPUT=$work/old-setup.exe" "$root/packaging/windows/installer.nsi" > "$work/makensis.log" ||
-  { cat "$work/makensis.log"; exit 1; }
-check 'an older version installs silently, blanks and Cyrillic letters in the path' \
-  ends_with 0 "$work/old-setup.exe" "${install_in_folder[@]}"
-check 'its own file is there' test -f "$folder/old-library.dll"
-games "$folder"
-
-# The update.
-check 'the update installs over it' ends_with 0 "$setup" "${install_in_folder[@]}"
+echo 'Installed ...'
+check 'it installs silently, blanks and Cyrillic letters in the path' install 0 "$setup" "$folder"
 check 'all files are there' installed "$folder"
 check 'the uninstaller is the one in the bill of materials' in_bill "$folder/uninstall.exe"
-check 'the file that is not needed any more is gone' absent "$folder/old-library.dll"
-check 'the update left games and settings' games_kept "$folder"
 check 'the start menu entry works in the folder' link_says 'C:\Игры и Welt\Emberwake'
 check 'Windows knows the name' registered DisplayName 'Emberwake Online Launcher'
 check 'Windows knows the version' registered DisplayVersion "\"$version\""
@@ -159,52 +127,99 @@ check 'Windows knows the web address' registered URLInfoAbout https://www.emberw
 check 'Windows knows the icon' registered DisplayIcon 'C:\Игры и Welt\Emberwake\emberwake-launcher.exe'
 check 'Windows knows the uninstaller' registered UninstallString 'C:\Игры и Welt\Emberwake\uninstall.exe'
 check 'Windows knows the size' registered EstimatedSize dword:0000
+games "$folder"
 
 # It runs, and is noticed.
 (cd "$folder" && exec "${wine[@]}" emberwake-launcher.exe) > /dev/null 2>&1 &
+launcher=$!
 check 'the launcher opens its window' window_appears 'Emberwake Launcher'
-check 'an update while it runs is refused' ends_with 2 "$setup" "${install_in_folder[@]}"
-check 'so is the removal' ends_with 2 "$folder/uninstall.exe" /S '_?=C:\Игры' и 'Welt\Emberwake'
+check 'an update while it runs is refused' install 2 "$setup" "$folder"
+check 'so is the removal' uninstall 2 "$folder"
 check 'and nothing is missing' installed "$folder"
-"${wine[@]}" taskkill /F /IM emberwake-launcher.exe > /dev/null 2>&1 || true
-sleep 2
+kill "$launcher"
+wait "$launcher" || true
+# It writes what it was given as it likes.
+games "$folder"
 
-# The removal, and back again.
-check 'it uninstalls silently' uninstall "$folder"
+echo 'Removed, and back again ...'
+# Started in its folder the uninstaller goes on by a copy of itself.
+by_itself() {
+  timeout 120 "${wine[@]}" "$1/uninstall.exe" /S
+  timeout 300 /usr/lib/wine/wineserver64 --wait
+}
+check 'it uninstalls silently' by_itself "$folder"
 check 'the program is gone' program_gone "$folder"
 check 'games and settings are left' games_kept "$folder"
 check 'Windows does not know it any more' no_key "$key"
+check 'its entry in the start menu is gone' absent "$shortcut"
 check 'without a folder given it returns to the games' ends_with 0 "$setup" /S
 check 'all files are there again' installed "$folder"
 check 'with the games' games_kept "$folder"
 
-# The removal of everything. Wine knows the attribute of a link to a folder, but removes its target
-# when it is told to remove the link, as far as that is empty: the link itself can only stay here.
-ln -s "$c/Other" "$folder/Realm/link"
-check 'it uninstalls with the games when asked' uninstall "$folder" /REMOVEGAMES
-check 'what a link in it pointed to is left' grep -qx mine "$c/Other/my.txt"
-check 'nothing else of it is left' test "$(cd "$folder" && find . | tr '\n' ' ')" = '. ./Realm ./Realm/link '
-rm -r "$folder"
-check 'without a link: it installs once more' ends_with 0 "$setup" "${install_in_folder[@]}"
+echo 'With the games ...'
+check 'a small one installs over it' install 0 "$small" "$folder"
+check 'and has only its own files there' has_files "$work/small" "$folder" "${saved[@]}"
+# Deeper than Windows' usual 260 letters.
+deep=$folder/Игра/Official/1.0/data/$(printf 'Long%.0s' {1..40})/$(printf 'Path%.0s' {1..40})
+mkdir -p "$deep"
+echo deep > "$deep/file"
+test_program "$folder/Игра/Official/1.0/game.exe" 1.0.0
+remember "$folder"
+check 'a game runs' start_program "$folder/Игра/Official/1.0/game.exe"
+check 'nothing is removed while it does' uninstall 2 "$folder" /REMOVEGAMES
+check 'everything is as it was' unchanged "$folder"
+check 'the game ends by itself' end_program
+# What the player has put there, some of it in places like the launcher's own.
+mkdir -p "$folder/Mine/Official/Notes" "$folder/Mine/2026" "$folder/Игра/Screenshots"
+echo mine | tee "$folder/Mine/Official/Notes/a.txt" "$folder/Mine/2026/b.txt" "$folder/Игра/Screenshots/c.png" \
+  "$folder/photo.png" "$folder/backup.zip" > "$folder/notes.txt"
+ln -s "$c/Other" "$folder/Игра/Official/2.0"
+ln -s "$c/Other" "$folder/Moved"
+mkdir -p "$c/Other/Official/1.0"
+echo mine > "$c/Other/Official/1.0/game.exe"
+check 'it uninstalls with the games when asked' uninstall 0 "$folder" /REMOVEGAMES
+left() { (cd "$folder" && find . ! -type d | LC_ALL=C sort | tr '\n' ' '); }
+check "only the player's own is left" \
+  test "$(left)" = './Mine/2026/b.txt ./Mine/Official/Notes/a.txt ./Moved ./backup.zip ./notes.txt ./photo.png ./Игра/Official/2.0 ./Игра/Screenshots/c.png '
+check 'and what links lead to' test "$(cat "$c/Other/my.txt" "$c/Other/Official/1.0/game.exe" | tr '\n' ' ')" = 'mine mine '
+rm -rf "$folder"
+check 'without anything of the player'"'"'s: it installs once more' install 0 "$small" "$folder"
 games "$folder"
-check 'it uninstalls with the games when asked' uninstall "$folder" /REMOVEGAMES
+check 'it uninstalls with the games when asked' uninstall 0 "$folder" /REMOVEGAMES
 check 'nothing of it is left' absent "$folder"
 check 'its own registry key is gone' no_key "$own_key"
 
-# Where it goes by itself.
+echo 'Two players ...'
 default="$user/AppData/Local/Programs/Emberwake Online Launcher"
-check 'it installs silently in its own folder' ends_with 0 "$setup" /S
-check 'all files are there, in the player'"'"'s part' installed "$default"
-cp "$default/uninstall.exe" "$c/Other/"
-echo theirs > "$c/Other/Qt5Core.dll"
-check 'an uninstaller that lies elsewhere refuses' ends_with 3 "$c/Other/uninstall.exe" /S '_?=C:\Other'
-check 'and removes nothing' test -f "$c/Other/Qt5Core.dll"
-check 'it uninstalls' uninstall "$default"
-check 'the folder is gone' absent "$default"
+check 'it installs silently in its own folder' ends_with 0 "$small" /S
+check 'all files are there, in the player'"'"'s part' has_files "$work/small" "$default"
+mkdir -p "$c/Unknown"
+cp "$default/uninstall.exe" "$c/Unknown/"
+echo theirs > "$c/Unknown/Qt5Core.dll"
+check 'an uninstaller that lies elsewhere refuses' uninstall 3 "$c/Unknown"
+check 'and removes nothing' test -f "$c/Unknown/Qt5Core.dll"
+# Another player has other folders, and a registry that knows nothing of the first one's.
+remember "$default"
+second="$c/users/Jörg Игрок"
+shell_folders='HKCU\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders'
+become() {
+  "${wine[@]}" reg add "$shell_folders" /v 'Local AppData' /d "C:\\users\\$1\\AppData\\Local" /f
+  "${wine[@]}" reg add "$shell_folders" /v Programs /d "C:\\users\\$1\\Programs" /f
+  "${wine[@]}" reg delete "$key" /f
+  "${wine[@]}" reg delete "$own_key" /f
+}
+mkdir -p "$second/Programs" "$second/AppData/Local"
+check 'there is a second player' become 'Jörg Игрок'
+check 'it installs for the second one' ends_with 0 "$small" /S
+check 'all files are there, in this one'"'"'s part' has_files "$work/small" "$second/AppData/Local/Programs/Emberwake Online Launcher"
+check 'and the entry in the start menu' test -f "$second/Programs/Emberwake Online Launcher.lnk"
+check 'it uninstalls' uninstall 0 "$second/AppData/Local/Programs/Emberwake Online Launcher" /REMOVEGAMES
+check 'the folder is gone' absent "$second/AppData/Local/Programs/Emberwake Online Launcher"
+check 'the first one'"'"'s is as it was' unchanged "$default"
+check 'so is the entry' test -f "$shortcut"
 
 # The installer's own part has an answer to a drive: the folder it would have used anyway.
-check 'a drive as the folder does not end in an error' ends_with 0 "$setup" /S "/D=C:\\"
+check 'a drive as the folder does not end in an error' ends_with 0 "$small" /S "/D=C:\\"
 check 'nothing is written to the drive' absent "$c/emberwake-launcher.exe"
-check 'but to its own folder' installed "$default"
 
 print_checks

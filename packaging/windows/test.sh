@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Runs the tests of the packages in build/packages (or in the folder given) and of what they are made of:
-# the check of imports, the bill of materials, the extractor, the installer, the checker, packages with
+# the check of imports, the bill of materials, the extractor, the installer and its updates, the checker, packages with
 # another product and with signatures, and the same ones built once more:
 #
 #   packaging/windows/test.sh [FOLDER]
@@ -18,6 +18,7 @@ run_counted "$here/test-check-imports.py"
 run_counted "$here/test-bill.py" "$packages"
 run_counted "$here/test-unzip.py"
 run_counted "$here/test-installer.sh" "$packages"
+run_counted "$here/test-update.sh" "$packages"
 run_counted "$here/test-checker.sh" "$packages"
 run_counted "$here/test-product.sh"
 run_counted "$here/test-signing.sh" "$packages"

@@ -1,0 +1,210 @@
+; What the installer and its uninstaller both ask of files and folders; included by installer.nsi.
+;
+; Functions take what stands on the stack, and leave their answer there; "" is no.
+
+Var reason
+Var item
+Var linkOnWay
+
+!macro commonFunctions un
+; PATH: "1" when it is a link or a junction to another place. Behind one everything is somebody else's.
+Function ${un}isLink
+  Exch $0
+  Push $1
+  Push $2
+  Push $3
+  Push $4
+  System::Alloc 592
+  Pop $1
+  System::Call 'kernel32::FindFirstFileW(w r0, p r1) p.r2'
+  StrCpy $0 ""
+  ${If} $2 != -1
+    System::Call 'kernel32::FindClose(p r2)'
+    System::Call '*$1(i.r3, &v32, i.r4)'
+    IntOp $3 $3 & 0x400
+    ; Files that a cloud keeps have a tag of another kind; the bit says "another place".
+    IntOp $2 $4 & 0x20000000
+    ${If} $3 <> 0
+      ${If} $4 = 0
+      ${OrIf} $2 <> 0
+        StrCpy $0 1
+      ${EndIf}
+    ${EndIf}
+  ${EndIf}
+  System::Free $1
+  Pop $4
+  Pop $3
+  Pop $2
+  Pop $1
+  Exch $0
+FunctionEnd
+
+; Leaves in $linkOnWay the first folder on the way from $INSTDIR to $item that is a link, or nothing.
+Function ${un}findLink
+  Push $0
+  Push $1
+  StrCpy $linkOnWay ""
+  StrCpy $0 1
+  ${Do}
+    StrCpy $1 $item 1 $0
+    ${If} $1 == "\"
+      StrCpy $1 $item $0
+      Push "$INSTDIR\$1"
+      Call ${un}isLink
+      Pop $linkOnWay
+      ${If} $linkOnWay != ""
+        StrCpy $linkOnWay "$INSTDIR\$1"
+        StrCpy $1 ""
+      ${Else}
+        StrCpy $1 "\"
+      ${EndIf}
+    ${EndIf}
+    IntOp $0 $0 + 1
+  ${LoopUntil} $1 == ""
+  Pop $1
+  Pop $0
+FunctionEnd
+
+; PATH of a file: "1" when a program runs from it or holds it open. One that is read-only is not.
+Function ${un}isInUse
+  Exch $0
+  Push $1
+  Push $2
+  ; To write and to remove; everybody else may do everything; a link itself, not what it points to.
+  System::Call 'kernel32::CreateFileW(w r0, i 0x40010000, i 7, p 0, i 3, i 0x200000, p 0) p.r1 ?e'
+  Pop $2
+  StrCpy $0 ""
+  ${If} $1 != -1
+    System::Call 'kernel32::CloseHandle(p r1)'
+  ${ElseIf} $2 = 32
+  ${OrIf} $2 = 33
+    StrCpy $0 1
+  ${EndIf}
+  Pop $2
+  Pop $1
+  Exch $0
+FunctionEnd
+
+; PATH: what it is on its drive, the same for all names that it has; "" when there is nothing.
+Function ${un}identityOf
+  Exch $0
+  Push $1
+  Push $2
+  Push $3
+  Push $4
+  System::Call 'kernel32::CreateFileW(w r0, i 0, i 7, p 0, i 3, i 0x2000000, p 0) p.r1'
+  StrCpy $0 ""
+  ${If} $1 != -1
+    System::Alloc 52
+    Pop $2
+    System::Call 'kernel32::GetFileInformationByHandle(p r1, p r2) i.r3'
+    ${If} $3 <> 0
+      System::Call '*$2(&v28, i.r3, &v12, i.r0, i.r4)'
+      StrCpy $0 "$3 $0 $4"
+    ${EndIf}
+    System::Free $2
+    System::Call 'kernel32::CloseHandle(p r1)'
+  ${EndIf}
+  Pop $4
+  Pop $3
+  Pop $2
+  Pop $1
+  Exch $0
+FunctionEnd
+
+; FOLDER: removes it with what is in it. A link in it goes itself; what it points to stays.
+Function ${un}removeTree
+  Exch $0
+  Push $1
+  Push $2
+  Push $3
+  FindFirst $1 $2 "$0\*.*"
+  ${DoWhile} $2 != ""
+    ${If} $2 != "."
+    ${AndIf} $2 != ".."
+      ${If} ${FileExists} "$0\$2\*.*"
+        Push "$0\$2"
+        Call ${un}isLink
+        Pop $3
+        ${If} $3 == ""
+          Push "$0\$2"
+          Call ${un}removeTree
+        ${Else}
+          RMDir "$0\$2"
+        ${EndIf}
+      ${Else}
+        Delete "$0\$2"
+        ; A junction whose target is gone.
+        RMDir "$0\$2"
+      ${EndIf}
+    ${EndIf}
+    FindNext $1 $2
+  ${Loop}
+  FindClose $1
+  RMDir "$0"
+  Pop $3
+  Pop $2
+  Pop $1
+  Pop $0
+FunctionEnd
+
+; "1" when ${STAGE} is what an installer that was broken off has left.
+Function ${un}isStage
+  Push $0
+  Push "${STAGE}"
+  Call ${un}isLink
+  Pop $0
+  ${If} $0 != ""
+    StrCpy $0 ""
+  ${ElseIf} ${FileExists} "${STAGE}\new-files.txt"
+  ${OrIf} ${FileExists} "${STAGE}\old-files.txt"
+    StrCpy $0 1
+  ${Else}
+    ; The first that is made, and the last that goes.
+    RMDir "${STAGE}"
+  ${EndIf}
+  Exch $0
+FunctionEnd
+
+; Removes ${STAGE}, if it is one; its lists, by which it is known, at last.
+Function ${un}removeStage
+  Push $0
+  Call ${un}isStage
+  Pop $0
+  ${If} $0 != ""
+    Push "${STAGE}\new"
+    Call ${un}removeTree
+    Push "${STAGE}\done"
+    Call ${un}removeTree
+    Push "${STAGE}\old"
+    Call ${un}removeTree
+    ; What is in use stays for another try, and has to be known then.
+    ${IfNot} ${FileExists} "${STAGE}\new\*.*"
+    ${AndIfNot} ${FileExists} "${STAGE}\done\*.*"
+    ${AndIfNot} ${FileExists} "${STAGE}\old\*.*"
+      Push "${STAGE}"
+      Call ${un}removeTree
+    ${EndIf}
+  ${EndIf}
+  Pop $0
+FunctionEnd
+
+; Two at once would replace and remove each other's files. Session by session: another player's
+; installation is a folder and a registry of its own.
+Function ${un}stayAlone
+  Push $0
+  Push $1
+  StrCpy $0 "${NAME} Setup"
+  ; Windows closes it when this program ends, however it does.
+  System::Call 'kernel32::CreateMutexW(p 0, i 0, w r0) p.r1 ?e'
+  Pop $0
+  ${If} $0 = 183
+    MessageBox MB_OK|MB_ICONSTOP \
+      "The ${NAME} is being installed or removed already. Finish that, then try again." /SD IDOK
+    SetErrorLevel 2
+    Quit
+  ${EndIf}
+  Pop $1
+  Pop $0
+FunctionEnd
+!macroend

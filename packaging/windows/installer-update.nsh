@@ -1,0 +1,358 @@
+; Puts the files of this version in place of those of the one before: all of them or none; included by
+; installer.nsi.
+;
+; Everything is unpacked into ${STAGE}\new first. Then the files there were go to ${STAGE}\old and the
+; new ones to their places, by renames within one folder, which need no room and are quick; the program
+; itself goes first and comes last, so that nobody starts a half of each. ${STAGE}\old is what says that
+; this was begun and not finished: when a rename fails, or the next installer finds it after a power
+; failure, all goes back.
+;
+; Nothing that lies in the folder is run. What the version before consisted of stands in its
+; package-files.txt; versions before there was such a list had the files in former-files.txt.
+
+Var list
+Var action
+Var problem
+Var code
+Var madeFolder
+
+; Calls $action for each $item of the $list, until there is a $problem. A line that leads elsewhere, or
+; to what the launcher saved, is skipped.
+Function forEachItem
+  Push $0
+  Push $1
+  Push $2
+  Push $3
+  ClearErrors
+  FileOpen $0 "$list" r
+  ${IfNot} ${Errors}
+    ${Do}
+      ClearErrors
+      FileRead $0 $item
+      ${If} ${Errors}
+        ${ExitDo}
+      ${EndIf}
+      ${Do}
+        StrCpy $1 $item 1 -1
+        ${If} $1 == "$\r"
+        ${OrIf} $1 == "$\n"
+          StrCpy $item $item -1
+        ${Else}
+          ${ExitDo}
+        ${EndIf}
+      ${Loop}
+      StrCpy $1 $item
+      StrCpy $2 '/:*?<>|"'
+      System::Call 'shlwapi::StrCSpnW(w r1, w r2) i.r3'
+      StrCpy $2 ".."
+      System::Call 'shlwapi::StrStrW(w r1, w r2) p.r2'
+      StrLen $1 $item
+      ${If} $1 > 0
+      ${AndIf} $1 = $3
+      ${AndIf} $2 P= 0
+      ${AndIf} $item != "settings.txt"
+      ${AndIf} $item != "offline.txt"
+        StrCpy $1 $item 1
+        ${If} $1 != "\"
+          Call $action
+        ${EndIf}
+      ${EndIf}
+    ${LoopUntil} $problem != ""
+    FileClose $0
+  ${EndIf}
+  Pop $3
+  Pop $2
+  Pop $1
+  Pop $0
+FunctionEnd
+
+!macro forEachItem file function
+  StrCpy $list "${file}"
+  GetFunctionAddress $action ${function}
+  Call forEachItem
+!macroend
+
+; Whether $item can be replaced now.
+Function checkItem
+  Push $0
+  Call findLink
+  ${If} $linkOnWay != ""
+    StrCpy $problem "$linkOnWay is a link to another place. Remove it and try again."
+    StrCpy $code 3
+  ${ElseIf} ${FileExists} "$INSTDIR\$item\*.*"
+    StrCpy $problem "$INSTDIR\$item is a folder. Remove it and try again."
+    StrCpy $code 3
+  ${Else}
+    Push "$INSTDIR\$item"
+    Call isInUse
+    Pop $0
+    ${If} $0 != ""
+      StrCpy $problem "The ${NAME} is running: $INSTDIR\$item is in use. Close it and try again."
+      StrCpy $code 2
+    ${EndIf}
+  ${EndIf}
+  Pop $0
+FunctionEnd
+
+Function checkItems
+  StrCpy $problem ""
+  !insertmacro forEachItem "$PLUGINSDIR\old-files.txt" checkItem
+  ${If} $problem == ""
+    !insertmacro forEachItem "$PLUGINSDIR\new-files.txt" checkItem
+  ${EndIf}
+  ${If} $problem == ""
+    StrCpy $item "uninstall.exe"
+    Call checkItem
+  ${EndIf}
+FunctionEnd
+
+; FROM, TO: renames, with the folders that needs; sets the error flag when it fails.
+Function move
+  Exch $1
+  Exch
+  Exch $0
+  Push $2
+  ${GetParent} "$1" $2
+  CreateDirectory "$2"
+  ClearErrors
+  Rename "$0" "$1"
+  Pop $2
+  Pop $0
+  Pop $1
+FunctionEnd
+
+; Unlike the installer's own command this one sets the error flag, and opens no window.
+!macro copy from to
+  StrCpy $0 "${from}"
+  StrCpy $1 "${to}"
+  System::Call 'kernel32::CopyFileW(w r0, w r1, i 0) i.r0'
+  ${If} $0 = 0
+    SetErrors
+  ${EndIf}
+!macroend
+
+!macro move from to
+  Push "${from}"
+  Push "${to}"
+  Call move
+!macroend
+
+Function takeOut
+  ${If} ${FileExists} "$INSTDIR\$item"
+    !insertmacro move "$INSTDIR\$item" "${STAGE}\old\$item"
+    ${If} ${Errors}
+      StrCpy $problem "$INSTDIR\$item cannot be replaced: it is in use, or cannot be written."
+      StrCpy $code 2
+    ${EndIf}
+  ${EndIf}
+FunctionEnd
+
+; A file that this version has no more.
+Function retireItem
+  ${IfNot} ${FileExists} "${STAGE}\new\$item"
+    Call takeOut
+  ${EndIf}
+FunctionEnd
+
+Function putIn
+  !insertmacro move "${STAGE}\new\$item" "$INSTDIR\$item"
+  ${If} ${Errors}
+    StrCpy $problem "$INSTDIR\$item cannot be written."
+    StrCpy $code 5
+  ${EndIf}
+FunctionEnd
+
+Function replaceItem
+  ${If} $item != "${PROGRAM}"
+    Call takeOut
+    ${If} $problem == ""
+      Call putIn
+    ${EndIf}
+  ${EndIf}
+FunctionEnd
+
+; What was put in goes back first, then what was taken out.
+Function putBack
+  ${IfNot} ${FileExists} "${STAGE}\new\$item"
+  ${AndIf} ${FileExists} "$INSTDIR\$item"
+    !insertmacro move "$INSTDIR\$item" "${STAGE}\new\$item"
+  ${EndIf}
+  Call putBackOld
+FunctionEnd
+
+Function putBackOld
+  ${If} ${FileExists} "${STAGE}\old\$item"
+    ; Fails when something is still in its place.
+    !insertmacro move "${STAGE}\old\$item" "$INSTDIR\$item"
+  ${EndIf}
+FunctionEnd
+
+; A folder that has become empty. Only the folders of the packages come here.
+Function pruneItem
+  Push $0
+  Call findLink
+  ${GetParent} "$item" $0
+  ${If} $linkOnWay != ""
+    StrCpy $0 ""
+  ${EndIf}
+  ${DoWhile} $0 != ""
+    RMDir "$INSTDIR\$0"
+    ${GetParent} "$0" $0
+  ${Loop}
+  Pop $0
+FunctionEnd
+
+; As if there had been no installer, whether it was this one or one that was broken off. Sets $reason
+; when a file of the version before cannot go back; all stays then for another try.
+Function rollBack
+  Push $0
+  Push $1
+  StrCpy $0 $problem
+  StrCpy $1 ""
+  StrCpy $problem ""
+  SetOutPath "$TEMP"
+  ${If} ${FileExists} "${STAGE}\old\*.*"
+    !insertmacro forEachItem "${STAGE}\new-files.txt" putBack
+    StrCpy $item "uninstall.exe"
+    Call putBack
+    !insertmacro forEachItem "${STAGE}\old-files.txt" putBackOld
+    !insertmacro forEachItem "${STAGE}\new-files.txt" pruneItem
+    Push "${STAGE}\old"
+    Call holdsFile
+    Pop $1
+  ${EndIf}
+  ${If} $1 != ""
+    StrCpy $0 "Not all files of the version before could be put back. Close the programs that use them and run this installer again."
+    StrCpy $code 2
+  ${Else}
+    Call removeStage
+  ${EndIf}
+  ${If} $madeFolder != ""
+    RMDir "$INSTDIR"
+  ${EndIf}
+  StrCpy $problem $0
+  Pop $1
+  Pop $0
+FunctionEnd
+
+; FOLDER: "1" when there is a file in it or below it.
+Function holdsFile
+  Exch $0
+  Push $1
+  Push $2
+  Push $3
+  StrCpy $3 ""
+  FindFirst $1 $2 "$0\*.*"
+  ${DoWhile} $2 != ""
+    ${If} $2 != "."
+    ${AndIf} $2 != ".."
+      ${If} ${FileExists} "$0\$2\*.*"
+        Push "$0\$2"
+        Call holdsFile
+        Pop $3
+      ${Else}
+        StrCpy $3 1
+      ${EndIf}
+    ${EndIf}
+    ${If} $3 != ""
+      ${ExitDo}
+    ${EndIf}
+    FindNext $1 $2
+  ${Loop}
+  FindClose $1
+  StrCpy $0 $3
+  Pop $3
+  Pop $2
+  Pop $1
+  Exch $0
+FunctionEnd
+
+Function checkUnpacked
+  ${IfNot} ${FileExists} "${STAGE}\new\$item"
+    StrCpy $problem 1
+  ${EndIf}
+FunctionEnd
+
+; The two lists where nothing of the folder is touched yet.
+Function readLists
+  InitPluginsDir
+  SetOverwrite on
+  ; The time of a checkout must not get into the installer.
+  SetDateSave off
+  File "/oname=$PLUGINSDIR\new-files.txt" "${FILE_LIST}"
+  File "/oname=$PLUGINSDIR\old-files.txt" "former-files.txt"
+  SetDateSave on
+  ${If} ${FileExists} "$INSTDIR\package-files.txt"
+    !insertmacro copy "$INSTDIR\package-files.txt" "$PLUGINSDIR\old-files.txt"
+  ${ElseIfNot} ${FileExists} "$INSTDIR\${PROGRAM}"
+    Delete "$PLUGINSDIR\old-files.txt"
+  ${EndIf}
+FunctionEnd
+
+; Everything to ${STAGE}, beside what is in use. Leaves a $problem when not all of it is there.
+Function unpackFiles
+  SetOverwrite on
+  ; No button that goes on without a file.
+  AllowSkipFiles off
+  ClearErrors
+  CreateDirectory "${STAGE}"
+  !insertmacro copy "$PLUGINSDIR\new-files.txt" "${STAGE}\new-files.txt"
+  ${If} ${FileExists} "$PLUGINSDIR\old-files.txt"
+    !insertmacro copy "$PLUGINSDIR\old-files.txt" "${STAGE}\old-files.txt"
+  ${EndIf}
+  CreateDirectory "${STAGE}\new"
+  ${IfNot} ${Errors}
+    !insertmacro installFiles
+    WriteUninstaller "${STAGE}\new\uninstall.exe"
+  ${EndIf}
+  ${If} ${Errors}
+    StrCpy $problem 1
+  ${EndIf}
+  SetOutPath "$TEMP"
+  ${If} $problem == ""
+    !insertmacro forEachItem "$PLUGINSDIR\new-files.txt" checkUnpacked
+  ${EndIf}
+  ${If} $problem != ""
+    StrCpy $problem "The files could not be written to $INSTDIR: it is read-only, or there is not enough room. Nothing was changed."
+    StrCpy $code 5
+  ${EndIf}
+FunctionEnd
+
+Function replaceFiles
+  ClearErrors
+  CreateDirectory "${STAGE}\old"
+  ${If} ${Errors}
+    StrCpy $problem "$INSTDIR cannot be written."
+    StrCpy $code 5
+    Return
+  ${EndIf}
+  StrCpy $item "${PROGRAM}"
+  Call takeOut
+  ${If} $problem == ""
+    !insertmacro forEachItem "${STAGE}\old-files.txt" retireItem
+  ${EndIf}
+  ${If} $problem == ""
+    !insertmacro forEachItem "${STAGE}\new-files.txt" replaceItem
+  ${EndIf}
+  ${If} $problem == ""
+    StrCpy $item "uninstall.exe"
+    Call replaceItem
+  ${EndIf}
+  ${If} $problem == ""
+    StrCpy $item "${PROGRAM}"
+    Call putIn
+  ${EndIf}
+  ${If} $problem == ""
+    !insertmacro move "${STAGE}\old" "${STAGE}\done"
+    ${If} ${Errors}
+      StrCpy $problem "$INSTDIR cannot be written."
+      StrCpy $code 5
+    ${EndIf}
+  ${EndIf}
+FunctionEnd
+
+; After it all is as it was or as it should be.
+Function cleanUp
+  !insertmacro forEachItem "${STAGE}\old-files.txt" pruneItem
+  Call removeStage
+FunctionEnd

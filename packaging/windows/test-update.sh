@@ -1,0 +1,213 @@
+#!/usr/bin/env bash
+# Tests under Wine what happens when the installer meets an older launcher, a newer one, one that runs, and
+# another installer: the files are replaced all or none, and nothing of the player's is touched.
+#
+#   packaging/windows/test-update.sh [FOLDER]     the packages' folder; default: build/packages
+#
+# The older launcher has the files of the package, installed in the way of the first packages
+# (older-installer.nsi). Where something goes wrong halfway the packages are small ones made here.
+# One line per check; the last line is "N passed, N failed", and the result says whether one failed.
+set -euo pipefail
+
+root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../.." && pwd)
+here=$root/packaging/windows
+packages=$(cd "${1:-$root/build/packages}" && pwd)
+"$root/scripts/install-packages.sh" windows windows-test
+shopt -s nullglob
+setups=("$packages"/emberwake-launcher-*-setup.exe)
+archives=("$packages"/emberwake-launcher-*-windows-x86_64.zip)
+if [ "${#setups[@]}" -ne 1 ] || [ "${#archives[@]}" -ne 1 ]; then
+  echo "test-update.sh: $packages must hold one installer and one archive" >&2
+  exit 1
+fi
+
+# shellcheck source=wine.sh
+. "$here/wine.sh"
+start_wine
+# shellcheck source=installer-support.sh
+. "$here/installer-support.sh"
+
+# older FOLDER OUTPUT: an installer as the first ones were.
+older() {
+  # shellcheck disable=SC2016 # $INSTDIR is a variable of the installer
+  (
+    cd "$1"
+    find . -type f -printf 'SetOutPath "$INSTDIR/%P"\nFile "'"$1"'/%P"\n' | sed '/^SetOutPath/{ s|/[^/]*"$|"|; y|/|\\| }' > "$work/older-install.nsh"
+    find . -type f -printf 'Delete "$INSTDIR/%P"\n' | tr / '\134' > "$work/older-uninstall.nsh"
+  )
+  makensis -V1 "-DINSTALL_FILES=$work/older-install.nsh" "-DUNINSTALL_FILES=$work/older-uninstall.nsh" \
+    "-DOUTPUT=$2" "$here/older-installer.nsi" > "$work/makensis.log" || { cat "$work/makensis.log"; return 1; }
+}
+# Like a player's: with games and settings, and something of their own.
+folder=$c/Игры\ и\ Welt/Emberwake
+own_files_kept() {
+  games_kept "$folder" && [ "$(cat "$folder/notes.txt" "$folder/platforms/mine.txt" | tr '\n' ' ')" = 'mine mine ' ]
+}
+
+echo 'Over the launcher of the first packages ...'
+unzip -q "${archives[0]}" -d "$work/archive"
+files=$work/archive/$(basename "${archives[0]}" .zip)
+cp -r "$files" "$work/first"
+rm -f "$work/first/package-files.txt"
+older "$work/first" "$work/first-installer.exe"
+check 'it installs' install 0 "$work/first-installer.exe" "$folder"
+games "$folder"
+echo mine | tee "$folder/notes.txt" > "$folder/platforms/mine.txt"
+check 'the new one installs over it' install 0 "${setups[0]}" "$folder"
+saved=(notes.txt mine.txt Игра Realm settings.txt offline.txt Café.png Realm.png newsBigBackground.png
+  homeNewsImageBackground3.png cafe.zip)
+check 'all files are there, and nothing else' has_files "$files" "$folder" "${saved[@]}"
+check 'games, settings and files of the player are left' own_files_kept
+check 'nothing that lay in the folder was run' absent "$c/ran.txt"
+
+echo 'From version to version ...'
+# version NUMBER: a small package.
+version() {
+  mkdir -p "$work/$1/platforms" "$work/$1/licenses"
+  test_program "$work/$1/emberwake-launcher.exe" "$1"
+  echo "$1" | tee "$work/$1/Qt5Core.dll" "$work/$1/platforms/qwindows.dll" "$work/$1/licenses/zlib.txt" > "$work/$1/unzip.exe"
+}
+version 0.9.0
+echo old > "$work/0.9.0/UNSIGNED.txt"
+older "$work/0.9.0" "$work/0.9.0.exe"
+version 1.0.0
+mkdir "$work/1.0.0/styles"
+echo 1.0.0 > "$work/1.0.0/styles/gone.dll"
+installer "$work/1.0.0" 1.0.0 "$work/1.0.0.exe"
+version 1.1.0
+mkdir "$work/1.1.0/fonts"
+# Nothing packs it smaller.
+head -c 3000000 /dev/urandom > "$work/1.1.0/fonts/new.ttf"
+installer "$work/1.1.0" 1.1.0 "$work/1.1.0.exe"
+folder=$c/Emberwake
+check 'one as the first was installs' install 0 "$work/0.9.0.exe" "$folder"
+games "$folder"
+echo mine | tee "$folder/notes.txt" > "$folder/platforms/mine.txt"
+check 'one with a list installs over it' install 0 "$work/1.0.0.exe" "$folder"
+check 'a file that the first had and this one has not is gone' has_files "$work/1.0.0" "$folder" "${saved[@]}"
+check 'the next one installs over that' install 0 "$work/1.1.0.exe" "$folder"
+check 'so is a file of the list, with its folder' has_files "$work/1.1.0" "$folder" "${saved[@]}"
+check 'games, settings and files of the player are left' own_files_kept
+
+echo 'An older one over a newer ...'
+remember "$folder"
+check 'is refused where nobody can be asked' install 6 "$work/1.0.0.exe" "$folder"
+check 'and changes nothing' unchanged "$folder"
+check 'it installs when that is wanted' install 0 "$work/1.0.0.exe" "$folder" /DOWNGRADE
+check 'all of it' has_files "$work/1.0.0" "$folder" "${saved[@]}"
+check 'with the games' own_files_kept
+remember "$folder"
+
+echo 'All files or none ...'
+check 'the launcher runs' start_program "$folder/emberwake-launcher.exe"
+check 'nothing is replaced then' install 2 "$work/1.1.0.exe" "$folder"
+check 'the removal is refused as well' uninstall 2 "$folder"
+check 'the launcher ends by itself' end_program
+check 'a library is held by a program' start_program "$work/1.0.0/emberwake-launcher.exe" 'C:\Emberwake\platforms\qwindows.dll'
+check 'nothing is replaced then' install 2 "$work/1.1.0.exe" "$folder"
+check 'that ends' end_program
+check 'everything is as it was' unchanged "$folder"
+full_disk() (
+  # A file of more than a megabyte cannot be written, and nobody is ended for trying.
+  trap '' XFSZ
+  ulimit -f 1024
+  install 5 "$work/1.1.0.exe" "$folder"
+)
+check 'without room it ends' full_disk
+check 'everything is as it was' unchanged "$folder"
+# The renames have begun when this is noticed.
+rm -rf "$folder/fonts"
+echo mine > "$folder/fonts"
+remember "$folder"
+check 'what cannot be put in its place ends it' install 5 "$work/1.1.0.exe" "$folder"
+check 'everything is as it was' unchanged "$folder"
+rm -rf "$folder/fonts"
+
+echo 'One that was killed among the renames ...'
+remember "$folder"
+mkdir -p "$folder/launcher-setup.tmp/new/fonts" "$folder/launcher-setup.tmp/new/licenses" "$folder/launcher-setup.tmp/new/platforms" \
+  "$folder/launcher-setup.tmp/old/styles" "$folder/launcher-setup.tmp/old/platforms"
+cp "$work/1.0.0/package-files.txt" "$folder/launcher-setup.tmp/old-files.txt"
+cp "$work/1.1.0/package-files.txt" "$folder/launcher-setup.tmp/new-files.txt"
+cp "$work/1.1.0/emberwake-launcher.exe" "$work/1.1.0/unzip.exe" "$folder/launcher-setup.tmp/new/"
+cp "$work/1.1.0/licenses/zlib.txt" "$folder/launcher-setup.tmp/new/licenses/"
+cp "$work/1.1.0/platforms/qwindows.dll" "$folder/launcher-setup.tmp/new/platforms/"
+cp "$folder/uninstall.exe" "$folder/launcher-setup.tmp/new/"
+mv "$folder"/{emberwake-launcher.exe,Qt5Core.dll,package-files.txt} "$folder/launcher-setup.tmp/old/"
+mv "$folder/platforms/qwindows.dll" "$folder/launcher-setup.tmp/old/platforms/"
+mv "$folder/styles/gone.dll" "$folder/launcher-setup.tmp/old/styles/"
+mkdir "$folder/fonts"
+cp "$work/1.1.0"/{Qt5Core.dll,package-files.txt} "$folder/"
+cp "$work/1.1.0/fonts/new.ttf" "$folder/fonts/"
+# One that must not install shows what came back.
+version 0.1.0
+installer "$work/0.1.0" 0.1.0 "$work/0.1.0.exe"
+check 'the next installer goes on from before' install 6 "$work/0.1.0.exe" "$folder"
+check 'everything is as it was' unchanged "$folder"
+
+# One that was killed later, and somebody holds what it could not remove any more.
+mkdir -p "$folder/launcher-setup.tmp/done"
+cp "$work/1.0.0/package-files.txt" "$folder/launcher-setup.tmp/new-files.txt"
+echo old | tee "$folder/launcher-setup.tmp/done/Qt5Core.dll" > "$folder/launcher-setup.tmp/done/a.dll"
+check 'what it left is held' start_program "$work/1.0.0/emberwake-launcher.exe" 'C:\Emberwake\launcher-setup.tmp\done\Qt5Core.dll'
+check 'the next installer says so' install 2 "$work/1.0.0.exe" "$folder"
+check 'that ends' end_program
+check 'the one after it goes on' install 0 "$work/1.0.0.exe" "$folder"
+check 'everything is as it was' unchanged "$folder"
+# Somebody else's.
+mkdir -p "$folder/launcher-setup.tmp/new"
+echo mine > "$folder/launcher-setup.tmp/new/notes.txt"
+check 'a folder that only has the name of the installer'"'"'s ends it' install 3 "$work/1.1.0.exe" "$folder"
+check 'and stays' grep -qx mine "$folder/launcher-setup.tmp/new/notes.txt"
+rm -rf "$folder/launcher-setup.tmp"
+
+echo 'Two at once ...'
+"${wine[@]}" "$work/1.1.0.exe" > /dev/null 2>&1 &
+first=$!
+check 'an installer waits for its player' window_appears 'Setup'
+check 'a second one ends' install 2 "$work/1.1.0.exe" "$folder"
+check 'so does an uninstaller' uninstall 2 "$folder"
+kill "$first"
+wait "$first" || true
+check 'everything is as it was' unchanged "$folder"
+
+echo 'What is not the launcher'"'"'s ...'
+mkdir "$c/Other"
+echo theirs > "$c/Other/qwindows.dll"
+rm -rf "$folder/platforms"
+ln -s "$c/Other" "$folder/platforms"
+check 'a folder of the package that is a link is not followed' install 3 "$work/1.1.0.exe" "$folder"
+check 'nor by the removal' uninstall 0 "$folder"
+check 'what lies behind it is theirs' grep -qx theirs "$c/Other/qwindows.dll"
+check 'the rest is gone' absent "$folder/emberwake-launcher.exe"
+rm -rf "$folder/platforms"
+check 'it installs again' install 0 "$work/1.0.0.exe" "$folder"
+# Another program's uninstaller, beside a launcher that was unpacked from the archive.
+cat > "$work/other.nsi" << 'NSIS'
+Target amd64-unicode
+Unicode true
+RequestExecutionLevel user
+Name Other
+OutFile "${OUTPUT}"
+Section
+  FileOpen $0 "C:\ran.txt" w
+  FileClose $0
+SectionEnd
+NSIS
+makensis -V1 "-DOUTPUT=$work/other.exe" "$work/other.nsi" > /dev/null
+cp -r "$work/1.0.0" "$c/Unpacked"
+cp "$work/other.exe" "$c/Unpacked/uninstall.exe"
+remember "$c/Unpacked"
+check 'the uninstaller of another program is no reason to go on' install 3 "$work/1.1.0.exe" "$c/Unpacked"
+check 'it was not run' absent "$c/ran.txt"
+check 'and everything is as it was' unchanged "$c/Unpacked"
+rm -f "$c/Unpacked/uninstall.exe"
+check 'without it the unpacked launcher gets the new version' install 0 "$work/1.1.0.exe" "$c/Unpacked"
+check 'a file of its list is gone' has_files "$work/1.1.0" "$c/Unpacked"
+# A list that names what is not of the package.
+printf '..\\Emberwake\\notes.txt\r\nC:\\Emberwake\\notes.txt\r\nsettings.txt\r\n\\notes.txt\r\nplatforms\\..\\..\\Emberwake\\notes.txt\r\n' > "$c/Unpacked/package-files.txt"
+echo settings > "$c/Unpacked/settings.txt"
+check 'a list that leads elsewhere removes nothing' install 0 "$work/1.1.0.exe" "$c/Unpacked"
+check 'nothing there' test -f "$folder/notes.txt" -a -f "$c/Unpacked/settings.txt"
+
+print_checks
