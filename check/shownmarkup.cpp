@@ -124,7 +124,7 @@ QString darkColour(const QString &text)
         return {};
     }
     for (auto found = colours.globalMatch(text); found.hasNext();) {
-        const QString colour = found.next().captured(1);
+        QString colour = found.next().captured(1);
         if (isDark(colour)) {
             return colour;
         }
