@@ -1,15 +1,20 @@
 #!/usr/bin/env bash
-# Measures what the launcher costs, each figure beside its yardstick in the same run, and prints one
-# table; build/bench/results.md and results.json hold it too. It judges nothing by its exit code.
+# Measures what the launcher costs, each figure beside its yardstick in the same run, and prints two
+# tables, of times and of instructions; build/bench/ holds them too, as results.md, instructions.md and
+# the same as .json. It judges nothing by its exit code.
 #
-#   scripts/bench.sh [--quick] [--only ROW]... [--write-page]
+#   scripts/bench.sh [--quick] [--instructions | --only ROW...] [--write-page]
 #
-#   --quick       smaller sizes and fewer rounds, for whoever works on a row
-#   --only ROW    just this row: start, own-pictures, choice, document, versions, download, slow-disk,
-#                 install, unpack, responsiveness, rescale, pictures, hover, idle, size
-#   --write-page  puts the table into docs/performance.md as well
+#   --quick         smaller sizes and fewer rounds, for whoever works on a row
+#   --instructions  just the instructions of what one thread does alone; other work on the machine does
+#                   not change them
+#   --only ROW      just this row of the times: start, own-pictures, own-font, choice, document,
+#                   versions, download, slow-disk, install, unpack, responsiveness, rescale, pictures,
+#                   hover, idle, size. May be given again
+#   --write-page    puts the tables into docs/performance.md as well
 #
-# Takes a quarter of an hour and 8 GiB of disk. Leave the machine alone meanwhile.
+# Takes twenty minutes and 8 GiB of disk; the instructions alone some minutes. Leave the
+# machine alone while times are taken.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 export LC_ALL=C.UTF-8
@@ -17,7 +22,7 @@ export LC_ALL=C.UTF-8
 options=()
 while [[ $# -gt 0 ]]; do
   case $1 in
-    --quick) options+=(--quick) ;;
+    --quick | --instructions) options+=("$1") ;;
     --only)
       [[ $# -gt 1 ]] || { echo 'bench.sh: --only wants a row' >&2; exit 64; }
       options+=(--only "$2")
@@ -25,7 +30,7 @@ while [[ $# -gt 0 ]]; do
       ;;
     --write-page) options+=(--write-page docs/performance.md) ;;
     *)
-      echo 'usage: scripts/bench.sh [--quick] [--only ROW]... [--write-page]' >&2
+      echo 'usage: scripts/bench.sh [--quick] [--instructions | --only ROW...] [--write-page]' >&2
       exit 64
       ;;
   esac

@@ -40,6 +40,7 @@ fuzz_packages=(
 # What the benchmarks are built with, run on and measure against.
 bench_packages=(
   libcpp-httplib-dev libssl-dev python3 python3-pil xvfb fonts-lato nginx curl unzip binutils
+  valgrind
 )
 # What tells which lines the tests reach.
 coverage_packages=(

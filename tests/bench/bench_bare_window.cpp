@@ -1,17 +1,22 @@
 // The yardstick of the launcher's start: the smallest program of the toolkit that shows one window
 // with the launcher's background picture. Tells when that was painted, and ends:
-// bench_bare_window [URL]. With an address it fetches that, tells when it is there, and goes on
-// until it is ended from outside.
+// bench_bare_window [text | URL]. With "text" the window also has the launcher's icon, and one text
+// in its font. With an address it fetches that, tells when it is there, and goes on until it is
+// ended from outside.
 
 #include "bench/measuring.h"
 
 #include <QApplication>
+#include <QFont>
+#include <QIcon>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QPainter>
 #include <QPixmap>
 #include <QTimer>
 #include <QWidget>
+
+#include <utility>
 
 namespace
 {
@@ -26,8 +31,9 @@ void tell()
 class BareWindow : public QWidget
 {
 public:
-    explicit BareWindow(bool stays)
+    explicit BareWindow(QString text, bool stays)
         : QWidget(nullptr, Qt::FramelessWindowHint)
+        , m_text(std::move(text))
         , m_stays(stays)
     {
     }
@@ -38,6 +44,9 @@ protected:
         QPainter painter(this);
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
         painter.drawPixmap(rect(), m_background);
+        if (!m_text.isEmpty()) {
+            painter.drawText(rect(), Qt::AlignCenter, m_text);
+        }
         if (m_stays) {
             return;
         }
@@ -49,6 +58,7 @@ protected:
     }
 
 private:
+    const QString m_text;
     const bool m_stays;
     const QPixmap m_background{QStringLiteral(":/background.png")};
 };
@@ -58,14 +68,20 @@ int main(int argc, char *argv[])
 {
     Measuring::silenceConsole();
     const QApplication application(argc, argv);
-    BareWindow window(argc > 1);
+    const QString argument = QCoreApplication::arguments().value(1);
+    const bool hasText = argument == QStringLiteral("text");
+    const bool fetches = !argument.isEmpty() && !hasText;
+    BareWindow window(hasText ? QStringLiteral("Connecting to server...") : QString(), fetches);
+    if (hasText) {
+        QApplication::setWindowIcon(QIcon(QStringLiteral(":/clienticon.ico")));
+        window.setFont(QFont(QStringLiteral("Lato"), 20));
+    }
     window.resize(974, 571);
     window.show();
-    if (argc > 1) {
+    if (fetches) {
         // Lives as long as the window, as the launcher's do.
         auto *manager = new QNetworkAccessManager(&window);
-        QNetworkReply *reply =
-            manager->get(QNetworkRequest(QUrl(QCoreApplication::arguments().at(1))));
+        QNetworkReply *reply = manager->get(QNetworkRequest(QUrl(argument)));
         QObject::connect(reply, &QNetworkReply::finished, reply, [reply] {
             (void)reply->readAll();
             reply->deleteLater();

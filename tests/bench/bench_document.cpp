@@ -61,7 +61,7 @@ int main(int argc, char *argv[])
         return std::all_of(std::begin(window.homeNews), std::end(window.homeNews), isOver) &&
                std::all_of(std::begin(window.news), std::end(window.news), isOver);
     };
-    if (!QTest::qWaitFor(ended, 20000)) {
+    if (!QTest::qWaitFor(ended, Measuring::patience)) {
         qFatal("the requests for pictures do not end");
     }
 
@@ -69,30 +69,24 @@ int main(int argc, char *argv[])
     const int repeats = std::max(1, 5000 / entries);
     std::vector<double> ours;
     std::vector<double> bare;
-    const auto takeOurs = [&] {
+    for (int round = -1; round < rounds; ++round) {
+        const auto runOurs = round < 0 ? Measuring::warmUp : Measuring::ours;
+        const auto runBare = round < 0 ? Measuring::warmUp : Measuring::bare;
         double sum = 0;
         for (int i = 0; i < repeats; ++i) {
             window.clientInfos.clear();
             const double start = Measuring::threadMilliseconds();
-            apply(document);
+            runOurs([&] { apply(document); });
             sum += Measuring::threadMilliseconds() - start;
         }
-        ours.push_back(sum / repeats);
-    };
-    const auto takeBare = [&] {
-        const double start = Measuring::threadMilliseconds();
+        const double bareStart = Measuring::threadMilliseconds();
         for (int i = 0; i < repeats; ++i) {
-            readBare(document);
+            runBare([&] { readBare(document); });
         }
-        bare.push_back((Measuring::threadMilliseconds() - start) / repeats);
-    };
-    takeOurs();
-    takeBare();
-    ours.clear();
-    bare.clear();
-    for (int round = 0; round < rounds; ++round) {
-        takeOurs();
-        takeBare();
+        if (round >= 0) {
+            ours.push_back(sum / repeats);
+            bare.push_back((Measuring::threadMilliseconds() - bareStart) / repeats);
+        }
     }
     int read = 0;
     for (const auto &kinds : qAsConst(window.clientInfos)) {

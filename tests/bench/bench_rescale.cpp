@@ -1,5 +1,5 @@
 // How much a step of the window's rescaling costs beside the bare toolkit calls that it cannot do
-// without: bench_rescale ROUNDS.
+// without: bench_rescale ROUNDS [STEPS].
 
 #include "bench/measuring.h"
 #include "fetch/imagedownloader.h"
@@ -20,8 +20,6 @@
 
 namespace
 {
-constexpr int steps = 200;
-
 // What one step does to one widget, worked out beforehand.
 struct Call {
     QWidget *widget;
@@ -53,8 +51,8 @@ std::unique_ptr<testform> completeWindow(HttpServer &server)
             return std::all_of(std::begin(window->homeNews), std::end(window->homeNews), loaded) &&
                    std::all_of(std::begin(window->news), std::end(window->news), loaded);
         },
-        20000);
-    if (!complete || !QTest::qWaitForWindowExposed(window.get())) {
+        Measuring::patience);
+    if (!complete || !QTest::qWaitForWindowExposed(window.get(), Measuring::patience)) {
         qFatal("the window never became complete");
     }
     return window;
@@ -138,7 +136,9 @@ int main(int argc, char *argv[])
 {
     Measuring::silenceConsole();
     const QApplication application(argc, argv);
-    const int rounds = QCoreApplication::arguments().at(1).toInt();
+    const QStringList arguments = QCoreApplication::arguments();
+    const int rounds = arguments.at(1).toInt();
+    const int steps = arguments.size() > 2 ? arguments.at(2).toInt() : 200;
     const ScratchFolder folder;
     HttpServer server;
     QStringList elements;
@@ -170,13 +170,13 @@ int main(int argc, char *argv[])
             double start = 0;
             const auto takeOurs = [&] {
                 start = Measuring::threadMilliseconds();
-                ours->customResize(sizes[i].width(), sizes[i].height());
+                Measuring::ours([&] { ours->customResize(sizes[i].width(), sizes[i].height()); });
                 ourTime += Measuring::threadMilliseconds() - start;
                 QCoreApplication::processEvents();
             };
             const auto takeBare = [&] {
                 start = Measuring::threadMilliseconds();
-                runBare(*bare, bareSteps[i]);
+                Measuring::bare([&] { runBare(*bare, bareSteps[i]); });
                 bareTime += Measuring::threadMilliseconds() - start;
                 QCoreApplication::processEvents();
             };

@@ -18,6 +18,7 @@
 #include "install/downloadmanager.h"
 #include "support/testsettings.h"
 #include "ui_testform.h"
+#include "window/screenscaling.h"
 #include "window/testform.h"
 
 #include <QApplication>
@@ -230,6 +231,7 @@ int main(int argc, char *argv[])
         }
     }
     // As the product's own main() does.
+    ScreenScaling::letToolkitScale();
     const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Emberwake Online Launcher"));
     QApplication::setApplicationVersion(QStringLiteral("1.0.0"));

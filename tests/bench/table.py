@@ -6,8 +6,9 @@ import json
 from dataclasses import asdict, dataclass
 from pathlib import Path
 
-BEGIN = "<!-- results: scripts/bench.sh writes from here -->"
-END = "<!-- results: to here -->"
+# The tables of a page: each stands between two markers of its name, and in files of that name.
+TIMES = "results"
+INSTRUCTIONS = "instructions"
 
 
 @dataclass
@@ -33,7 +34,7 @@ def at_most(name: str, unit: str, ours: float, yardstick: float, times: float, n
 
 def limited(name: str, unit: str, ours: float, limit: float, note: str = "") -> Row:
     """A row whose goal is a limit of its own."""
-    return Row(name, unit, ours, None, None, f"at most {limit:g} {unit}", ours <= limit, note)
+    return Row(name, unit, ours, None, None, f"at most {limit:g} {unit}".rstrip(), ours <= limit, note)
 
 
 def above(name: str, unit: str, ours: float, yardstick: float, more: float, note: str = "") -> Row:
@@ -45,6 +46,11 @@ def above(name: str, unit: str, ours: float, yardstick: float, more: float, note
 def stated(name: str, unit: str, ours: float, yardstick: float | None = None, note: str = "") -> Row:
     """A row that has no goal."""
     return Row(name, unit, ours, yardstick, ours / yardstick if yardstick else None, note=note)
+
+
+def counted_too(name: str, unit: str, ours: float, yardstick: float | None = None, note: str = "") -> Row:
+    """A row whose goal is judged by instructions, which do not depend on the machine's other work."""
+    return Row(name, unit, ours, yardstick, ours / yardstick if yardstick else None, "by instructions", note=note)
 
 
 def number(value: float | None) -> str:
@@ -80,18 +86,20 @@ def as_markdown(rows: list[Row]) -> str:
     return "".join("| " + " | ".join(line) + " |\n" for line in lines)
 
 
-def write_files(rows: list[Row], machine: str, folder: Path) -> None:
+def write_files(name: str, rows: list[Row], machine: str, folder: Path) -> None:
     text = f"{machine}\n\n{as_markdown(rows)}"
-    (folder / "results.md").write_text(text, encoding="utf-8")
-    (folder / "results.json").write_text(
-        json.dumps([asdict(row) for row in rows], indent=2) + "\n", encoding="utf-8")
+    (folder / f"{name}.md").write_text(text, encoding="utf-8")
+    # Who reads it with a program need not guess what an empty goal means.
+    told = [{**asdict(row), "goal": row.goal or "none"} for row in rows]
+    (folder / f"{name}.json").write_text(json.dumps(told, indent=2) + "\n", encoding="utf-8")
 
 
-def rewrite_page(rows: list[Row], machine: str, page: Path) -> None:
-    """Puts the table between the two markers of the page."""
+def rewrite_page(name: str, rows: list[Row], machine: str, page: Path) -> None:
+    """Puts the table between the two markers of its name."""
+    first, last = f"<!-- {name}: scripts/bench.sh writes from here -->", f"<!-- {name}: to here -->"
     text = page.read_text(encoding="utf-8")
-    before, begin, rest = text.partition(BEGIN)
-    _, end, after = rest.partition(END)
+    before, begin, rest = text.partition(first)
+    _, end, after = rest.partition(last)
     if not begin or not end:
-        raise SystemExit(f"{page} lacks the markers of the table")
-    page.write_text(f"{before}{BEGIN}\n\n{machine}\n\n{as_markdown(rows)}\n{END}{after}", encoding="utf-8")
+        raise SystemExit(f"{page} lacks the markers of the table of {name}")
+    page.write_text(f"{before}{begin}\n\n{machine}\n\n{as_markdown(rows)}\n{end}{after}", encoding="utf-8")
