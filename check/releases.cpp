@@ -29,6 +29,19 @@ void checkStep(const ClientEntry &entry, const QString &before, Findings &findin
     }
 }
 
+// The new version's folder is the earlier one's there, which the update removes.
+void checkLetters(const ClientEntry &entry, const QString &before, Findings &findings)
+{
+    if (before.compare(entry.info.version, Qt::CaseInsensitive) == 0) {
+        findings << errorAt(entry.place, "same-folder",
+                            QStringLiteral("versions %1 and %2 differ in letter case alone: on "
+                                           "Windows the update removes the game that it has just "
+                                           "unpacked, as an earlier version")
+                                .arg(quoted(before), quoted(entry.info.version)),
+                            QStringLiteral("give the new build a greater version"));
+    }
+}
+
 void checkArchive(const ClientEntry &entry, const ClientInfo &before, Findings &findings)
 {
     const bool sameVersion = before.version == entry.info.version;
@@ -192,6 +205,7 @@ void checkPrevious(const QVector<ClientEntry> &clients, const QVector<ClientEntr
         }
         if (old->version != entry.info.version) {
             checkStep(entry, old->version, findings);
+            checkLetters(entry, old->version, findings);
         }
         checkArchive(entry, *old, findings);
     }

@@ -130,6 +130,7 @@ private slots:
     void mendsOfReleases();
     void previous_data();
     void previous();
+    void versionInOtherLetters();
     void sumOfSomethingElse_data();
     void sumOfSomethingElse();
     void codeThatIsNotKept_data();
@@ -853,6 +854,18 @@ void TestFindings::previous()
     const DocumentContent current = readContent(document(now).toUtf8(), {});
     QCOMPARE(linesOf(findingsOf(current, &old)), findings);
     QCOMPARE(linesOf(findingsOf(current)), QStringList());
+}
+
+void TestFindings::versionInOtherLetters()
+{
+    const DocumentContent old = readContent(document(ofVersion("1.4-RC1")).toUtf8(), {});
+    const auto severe = [&old](const char *version) {
+        const DocumentContent now = readContent(document(ofVersion(version)).toUtf8(), {});
+        return linesOf(findingsOf(now, &old)).filter(QStringLiteral("error"));
+    };
+    QCOMPARE(severe("1.4-rc1"), QStringList{QStringLiteral("error same-folder 2:1")});
+    QCOMPARE(severe("1.4-RC1"), QStringList());
+    QCOMPARE(severe("1.4-rc2"), QStringList());
 }
 
 void TestFindings::sumOfSomethingElse_data()

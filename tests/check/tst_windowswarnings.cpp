@@ -10,6 +10,7 @@ private slots:
     void nameThatWindowsRefuses_data();
     void nameThatWindowsRefuses();
     void serversOfTheSameLetters();
+    void versionsOfTheSameLetters();
 };
 
 void TestWindowsWarnings::nameThatWindowsRefuses_data()
@@ -67,6 +68,20 @@ void TestWindowsWarnings::serversOfTheSameLetters()
                             30000));
     QVERIFY(QFile::exists(QStringLiteral("s/Official/1.1/game.exe")));
     QVERIFY(!QFile::exists(QStringLiteral("S/Official/1.0/game.exe")));
+}
+
+void TestWindowsWarnings::versionsOfTheSameLetters()
+{
+    Stage stage;
+    const QStringList before{stage.ofVersion(QStringLiteral("1.4-RC1"))};
+    QVERIFY(stage.load(before));
+    QCOMPARE(stage.download(), QStringLiteral("Download finished: version 1.4-RC1"));
+    QVERIFY(Stage::hasGame());
+    stage.setPrevious(before);
+    QVERIFY(stage.load({stage.ofVersion(QStringLiteral("1.4-rc1"))}));
+    QVERIFY(stage.warnedOf("same-folder"));
+    QCOMPARE(stage.download(), QStringLiteral("Download finished: version 1.4-rc1"));
+    QVERIFY(!Stage::hasGame());
 }
 
 QTEST_MAIN(TestWindowsWarnings)
