@@ -42,11 +42,13 @@ def publish(folder: Path, base: str) -> None:
         sys.exit("the sample's auth is not the sum of its code")
     document = document.replace("https://files.emberwake.example/", base)
     (folder / "launcher.xml").write_text(document, encoding="utf-8")
-    for server in set(re.findall(r'server="(.*?)"', document)):
-        Image.new("RGB", (640, 300)).save(folder / f"{server}.png")
+    servers = sorted(set(re.findall(r'server="(.*?)"', document)))
+    # No two are alike, as no two of an operator's are.
+    for number, server in enumerate(servers):
+        Image.new("RGB", (640, 300), (number, 0, 0)).save(folder / f"{server}.png")
     (folder / "news").mkdir()
-    for name in re.findall(r"/news/(\w+)\.png", document):
-        Image.new("RGB", SIZES[name]).save(folder / "news" / f"{name}.png")
+    for number, name in enumerate(re.findall(r"/news/(\w+)\.png", document)):
+        Image.new("RGB", SIZES[name], (0, number, 0)).save(folder / "news" / f"{name}.png")
     (folder / "clients").mkdir()
     for element in re.findall(r"<client .*?/>", document, re.S):
         game = folder.parent / "game"
