@@ -172,15 +172,15 @@ Function ${un}removeStage
   Call ${un}isStage
   Pop $0
   ${If} $0 != ""
+    Push "${STAGE}\old"
+    Call ${un}removeTree
     Push "${STAGE}\new"
     Call ${un}removeTree
-    Push "${STAGE}\done"
-    Call ${un}removeTree
-    Push "${STAGE}\old"
+    Push "${STAGE}\none"
     Call ${un}removeTree
     ; What is in use stays for another try, and has to be known then.
     ${IfNot} ${FileExists} "${STAGE}\new\*.*"
-    ${AndIfNot} ${FileExists} "${STAGE}\done\*.*"
+    ${AndIfNot} ${FileExists} "${STAGE}\none\*.*"
     ${AndIfNot} ${FileExists} "${STAGE}\old\*.*"
       Push "${STAGE}"
       Call ${un}removeTree
@@ -189,16 +189,17 @@ Function ${un}removeStage
   Pop $0
 FunctionEnd
 
-; Two at once would replace and remove each other's files. Session by session: another player's
-; installation is a folder and a registry of its own.
+; Two at once would replace and remove each other's files, in two sessions of the machine as well.
 Function ${un}stayAlone
   Push $0
   Push $1
-  StrCpy $0 "${NAME} Setup"
+  StrCpy $0 "Global\${NAME} Setup"
   ; Windows closes it when this program ends, however it does.
   System::Call 'kernel32::CreateMutexW(p 0, i 0, w r0) p.r1 ?e'
   Pop $0
+  ; It is there already, or another player's.
   ${If} $0 = 183
+  ${OrIf} $0 = 5
     MessageBox MB_OK|MB_ICONSTOP \
       "The ${NAME} is being installed or removed already. Finish that, then try again." /SD IDOK
     SetErrorLevel 2

@@ -14,7 +14,13 @@ Function refuseAround
     StrCpy $1 "none"
     ; A folder has several names: short ones, links, drives in place of folders.
     ${If} $identity != ""
-      Push $0
+      ; "C:" is whichever folder is the current one there.
+      StrLen $1 $0
+      ${If} $1 = 2
+        Push "$0\"
+      ${Else}
+        Push $0
+      ${EndIf}
       Call identityOf
       Pop $1
     ${EndIf}
@@ -203,6 +209,13 @@ Function checkOwnFolder
     Push "$INSTDIR\uninstall.exe"
     Call productOf
     Pop $0
+    ; A power failure may leave a file without content where the launcher is registered.
+    ${If} $0 == ""
+      ReadRegStr $0 HKCU "${OWN_KEY}" "InstallFolder"
+      ${If} $0 == $INSTDIR
+        StrCpy $0 "${NAME}"
+      ${EndIf}
+    ${EndIf}
     ${If} $0 != "${NAME}"
       StrCpy $reason "$INSTDIR holds the uninstaller of another program. Choose an empty or a new folder for the launcher."
     ${EndIf}

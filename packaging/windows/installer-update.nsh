@@ -3,9 +3,10 @@
 ;
 ; Everything is unpacked into ${STAGE}\new first. Then the files there were go to ${STAGE}\old and the
 ; new ones to their places, by renames within one folder, which need no room and are quick; the program
-; itself goes first and comes last, so that nobody starts a half of each. ${STAGE}\old is what says that
-; this was begun and not finished: when a rename fails, or the next installer finds it after a power
-; failure, all goes back.
+; itself goes first and comes last, so that nobody starts a half of each, and so that its absence beside
+; ${STAGE}\old is what says that this was begun and not finished: when a rename fails, or the next
+; installer finds it after a power failure, all goes back. ${STAGE}\none notes which files there were
+; none of: what lies in a place otherwise is not taken for a new file, however often all goes back.
 ;
 ; Nothing that lies in the folder is run. What the version before consisted of stands in its
 ; package-files.txt; versions before there was such a list had the files in former-files.txt.
@@ -15,6 +16,7 @@ Var action
 Var problem
 Var code
 Var madeFolder
+Var heldBack
 
 ; Calls $action for each $item of the $list, until there is a $problem. A line that leads elsewhere, or
 ; to what the launcher saved, is skipped.
@@ -59,6 +61,9 @@ Function forEachItem
       ${EndIf}
     ${LoopUntil} $problem != ""
     FileClose $0
+  ${ElseIf} ${FileExists} "$list"
+    StrCpy $problem "$list cannot be read."
+    StrCpy $code 5
   ${EndIf}
   Pop $3
   Pop $2
@@ -106,7 +111,8 @@ Function checkItems
   ${EndIf}
 FunctionEnd
 
-; FROM, TO: renames, with the folders that needs; sets the error flag when it fails.
+; FROM, TO: renames, with the folders that needs; sets the error flag when it fails. What guards a
+; machine against malware opens new programs for a moment, in which they cannot be moved.
 Function move
   Exch $1
   Exch
@@ -114,8 +120,25 @@ Function move
   Push $2
   ${GetParent} "$1" $2
   CreateDirectory "$2"
-  ClearErrors
-  Rename "$0" "$1"
+  StrCpy $2 0
+  ${Do}
+    ClearErrors
+    Rename "$0" "$1"
+    ${IfNot} ${Errors}
+      StrCpy $2 ""
+      ${ExitDo}
+    ${EndIf}
+    IntOp $2 $2 + 1
+    ${If} $2 > 10
+    ${OrIfNot} ${FileExists} "$0"
+    ${OrIf} ${FileExists} "$1"
+      ${ExitDo}
+    ${EndIf}
+    Sleep 100
+  ${Loop}
+  ${If} $2 != ""
+    SetErrors
+  ${EndIf}
   Pop $2
   Pop $0
   Pop $1
@@ -144,6 +167,8 @@ Function takeOut
       StrCpy $problem "$INSTDIR\$item cannot be replaced: it is in use, or cannot be written."
       StrCpy $code 2
     ${EndIf}
+  ${Else}
+    CreateDirectory "${STAGE}\none\$item"
   ${EndIf}
 FunctionEnd
 
@@ -175,15 +200,23 @@ FunctionEnd
 Function putBack
   ${IfNot} ${FileExists} "${STAGE}\new\$item"
   ${AndIf} ${FileExists} "$INSTDIR\$item"
-    !insertmacro move "$INSTDIR\$item" "${STAGE}\new\$item"
+    ${If} ${FileExists} "${STAGE}\old\$item"
+    ${OrIf} ${FileExists} "${STAGE}\none\$item\*.*"
+      !insertmacro move "$INSTDIR\$item" "${STAGE}\new\$item"
+    ${EndIf}
   ${EndIf}
   Call putBackOld
 FunctionEnd
 
+; Nobody starts the program before all the rest is back.
 Function putBackOld
-  ${If} ${FileExists} "${STAGE}\old\$item"
+  ${If} $item != "${PROGRAM}"
+  ${AndIf} ${FileExists} "${STAGE}\old\$item"
     ; Fails when something is still in its place.
     !insertmacro move "${STAGE}\old\$item" "$INSTDIR\$item"
+    ${If} ${Errors}
+      StrCpy $heldBack 1
+    ${EndIf}
   ${EndIf}
 FunctionEnd
 
@@ -202,26 +235,35 @@ Function pruneItem
   Pop $0
 FunctionEnd
 
-; As if there had been no installer, whether it was this one or one that was broken off. Sets $reason
-; when a file of the version before cannot go back; all stays then for another try.
+; As if there had been no installer, whether it was this one or one that was broken off. With the program
+; in its place there is nothing to take back: nothing was begun, or all was done, or somebody has unpacked
+; a launcher over it. Sets $problem when a file of the version before cannot go back; all stays then for
+; another try.
 Function rollBack
   Push $0
-  Push $1
   StrCpy $0 $problem
-  StrCpy $1 ""
+  StrCpy $heldBack ""
   StrCpy $problem ""
   SetOutPath "$TEMP"
   ${If} ${FileExists} "${STAGE}\old\*.*"
+  ${AndIfNot} ${FileExists} "$INSTDIR\${PROGRAM}"
     !insertmacro forEachItem "${STAGE}\new-files.txt" putBack
     StrCpy $item "uninstall.exe"
     Call putBack
     !insertmacro forEachItem "${STAGE}\old-files.txt" putBackOld
     !insertmacro forEachItem "${STAGE}\new-files.txt" pruneItem
-    Push "${STAGE}\old"
-    Call holdsFile
-    Pop $1
+    ${If} $problem != ""
+      StrCpy $heldBack 1
+    ${EndIf}
+    ${If} $heldBack == ""
+    ${AndIf} ${FileExists} "${STAGE}\old\${PROGRAM}"
+      !insertmacro move "${STAGE}\old\${PROGRAM}" "$INSTDIR\${PROGRAM}"
+      ${If} ${Errors}
+        StrCpy $heldBack 1
+      ${EndIf}
+    ${EndIf}
   ${EndIf}
-  ${If} $1 != ""
+  ${If} $heldBack != ""
     StrCpy $0 "Not all files of the version before could be put back. Close the programs that use them and run this installer again."
     StrCpy $code 2
   ${Else}
@@ -231,40 +273,7 @@ Function rollBack
     RMDir "$INSTDIR"
   ${EndIf}
   StrCpy $problem $0
-  Pop $1
   Pop $0
-FunctionEnd
-
-; FOLDER: "1" when there is a file in it or below it.
-Function holdsFile
-  Exch $0
-  Push $1
-  Push $2
-  Push $3
-  StrCpy $3 ""
-  FindFirst $1 $2 "$0\*.*"
-  ${DoWhile} $2 != ""
-    ${If} $2 != "."
-    ${AndIf} $2 != ".."
-      ${If} ${FileExists} "$0\$2\*.*"
-        Push "$0\$2"
-        Call holdsFile
-        Pop $3
-      ${Else}
-        StrCpy $3 1
-      ${EndIf}
-    ${EndIf}
-    ${If} $3 != ""
-      ${ExitDo}
-    ${EndIf}
-    FindNext $1 $2
-  ${Loop}
-  FindClose $1
-  StrCpy $0 $3
-  Pop $3
-  Pop $2
-  Pop $1
-  Exch $0
 FunctionEnd
 
 Function checkUnpacked
@@ -341,13 +350,6 @@ Function replaceFiles
   ${If} $problem == ""
     StrCpy $item "${PROGRAM}"
     Call putIn
-  ${EndIf}
-  ${If} $problem == ""
-    !insertmacro move "${STAGE}\old" "${STAGE}\done"
-    ${If} ${Errors}
-      StrCpy $problem "$INSTDIR cannot be written."
-      StrCpy $code 5
-    ${EndIf}
   ${EndIf}
 FunctionEnd
 

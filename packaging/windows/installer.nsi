@@ -33,8 +33,8 @@ CRCCheck force
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\${NAME}"
 ; Where the files wait for their places, and where those before them go.
 !define STAGE "$INSTDIR\launcher-setup.tmp"
-; In letters. Most of Windows, and this installer, know paths of 259; "\launcher-setup.tmp\new\" has 24.
-!define /math LONGEST_FOLDER 235 - ${LONGEST_FILE}
+; In letters. Most of Windows knows folders of 247; "\launcher-setup.tmp\none\" has 25.
+!define /math LONGEST_FOLDER 222 - ${LONGEST_FILE}
 
 Name "${NAME}" "${NAME_IN_WINDOWS}"
 OutFile "${OUTPUT}"

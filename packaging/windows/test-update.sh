@@ -126,7 +126,8 @@ rm -rf "$folder/fonts"
 echo 'One that was killed among the renames ...'
 remember "$folder"
 mkdir -p "$folder/launcher-setup.tmp/new/fonts" "$folder/launcher-setup.tmp/new/licenses" "$folder/launcher-setup.tmp/new/platforms" \
-  "$folder/launcher-setup.tmp/old/styles" "$folder/launcher-setup.tmp/old/platforms"
+  "$folder/launcher-setup.tmp/old/styles" "$folder/launcher-setup.tmp/old/platforms" \
+  "$folder/launcher-setup.tmp/none/fonts/new.ttf"
 cp "$work/1.0.0/package-files.txt" "$folder/launcher-setup.tmp/old-files.txt"
 cp "$work/1.1.0/package-files.txt" "$folder/launcher-setup.tmp/new-files.txt"
 cp "$work/1.1.0/emberwake-launcher.exe" "$work/1.1.0/unzip.exe" "$folder/launcher-setup.tmp/new/"
@@ -144,12 +145,31 @@ version 0.1.0
 installer "$work/0.1.0" 0.1.0 "$work/0.1.0.exe"
 check 'the next installer goes on from before' install 6 "$work/0.1.0.exe" "$folder"
 check 'everything is as it was' unchanged "$folder"
+# And one that was killed while it took back: all is in its place again, and must stay there.
+killed_while_taking_back() {
+  mkdir -p "$folder/launcher-setup.tmp/old" "$folder/launcher-setup.tmp/none/fonts/new.ttf"
+  cp "$work/1.0.0/package-files.txt" "$folder/launcher-setup.tmp/old-files.txt"
+  cp "$work/1.1.0/package-files.txt" "$folder/launcher-setup.tmp/new-files.txt"
+}
+killed_while_taking_back
+check 'the next installer takes nothing back twice' install 6 "$work/0.1.0.exe" "$folder"
+check 'everything is as it was' unchanged "$folder"
+killed_while_taking_back
+mv "$folder/emberwake-launcher.exe" "$folder/launcher-setup.tmp/old/"
+check 'nor when the program alone is not back' install 6 "$work/0.1.0.exe" "$folder"
+check 'everything is as it was' unchanged "$folder"
+# A player who did not wait for it unpacked the archive over it.
+killed_while_taking_back
+cp "$folder/emberwake-launcher.exe" "$folder/launcher-setup.tmp/old/"
+echo older > "$folder/launcher-setup.tmp/old/Qt5Core.dll"
+check 'what was repaired by hand stays' install 6 "$work/0.1.0.exe" "$folder"
+check 'everything is as it was' unchanged "$folder"
 
 # One that was killed later, and somebody holds what it could not remove any more.
-mkdir -p "$folder/launcher-setup.tmp/done"
+mkdir -p "$folder/launcher-setup.tmp/old"
 cp "$work/1.0.0/package-files.txt" "$folder/launcher-setup.tmp/new-files.txt"
-echo old | tee "$folder/launcher-setup.tmp/done/Qt5Core.dll" > "$folder/launcher-setup.tmp/done/a.dll"
-check 'what it left is held' start_program "$work/1.0.0/emberwake-launcher.exe" 'C:\Emberwake\launcher-setup.tmp\done\Qt5Core.dll'
+echo old | tee "$folder/launcher-setup.tmp/old/Qt5Core.dll" > "$folder/launcher-setup.tmp/old/a.dll"
+check 'what it left is held' start_program "$work/1.0.0/emberwake-launcher.exe" 'C:\Emberwake\launcher-setup.tmp\old\Qt5Core.dll'
 check 'the next installer says so' install 2 "$work/1.0.0.exe" "$folder"
 check 'that ends' end_program
 check 'the one after it goes on' install 0 "$work/1.0.0.exe" "$folder"
@@ -160,6 +180,11 @@ echo mine > "$folder/launcher-setup.tmp/new/notes.txt"
 check 'a folder that only has the name of the installer'"'"'s ends it' install 3 "$work/1.1.0.exe" "$folder"
 check 'and stays' grep -qx mine "$folder/launcher-setup.tmp/new/notes.txt"
 rm -rf "$folder/launcher-setup.tmp"
+
+# The player saved it there, or started it from there.
+in_its_folder() (cd "$folder" && install 0 "$work/1.0.0.exe" "$folder")
+check 'it installs when it is started in the folder itself' in_its_folder
+check 'everything is as it was' unchanged "$folder"
 
 echo 'Two at once ...'
 "${wine[@]}" "$work/1.1.0.exe" > /dev/null 2>&1 &
