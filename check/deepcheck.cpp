@@ -50,7 +50,8 @@ QString mendOf(const Fetched &fetched, const QString &what)
                    : QStringLiteral("publish the file, or mend the address, in which capital "
                                     "letters count");
     case Fetched::NoHost:
-        return QStringLiteral("mend the host's name in the address");
+        return QStringLiteral("mend the host's name in the address, or see whether this machine is "
+                              "connected");
     case Fetched::NobodyListens:
         return QStringLiteral("start the web server, or mend the host and the port of the address");
     case Fetched::CutShort:

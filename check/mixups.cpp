@@ -69,10 +69,14 @@ QStringList wordsIn(const QString &text)
 }
 
 // Whether the name holds all the server's words. A server may be called as a kind is, which says
-// nothing.
+// nothing; one of a longer name than files have is told of elsewhere.
 bool isNamedAfter(const QString &fileName, const QString &server)
 {
     constexpr int shortestName = 3;
+    constexpr int longestName = 255;
+    if (server.size() > longestName) {
+        return false;
+    }
     static const QStringList kinds{QStringLiteral("official"), QStringLiteral("beta")};
     if (kinds.contains(server, Qt::CaseInsensitive)) {
         return false;
@@ -84,10 +88,19 @@ bool isNamedAfter(const QString &fileName, const QString &server)
                        [&words](const QString &word) { return words.contains(word); });
 }
 
-// However the name's words are put together.
-bool mayBeNamedAfter(const QString &fileName, const QString &server)
+// However the address's words are put together: folders may tell, too.
+bool mayBeNamedAfter(const QUrl &url, const QString &server)
 {
-    return wordsIn(fileName).join(QString()).contains(wordsIn(server).join(QString()));
+    return wordsIn(url.path()).join(QString()).contains(wordsIn(server).join(QString()));
+}
+
+// "Ember" and "Ember PvP" may well be one game, named by the words that both have.
+bool sharesItsName(const QString &server, const QString &owner)
+{
+    const QStringList words = wordsIn(server);
+    const QStringList owners = wordsIn(owner);
+    return std::all_of(owners.begin(), owners.end(),
+                       [&words](const QString &word) { return words.contains(word); });
 }
 
 // Versions of one archive have the same.
@@ -113,10 +126,12 @@ void checkArchivesOfOthers(const QVector<ClientEntry> &clients, Findings &findin
         }
     }
     for (const ClientEntry &entry : clients) {
-        const QString name = wantedSaveFileName(QUrl(entry.info.url));
+        const QUrl url(entry.info.url);
+        const QString name = wantedSaveFileName(url);
         const ClientEntry *const owner = owners.value(nameWithoutNumbers(name));
-        if (owner == nullptr || mayBeNamedAfter(name, entry.info.server) ||
-            !isNamedAfter(name, owner->info.server)) {
+        if (owner == nullptr || !isNamedAfter(name, owner->info.server) ||
+            mayBeNamedAfter(url, entry.info.server) ||
+            sharesItsName(entry.info.server, owner->info.server)) {
             continue;
         }
         findings << warningAt(entry.place, "archive-of-another-server",
@@ -126,8 +141,8 @@ void checkArchivesOfOthers(const QVector<ClientEntry> &clients, Findings &findin
                                   .arg(quoted(name), quoted(owner->info.server),
                                        QString::number(owner->place.line),
                                        quoted(entry.info.server)),
-                              QStringLiteral("name the archive of this server; give one of both a "
-                                             "name without the server's"));
+                              QStringLiteral("name the archive of this server; if both servers "
+                                             "share it, leave the server out of its name"));
     }
 }
 
@@ -136,12 +151,13 @@ int partsOf(const QString &version)
     return version.count(QLatin1Char('.')) + 1;
 }
 
-// Numbers with dots between that may be a version: neither a date nor one with a word behind it.
+// Numbers with dots between that may be a version: neither a date, nor one that letters or the word
+// for a variant stand behind, nor an engine's with its name before it.
 QStringList versionsIn(const QString &fileName)
 {
     static const QRegularExpression numbers(
-        QStringLiteral("(?<![0-9.])(?:[0-9]{1,3}+\\.)+[0-9]{1,3}+(?!\\.?[0-9])"
-                       "(?![-_.+]?(?:rc|alpha|beta|pre|dev|hotfix))"),
+        QStringLiteral("(?<![0-9.]|[a-uw-z]|[a-z]v)(?:[0-9]{1,3}+\\.)+[0-9]{1,3}+(?!\\.?[0-9])"
+                       "(?![a-z])(?![-_.+]?(?:rc|alpha|beta|pre|dev|hotfix|patch|fix|p[0-9]))"),
         QRegularExpression::CaseInsensitiveOption);
     QStringList versions;
     for (auto found = numbers.globalMatch(fileName); found.hasNext();) {
@@ -155,8 +171,14 @@ void checkVersionOfArchive(const ClientEntry &entry, Findings &findings)
 {
     static const QRegularExpression plain(QStringLiteral("^[0-9]+(\\.[0-9]+)+$"));
     const QString &version = entry.info.version;
-    const QString name = wantedSaveFileName(QUrl(entry.info.url));
+    constexpr int longestVersion = 255;
+    if (version.size() > longestVersion) {
+        return;
+    }
+    const QUrl url(entry.info.url);
+    const QString name = wantedSaveFileName(url);
     const QStringList versions = versionsIn(name);
+    const QStringList all = versionsIn(url.path());
     const auto isThis = [&version](const QString &other) {
         return other.startsWith(version + QLatin1Char('.')) ||
                versionWeight(other) == versionWeight(version);
@@ -166,7 +188,7 @@ void checkVersionOfArchive(const ClientEntry &entry, Findings &findings)
             return partsOf(other) == partsOf(version);
         });
     if (plain.match(version).hasMatch() && another != versions.end() &&
-        std::none_of(versions.begin(), versions.end(), isThis)) {
+        std::none_of(all.begin(), all.end(), isThis)) {
         findings << warningAt(entry.place, "archive-of-another-version",
                               QStringLiteral("version %1 has the archive %2: players may get %3 "
                                              "under the name of %1")

@@ -62,15 +62,17 @@ void checkShownText(const NewsItem &item, const QString &attribute, const QStrin
     // What forums and some editors write, and the window does not know.
     static const QRegularExpression otherMarkup(
         QStringLiteral("\\[/(b|i|u|s|url|img|color|size|font|center|quote|list)\\]|"
-                       "\\*\\*[^*\\s][^*]*\\*\\*|\\]\\(https?:"),
+                       "(?<!\\w)\\*\\*[^*\\s][^*]*\\*\\*(?!\\w)|\\]\\(https?:"),
         QRegularExpression::CaseInsensitiveOption);
     const QRegularExpressionMatch found = otherMarkup.match(shown);
     if (found.hasMatch()) {
-        findings << warningAt(item.place, "markup-as-letters",
-                              QStringLiteral("the %1 holds %2, which is no markup here: players "
-                                             "read it, letter by letter")
-                                  .arg(attribute, quoted(found.captured())),
-                              QStringLiteral("leave it out, or write <b>, <i>, <u> or <font>"));
+        findings << warningAt(
+            item.place, "markup-as-letters",
+            QStringLiteral("the %1 holds %2, which is no markup here: players "
+                           "read it, letter by letter")
+                .arg(attribute, quoted(found.captured())),
+            QStringLiteral("leave it out, or write &lt;b&gt;, &lt;i&gt; and so on in "
+                           "the document"));
     }
     if (shownPartOf(shown) != shown) {
         findings << warningAt(item.place, "text-cut",

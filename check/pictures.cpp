@@ -8,6 +8,7 @@
 #include <QBuffer>
 #include <QImage>
 #include <QImageReader>
+#include <QSet>
 
 #include <algorithm>
 #include <array>
@@ -121,8 +122,8 @@ void checkContent(const QByteArray &bytes, const QImage &picture, const Place &p
 {
     if (isClear(picture)) {
         findings << warningAt(place, "picture-transparent",
-                              named + QStringLiteral(" is transparent all over: players see an "
-                                                     "empty place"),
+                              named + QStringLiteral(" is transparent all over: players see "
+                                                     "nothing of it"),
                               QStringLiteral("publish the picture that is to be seen"));
     }
     if (isTurned(bytes)) {
@@ -143,13 +144,16 @@ QString unknownKind(const QByteArray &bytes)
         return QStringLiteral("WebP");
     }
     if (bytes.mid(4, 4) == "ftyp") {
-        return QStringLiteral("AVIF or HEIC");
+        static const QSet<QByteArray> stills{"avif", "avis", "heic", "heix", "mif1"};
+        return stills.contains(bytes.mid(8, 4)) ? QStringLiteral("AVIF or HEIC")
+                                                : QStringLiteral("a film");
     }
     if (bytes.startsWith("8BPS")) {
-        return QStringLiteral("Photoshop");
+        return QStringLiteral("a file of layers (PSD)");
     }
     constexpr int enough = 1024;
-    return bytes.left(enough).contains("<svg") ? QStringLiteral("SVG") : QString();
+    return bytes.startsWith('<') && bytes.left(enough).contains("<svg") ? QStringLiteral("SVG")
+                                                                        : QString();
 }
 
 // What the launcher decodes nothing of.
@@ -205,7 +209,8 @@ Findings findingsOfPicture(const QByteArray &bytes, const QSize &shown, const Pl
                             .arg(largestPicture / 1000000))};
     }
     const QImage picture = decodedPicture(bytes);
-    if (picture.isNull()) {
+    // Where the system has more decoders than players get, it is decoded here.
+    if (picture.isNull() || !unknownKind(bytes).isEmpty()) {
         return {isNotShown(bytes, place, named)};
     }
     Findings findings;

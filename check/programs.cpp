@@ -120,10 +120,13 @@ void checkChoice(const ClientEntry &entry, const QString &named, const QString &
     const auto isHelper = [](const QString &name) {
         return looksLikeAHelper(name) || looksLikeACopy(name) || isLauncher(name);
     };
+    // Alone it is the game, whatever its name.
+    const bool isOnlyCopy = candidates.isEmpty() && looksLikeACopy(started) &&
+                            !looksLikeAHelper(started) && !isLauncher(started);
     QStringList games;
     std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(games),
                  [&](const QString &name) { return !isHelper(name); });
-    if (isHelper(started)) {
+    if (isHelper(started) && !isOnlyCopy) {
         findings << warningAt(
             entry.place, "helper-starts",
             QStringLiteral("Play starts %1 of %2, the first by name, which looks like no game; "

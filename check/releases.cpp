@@ -141,8 +141,9 @@ void checkAudience(const ClientEntry &entry, const Names &now, const Names &befo
         if (before.closedArchives.contains(entry.info.url)) {
             findings << warningAt(
                 entry.place, "archive-of-two-codes",
-                QStringLiteral("the archive is still the one that was locked with the earlier "
-                               "code: it does not unpack for whoever has the new one"),
+                QStringLiteral(
+                    "the archive is the one of the earlier code: if it is locked with that, "
+                    "it does not unpack for whoever has the new one"),
                 QStringLiteral("lock the archive with the new code, under a new name"));
         }
     }
@@ -187,8 +188,10 @@ void checkDuplicates(const QVector<ClientEntry> &clients, const EntryCounts &cou
                                                "%2, client %3: nobody sees it")
                                     .arg(QString::number(found->line), quoted(entry.info.server),
                                          quoted(entry.info.client)),
-                                QStringLiteral("remove one of the two; if one is meant for "
-                                               "testers alone, give it its auth"));
+                                entry.hasAuth
+                                    ? QStringLiteral("put this one behind the open entry")
+                                    : QStringLiteral("remove one of the two; if one is meant for "
+                                                     "testers alone, give it its auth"));
         }
         later.insert(own, entry.place);
     }

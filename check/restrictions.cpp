@@ -198,7 +198,8 @@ void checkCodesOfArchives(const QVector<ClientEntry> &clients, Findings &finding
             findings << warningAt(entry.place, "archive-of-two-codes",
                                   QStringLiteral("the entry in line %1 has the same archive and "
                                                  "another auth: an archive has one password, and "
-                                                 "does not unpack for whoever has the other code")
+                                                 "if it is locked it does not unpack for whoever "
+                                                 "has the other code")
                                       .arg(first->place.line),
                                   QStringLiteral("give each code an archive of its own, locked "
                                                  "with it"));

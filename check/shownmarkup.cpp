@@ -123,10 +123,12 @@ QString darkColour(const QString &text)
     if (text.contains(QLatin1String("background"), Qt::CaseInsensitive)) {
         return {};
     }
-    for (auto found = colours.globalMatch(text); found.hasNext();) {
-        QString colour = found.next().captured(1);
-        if (isDark(colour)) {
-            return colour;
+    for (auto tag = anyTag().globalMatch(text); tag.hasNext();) {
+        for (auto found = colours.globalMatch(tag.next().captured()); found.hasNext();) {
+            QString colour = found.next().captured(1);
+            if (isDark(colour)) {
+                return colour;
+            }
         }
     }
     return {};

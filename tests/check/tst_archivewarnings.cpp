@@ -64,6 +64,7 @@ void TestArchiveWarnings::whatPlayStarts_data()
     row("a second copy before it", official, "Game(1).exe Game.exe", "Game(1).exe",
         "helper-starts");
     row("the build before it", official, "Game.bak.exe Game.exe", "Game.bak.exe", "helper-starts");
+    row("a copy alone", official, "Game(1).exe", "Game(1).exe", "");
     row("a copy behind it", official, "Game.exe Game_old.exe", "Game.exe", "");
     row("a word within its name", official, "OldWorld.exe", "OldWorld.exe", "");
     row("the launcher before it", official, "emberwake-launcher.exe Emberwake.exe",

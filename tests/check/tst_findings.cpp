@@ -183,6 +183,8 @@ void TestFindings::clean_data()
     row("colours that can be read",
         news("homenews", "<font color='#444'>a</font> <font color=gray>b</font>") +
             news("news", "<span style='background-color: white; color: black'>a</span>"));
+    row("what only looks like a colour", news("homenews", "<b>New</b> color: black"));
+    row("what only looks like an editor's markup", news("homenews", "2**3, 4**5, d**n b**t"));
     row("a file's name beyond ASCII",
         ofUrl("https://a.example/\xD0\xB8\xD0\xB3\xD1\x80\xD0\xB0.zip"));
     row("a query of the file's version", ofUrl("https://a.example/a.zip?v=12&cache=expires"));
@@ -222,13 +224,20 @@ void TestFindings::clean_data()
     row("a server's name within another's",
         ofArchive("Ember", "1.0", "ember-reach-1.0.zip") +
             ofArchive("Ember Reach", "1.0", "ember-reach-1.0.zip"));
+    row("two servers of one name's beginning, with one game",
+        ofArchive("Ember", "1.0", "ember-1.0.zip") +
+            ofArchive("Ember PvP", "1.0", "ember-1.0.zip"));
+    row("a folder that tells the server",
+        ofArchive("Ashenmoor", "1.0", "ashenmoor-1.0.zip") +
+            ofArchive("Saltreach", "1.1", "saltreach/ashenmoor-1.1.zip"));
     row("a server named like a kind",
         ofArchive("Beta", "1.0", "beta-1.0.zip") + ofArchive("Saltreach", "1.0", "beta-1.0.zip"));
     row("a game named like its first server",
         ofArchive("Ember", "1.0", "ember-1.0.zip") + ofArchive("Salt", "1.0", "ember-s-1.0.zip"));
     for (const char *name :
          {"a-1.4.2.zip", "a-1.4.2.3315.zip", "a-1.4.02.zip", "a-ue4.27-1.4.2.zip", "a-ue4.27.zip",
-          "a-2026.11.20.zip", "a-1.5.0-rc2.zip", "a-1.5.0beta.zip", "a_1_5_0.zip", "a-150.zip"}) {
+          "a-2026.11.20.zip", "a-1.4.3a.zip", "a-1.4.3-patch1.zip", "a-opengl3.3.1.zip",
+          "1.4.2/a-9.8.7.zip", "a-1.5.0-rc2.zip", "a-1.5.0beta.zip", "a_1_5_0.zip", "a-150.zip"}) {
         row(name, ofArchive("S", "1.4.2", name));
     }
     row("capital letters at the archive's end", ofUrl("https://a.example/A.ZIP"));
