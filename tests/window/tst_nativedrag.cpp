@@ -127,6 +127,15 @@ void TestNativeDrag::bordersCanBeDragged()
     QFETCH(QPoint, distance);
     QFETCH(QSize, dragged);
     QFETCH(QSize, rescaled);
+    // A hand's place may come a pixel of the screen too early or late, which is up to two of the
+    // window in its proportions.
+    const auto isAbout = [this](QSize size) {
+        const QSize more = m_window->size() - size;
+        return qAbs(more.width()) <= 2 && qAbs(more.height()) <= 2;
+    };
+    const auto sizeText = [this] {
+        return QStringLiteral("%1 x %2").arg(m_window->width()).arg(m_window->height());
+    };
     const RECT window = frame();
     const QPoint from(int(grip.x() < 0 ? window.right : window.left) + grip.x(),
                       int(grip.y() < 0 ? window.bottom : window.top) + grip.y());
@@ -139,15 +148,13 @@ void TestNativeDrag::bordersCanBeDragged()
         QVERIFY(QTest::qWaitFor([&hand] { return hand.hasEnded(); }, 20000));
         QVERIFY(hand.wasTaken());
     }
-    QTRY_VERIFY2(
-        m_window->size() == dragged || m_window->size() == rescaled,
-        qPrintable(QStringLiteral("%1 x %2").arg(m_window->width()).arg(m_window->height())));
+    QTRY_VERIFY2(isAbout(dragged) || isAbout(rescaled), qPrintable(sizeText()));
     // The pointer moves over the border again.
     const RECT now = frame();
     SetCursorPos(int(grip.x() < 0 ? now.right : now.left) + grip.x() + 1,
                  int(grip.y() < 0 ? now.bottom : now.top) + grip.y() + 1);
-    QTRY_COMPARE(m_window->size(), rescaled);
-    QCOMPARE(m_window->ui->backgroundImage->size(), rescaled);
+    QTRY_VERIFY2(isAbout(rescaled), qPrintable(sizeText()));
+    QCOMPARE(m_window->ui->backgroundImage->size(), m_window->size());
 }
 
 void TestNativeDrag::captionCanBeDragged()
