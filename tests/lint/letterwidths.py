@@ -6,21 +6,18 @@ Skipped where the font is not installed, or another version of it than the table
 from __future__ import annotations
 
 import difflib
-import importlib.util
+import runpy
 import sys
 from pathlib import Path
+from types import SimpleNamespace
 
 SCRIPT = Path(__file__).resolve().parents[2] / "scripts" / "letter-widths.py"
 SKIPPED = 77
 
 
 def main() -> None:
-    specification = importlib.util.spec_from_file_location("letter_widths", SCRIPT)
-    assert specification is not None and specification.loader is not None
-    widths = importlib.util.module_from_spec(specification)
-    sys.dont_write_bytecode = True
     try:
-        specification.loader.exec_module(widths)
+        widths = SimpleNamespace(**runpy.run_path(str(SCRIPT)))
     except ImportError as error:
         print(f"skipped: {error}")
         sys.exit(SKIPPED)
