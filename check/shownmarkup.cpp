@@ -1,11 +1,9 @@
 #include "check/shownmarkup.h"
 
+#include "base/luminance.h"
 #include "base/simplemarkup.h"
 
 #include <QRegularExpression>
-
-#include <array>
-#include <cmath>
 
 namespace
 {
@@ -28,13 +26,6 @@ QString withSingleBlanks(QString text)
     return text.replace(blanks, QStringLiteral(" "));
 }
 
-// How bright a part of a colour is, from 0 to 1.
-double lightOf(int part)
-{
-    const double share = part / 255.0;
-    return share <= 0.03928 ? share / 12.92 : std::pow((share + 0.055) / 1.055, 2.4);
-}
-
 // Of a name or number of a colour.
 bool isDark(const QString &colour)
 {
@@ -45,15 +36,13 @@ bool isDark(const QString &colour)
         return dark.contains(colour, Qt::CaseInsensitive);
     }
     const int digits = colour.size() / 3; // of each part
-    std::array<double, 3> lights{};
-    for (int i = 0; i < 3; ++i) {
-        const QString part = colour.mid(1 + i * digits, digits);
-        lights.at(static_cast<std::size_t>(i)) =
-            lightOf((digits == 1 ? part + part : part).toInt(nullptr, 16));
-    }
+    const auto part = [&colour, digits](int index) {
+        const QString number = colour.mid(1 + index * digits, digits);
+        return (digits == 1 ? number + number : number).toInt(nullptr, 16);
+    };
     // Below that the contrast to black is less than 1.7 to 1, where readers need 3 or more.
     constexpr double darkest = 0.035;
-    return 0.2126 * lights[0] + 0.7152 * lights[1] + 0.0722 * lights[2] < darkest;
+    return luminance(part(0), part(1), part(2)) < darkest;
 }
 
 bool needsEnd(const QString &element)
