@@ -2,7 +2,20 @@
 # shellcheck shell=bash disable=SC2154 # wine.sh says where things are
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../.." && pwd)
-# shellcheck disable=SC2034 # for those who source this
+# find_packages FOLDER: the packages' $setup and $archive, in a folder that holds one of each.
+find_packages() {
+  local folder setups archives
+  folder=$(cd "$1" && pwd)
+  mapfile -t setups < <(compgen -G "$folder/emberwake-launcher-*-setup.exe")
+  mapfile -t archives < <(compgen -G "$folder/emberwake-launcher-*-windows-x86_64.zip")
+  if [ "${#setups[@]}" -ne 1 ] || [ "${#archives[@]}" -ne 1 ]; then
+    echo "$folder must hold one installer and one archive" >&2
+    exit 1
+  fi
+  # shellcheck disable=SC2034 # for those who source this
+  setup=${setups[0]} archive=${archives[0]}
+}
+# shellcheck disable=SC2034
 key='HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Emberwake Online Launcher'
 # shellcheck disable=SC2034
 own_key='HKCU\Software\Emberwake Online Launcher'

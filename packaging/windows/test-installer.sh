@@ -7,20 +7,7 @@
 set -euo pipefail
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../.." && pwd)
-packages=$(cd "${1:-$root/build/packages}" && pwd)
 "$root/scripts/install-packages.sh" windows windows-test
-
-shopt -s nullglob
-setups=("$packages"/emberwake-launcher-*-setup.exe)
-archives=("$packages"/emberwake-launcher-*-windows-x86_64.zip)
-if [ "${#setups[@]}" -ne 1 ] || [ "${#archives[@]}" -ne 1 ]; then
-  echo "test-installer.sh: $packages must hold one installer and one archive" >&2
-  exit 1
-fi
-setup=${setups[0]}
-archive=${archives[0]}
-version=${setup##*/emberwake-launcher-}
-version=${version%-setup.exe}
 
 # shellcheck source=wine.sh
 . "$root/packaging/windows/wine.sh"
@@ -30,6 +17,9 @@ start_wine
 
 # shellcheck source=installer-support.sh
 . "$root/packaging/windows/installer-support.sh"
+find_packages "${1:-$root/build/packages}"
+version=${setup##*/emberwake-launcher-}
+version=${version%-setup.exe}
 
 # registered NAME VALUE: what stands in the registry's export, where a backslash is written twice.
 registered() {

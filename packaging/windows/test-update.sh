@@ -11,21 +11,14 @@ set -euo pipefail
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../.." && pwd)
 here=$root/packaging/windows
-packages=$(cd "${1:-$root/build/packages}" && pwd)
 "$root/scripts/install-packages.sh" windows windows-test
-shopt -s nullglob
-setups=("$packages"/emberwake-launcher-*-setup.exe)
-archives=("$packages"/emberwake-launcher-*-windows-x86_64.zip)
-if [ "${#setups[@]}" -ne 1 ] || [ "${#archives[@]}" -ne 1 ]; then
-  echo "test-update.sh: $packages must hold one installer and one archive" >&2
-  exit 1
-fi
 
 # shellcheck source=wine.sh
 . "$here/wine.sh"
 start_wine
 # shellcheck source=installer-support.sh
 . "$here/installer-support.sh"
+find_packages "${1:-$root/build/packages}"
 
 # older FOLDER OUTPUT: an installer as the first ones were.
 older() {
@@ -45,15 +38,15 @@ own_files_kept() {
 }
 
 echo 'Over the launcher of the first packages ...'
-unzip -q "${archives[0]}" -d "$work/archive"
-files=$work/archive/$(basename "${archives[0]}" .zip)
+unzip -q "$archive" -d "$work/archive"
+files=$work/archive/$(basename "$archive" .zip)
 cp -r "$files" "$work/first"
 rm -f "$work/first/package-files.txt"
 older "$work/first" "$work/first-installer.exe"
 check 'it installs' install 0 "$work/first-installer.exe" "$folder"
 games "$folder"
 echo mine | tee "$folder/notes.txt" > "$folder/platforms/mine.txt"
-check 'the new one installs over it' install 0 "${setups[0]}" "$folder"
+check 'the new one installs over it' install 0 "$setup" "$folder"
 saved=(notes.txt mine.txt Игра Realm settings.txt offline.txt Café.png Realm.png newsBigBackground.png
   homeNewsImageBackground3.png cafe.zip)
 check 'all files are there, and nothing else' has_files "$files" "$folder" "${saved[@]}"
