@@ -90,6 +90,7 @@ bool isCut(const QByteArray &bytes)
     return (isJpeg(bytes) && bytes.lastIndexOf("\xFF\xD9") < firstScan(bytes)) ||
            breaksOffInGif(bytes);
 }
+
 // Cameras store a picture as they were held, and say how to turn it, which the launcher does not.
 bool isTurned(QByteArray bytes)
 {

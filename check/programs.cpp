@@ -117,16 +117,15 @@ void checkChoice(const ClientEntry &entry, const QString &named, const QString &
                  QStringList candidates, Findings &findings)
 {
     candidates.removeOne(started);
-    const auto isHelper = [](const QString &name) {
-        return looksLikeAHelper(name) || looksLikeACopy(name) || isLauncher(name);
+    // A copy alone is the game, whatever its name.
+    const bool isAlone = candidates.isEmpty();
+    const auto isHelper = [isAlone](const QString &name) {
+        return looksLikeAHelper(name) || isLauncher(name) || (!isAlone && looksLikeACopy(name));
     };
-    // Alone it is the game, whatever its name.
-    const bool isOnlyCopy = candidates.isEmpty() && looksLikeACopy(started) &&
-                            !looksLikeAHelper(started) && !isLauncher(started);
     QStringList games;
     std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(games),
                  [&](const QString &name) { return !isHelper(name); });
-    if (isHelper(started) && !isOnlyCopy) {
+    if (isHelper(started)) {
         findings << warningAt(
             entry.place, "helper-starts",
             QStringLiteral("Play starts %1 of %2, the first by name, which looks like no game; "
