@@ -9,8 +9,8 @@
 #   --instructions  just the instructions of what one thread does alone; other work on the machine does
 #                   not change them
 #   --only ROW      just this row of the times: start, own-pictures, own-font, choice, document,
-#                   versions, download, slow-disk, install, unpack, responsiveness, rescale, pictures,
-#                   hover, idle, size. May be given again
+#                   versions, download, neighbour, slow-window, slow-disk, install, unpack,
+#                   responsiveness, rescale, pictures, hover, idle, size. May be given again
 #   --write-page    puts the tables into docs/performance.md as well
 #
 # Takes twenty minutes and 8 GiB of disk; the instructions alone some minutes. Leave the

@@ -28,6 +28,8 @@ ROWS = {
     "document": rows_start.document,
     "versions": rows_start.versions,
     "download": rows_download.downloads,
+    "neighbour": rows_download.beside_neighbour,
+    "slow-window": rows_download.slow_window,
     "slow-disk": rows_download.slow_disk,
     "install": rows_download.install,
     "unpack": rows_unpack.unpacking,

@@ -10,7 +10,8 @@ import statistics
 import subprocess
 import sys
 import time
-from collections.abc import Callable, Sequence
+from collections.abc import Callable, Iterator, Sequence
+from contextlib import contextmanager
 from dataclasses import dataclass
 from pathlib import Path
 from typing import TypedDict
@@ -117,6 +118,16 @@ def in_turn(rounds: int, *sides: Callable[[], dict[str, float]]) -> list[dict[st
             if number >= 0:
                 taken[place].append(figures)
     return [{key: statistics.median(figures[key] for figures in side) for key in side[0]} for side in taken]
+
+
+@contextmanager
+def busy_neighbour() -> Iterator[None]:
+    """Another program wants a processor all the time."""
+    with subprocess.Popen([sys.executable, "-c", "while True: pass"], stdin=subprocess.DEVNULL) as neighbour:
+        try:
+            yield
+        finally:
+            neighbour.kill()
 
 
 def wait_until(condition: Callable[[], bool], what: str, seconds: float = 30) -> None:

@@ -6,7 +6,9 @@
 //   idle      the same; then it goes on until it is ended from outside
 //   download  the choice is a remembered one: Download is clicked once the pictures are there, and
 //             the watch ends with the download
-//   busy      the same, but clicked at once; tells the gaps between two turns of the event loop
+//   turnsN    the same with a slow window: from the click on, each turn of the event loop takes N
+//             milliseconds more
+//   busy      as download, but clicked at once; tells the gaps between two turns of the event loop
 //
 // With a file, its pictures take the place of the launcher's own.
 
@@ -51,6 +53,11 @@ public:
         : m_window(window)
         , m_until(std::move(until))
     {
+        static const QString slow = QStringLiteral("turns");
+        if (m_until.startsWith(slow)) {
+            m_slowness = m_until.mid(slow.size()).toInt();
+            m_until = QStringLiteral("download");
+        }
         // After the window's own connection: the document is applied by then.
         connect(window.infoDownloader, &FileDownloader::downloaded, this, &Watch::documentApplied);
         qApp->installEventFilter(this);
@@ -174,6 +181,10 @@ private:
         m_processor = Measuring::threadsMilliseconds(QCoreApplication::applicationPid());
         m_clicked = Measuring::milliseconds();
         m_window.ui->btnDownload->click();
+        if (m_slowness > 0) {
+            connect(&m_slow, &QTimer::timeout, this, &Watch::takeTime);
+            m_slow.start(0);
+        }
         connect(m_window.downloadManager, &DownloadManager::finished, this, &Watch::downloadEnded);
     }
 
@@ -190,6 +201,13 @@ private:
                            {QStringLiteral("turns"), m_turns},
                            {QStringLiteral("work"), m_work}});
         Measuring::endHere();
+    }
+
+    void takeTime() const
+    {
+        const double end = Measuring::milliseconds() + m_slowness;
+        while (Measuring::milliseconds() < end) {
+        }
     }
 
     // A turn a millisecond, however little there is to do: turns without work between them would
@@ -209,7 +227,9 @@ private:
     }
 
     testform &m_window;
-    const QString m_until;
+    QString m_until;
+    int m_slowness = 0; // milliseconds
+    QTimer m_slow;
     bool m_applied = false;
     bool m_complete = false;
     qint64 m_memory = 0;

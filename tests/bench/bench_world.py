@@ -45,7 +45,8 @@ def publish(root: Path, base_url: str) -> None:
         shutil.copy(logos[number % len(logos)], root / f"{server}.png")
     for folder, pictures, archive in (("", base_url, "client.zip"), ("slowlogos", f"{base_url}slow/", "client.zip"),
                                       ("plain", base_url, "plain.zip"), ("late", base_url, "plain.zip"),
-                                      ("large", base_url, "large.zip"), ("small", base_url, "small.zip")):
+                                      ("large", base_url, "large.zip"), ("small", base_url, "small.zip"),
+                                      ("turns", base_url, "turns.zip")):
         (root / folder).mkdir(exist_ok=True)
         (root / folder / "launcher.xml").write_text(document(pictures, base_url + archive), encoding="utf-8")
         if folder not in ("", "slowlogos"):

@@ -8,12 +8,13 @@ import shutil
 import statistics
 import sys
 import time
+from collections.abc import Callable
 from pathlib import Path
 from typing import NamedTuple
 
-from bench_tools import Ended, Result, Setting, empty_disk_queue, in_turn, run, settle
+from bench_tools import Ended, Result, Setting, busy_neighbour, empty_disk_queue, in_turn, run, settle
 from bench_world import MIB, REMEMBERED, REPOSITORY, client_archive, large_file
-from table import Row, at_most, limited, stated
+from table import Row, at_least, at_most, limited, stated
 from web import Web
 
 GIB = 1024 * MIB
@@ -60,18 +61,23 @@ def curl(setting: Setting, address: str, size: int) -> Ended:
     return ended
 
 
-def downloads(setting: Setting, web: Web) -> list[Row]:
-    size = GIB // 8 if setting.quick else GIB
-    small, large = 64 * MIB, size * 4
+def beside_curl(setting: Setting, web: Web, size: int) -> list[dict[str, float]]:
     large_file(web.root / "plain.zip", size)
-    large_file(web.root / "small.zip", small)
-    large_file(web.root / "large.zip", large)
 
     def fetch() -> dict[str, float]:
         ended = curl(setting, web.url + "plain.zip", size)
         return {"wall": ended.wall, "processor": ended.processor}
 
-    ours, bare = in_turn(setting.rounds, lambda: download(setting, web.url + "plain/", size).figures, fetch)
+    return in_turn(setting.rounds, lambda: download(setting, web.url + "plain/", size).figures, fetch)
+
+
+def downloads(setting: Setting, web: Web) -> list[Row]:
+    size = GIB // 8 if setting.quick else GIB
+    small, large = 64 * MIB, size * 4
+    large_file(web.root / "small.zip", small)
+    large_file(web.root / "large.zip", large)
+
+    ours, bare = beside_curl(setting, web, size)
     few, many = in_turn(3, lambda: download(setting, web.url + "small/", small).figures,
                         lambda: download(setting, web.url + "large/", large).figures)
     (web.root / "large.zip").unlink()
@@ -88,6 +94,33 @@ def downloads(setting: Setting, web: Web) -> list[Row]:
         # A few buffers more or less at the moment of the peak are no growth with the size.
         limited("download: difference between these three", "MiB", spread, 2),
     ]
+
+
+def beside_neighbour(setting: Setting, web: Web) -> list[Row]:
+    size = GIB // 8 if setting.quick else GIB
+    with busy_neighbour():
+        ours, bare = beside_curl(setting, web, size)
+    what = f"download: {size // MIB:,} MiB beside a program that never rests"
+    return [at_most(f"{what}, processor time", "ms", ours["processor"], bare["processor"], 0.7),
+            stated(f"{what}, time", "ms", ours["wall"], bare["wall"])]
+
+
+def slow_window(setting: Setting, web: Web) -> list[Row]:
+    """A fast line, and a window that comes to its bytes only now and then."""
+    size = 64 * MIB if setting.quick else 256 * MIB
+    large_file(web.root / "turns.zip", size)
+
+    def turns_of(length: int) -> Callable[[], dict[str, float]]:
+        return lambda: download(setting, web.url + "turns/", size, f"turns{length}").figures
+
+    lengths = (10, 30)
+    rows = []
+    for length, figures in zip(lengths, in_turn(min(setting.rounds, 7), *map(turns_of, lengths))):
+        what = f"download: {size // MIB:,} MiB, turns of the window take {length} ms"
+        # 119 MiB/s are a gigabit.
+        rows.append(at_least(what, "MiB/s", size / MIB / (figures["wall"] / 1000), 120))
+        rows.append(limited(f"{what}, peak memory grows by", "MiB", figures["growth"], 16))
+    return rows
 
 
 def slow_disk(setting: Setting, web: Web) -> list[Row]:

@@ -37,6 +37,11 @@ def limited(name: str, unit: str, ours: float, limit: float, note: str = "") -> 
     return Row(name, unit, ours, None, None, f"at most {limit:g} {unit}".rstrip(), ours <= limit, note)
 
 
+def at_least(name: str, unit: str, ours: float, least: float, note: str = "") -> Row:
+    """A row whose goal is to reach a figure."""
+    return Row(name, unit, ours, None, None, f"at least {least:g} {unit}", ours >= least, note)
+
+
 def above(name: str, unit: str, ours: float, yardstick: float, more: float, note: str = "") -> Row:
     """A row whose goal is so much above the yardstick."""
     return Row(name, unit, ours, yardstick, None, f"at most {more:g} {unit} above",
