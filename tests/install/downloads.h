@@ -4,6 +4,7 @@
 #include "support/texts.h"
 
 #include <QByteArray>
+#include <QNetworkReply>
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QString>
@@ -33,4 +34,15 @@ inline bool runToTheEnd(DownloadManager &manager)
 {
     QSignalSpy finished(&manager, &DownloadManager::finished);
     return finished.wait(30000);
+}
+
+// Starts the first queued download, and lets nobody take its bytes as they come. At once: whoever
+// waits for the start of it may find that bytes were taken in the same turn.
+inline QNetworkReply *startWithoutTaking(DownloadManager &manager)
+{
+    manager.startNextDownload();
+    if (manager.currentDownload != nullptr) {
+        QObject::disconnect(manager.currentDownload, &QNetworkReply::readyRead, &manager, nullptr);
+    }
+    return manager.currentDownload;
 }

@@ -3,18 +3,13 @@
 #include "progressdue.h"
 #include "support/archives.h"
 #include "support/consolecapture.h"
-#include "support/holdings.h"
 #include "support/httpserver.h"
 #include "support/links.h"
 #include "support/scratchfolder.h"
 
-#include <QCryptographicHash>
-#include <QElapsedTimer>
 #include <QFile>
-#include <QNetworkReply>
 #include <QSignalSpy>
 #include <QTest>
-#include <QThread>
 
 #ifdef Q_OS_LINUX
 #include <csignal>
@@ -52,8 +47,8 @@ private:
 #endif
 } // namespace
 
-// How an archive reaches the disk: whole, under which name, in which turns of the event loop, and
-// what happens on a disk that does not take it.
+// How an archive reaches the disk: whole, under which name, and what happens on a disk that does
+// not take it.
 class TestDownloadToDisk : public QObject
 {
     Q_OBJECT
@@ -67,10 +62,6 @@ private slots:
     void nameThatNothingIsSavedUnder_data();
     void nameThatNothingIsSavedUnder();
     void programThatIsThereStays();
-
-    void aTurnTakesBytesForALimitedTime();
-    void bytesThatWaitForTheirTurnAtTheEnd();
-    void memoryStaysBounded();
 
     void fullDisk_data();
     void fullDisk();
@@ -262,107 +253,6 @@ void TestDownloadToDisk::programThatIsThereStays()
     QCOMPARE(manager.downloadedCount, 1);
     QCOMPARE(ScratchFolder::read(text("archive.seen")), QByteArray("archive"));
     QCOMPARE(ScratchFolder::read(text("unzip.exe")), extractor);
-}
-
-// A fast server or a slow disk must not keep the window from painting and answering.
-void TestDownloadToDisk::aTurnTakesBytesForALimitedTime()
-{
-    constexpr int held = 200 * 1000;
-    const ScratchFolder folder;
-    const QByteArray archive = randomBytes(held + 1);
-    HttpServer server;
-    server.serveHeld(text("client.zip"), archive, held);
-    DownloadManager manager(nullptr, text("1.0.0"), text("Alpha/Official"));
-    manager.append(QUrl(server.url(text("client.zip"))));
-    QTRY_VERIFY_WITH_TIMEOUT(manager.currentDownload != nullptr, 10000);
-    disconnect(manager.currentDownload, &QNetworkReply::readyRead, &manager, nullptr);
-    QTRY_COMPARE_WITH_TIMEOUT(manager.currentDownload->bytesAvailable(), qint64(held), 10000);
-
-    // This turn has lasted long enough.
-    manager.m_turnTime.start();
-    manager.m_turnEnd.start(0, &manager);
-    while (!manager.m_turnTime.hasExpired(50)) {
-        QThread::yieldCurrentThread();
-    }
-    manager.downloadReadyRead();
-    QCOMPARE(manager.output.size(), qint64(0));
-    // The next one goes on by itself.
-    QTRY_COMPARE_WITH_TIMEOUT(manager.output.size(), qint64(held), 10000);
-    // And nothing turns while nothing comes.
-    QTRY_VERIFY_WITH_TIMEOUT(!manager.m_turnEnd.isActive(), 10000);
-
-    server.release(text("client.zip"));
-    QVERIFY(runToTheEnd(manager));
-    QCOMPARE(manager.downloadedCount, 1);
-}
-
-void TestDownloadToDisk::bytesThatWaitForTheirTurnAtTheEnd()
-{
-    const ScratchFolder folder;
-    const QByteArray archive = randomBytes(300 * 1000);
-    Archives::provideExtractorScript(recordingExtractor);
-    HttpServer server;
-    server.serve(text("client.zip"), archive);
-    DownloadManager manager(nullptr, text("1.0.0"), text("Alpha/Official"));
-    manager.append(QUrl(server.url(text("client.zip"))));
-    QTRY_VERIFY_WITH_TIMEOUT(manager.currentDownload != nullptr, 10000);
-    // Everything has come when the first bytes would be taken.
-    disconnect(manager.currentDownload, &QNetworkReply::readyRead, &manager, nullptr);
-    QVERIFY(runToTheEnd(manager));
-    QCOMPARE(ScratchFolder::read(text("archive.seen")), archive);
-}
-
-void TestDownloadToDisk::memoryStaysBounded()
-{
-#ifdef Q_OS_LINUX
-#if defined(__SANITIZE_ADDRESS__)
-    QSKIP("the sanitizer keeps freed memory for a while, so the peak says nothing");
-#endif
-    constexpr qint64 size = 300LL * 1000 * 1000;
-    constexpr qint64 allowed = 64LL * 1024 * 1024;
-    const ScratchFolder folder;
-    HttpServer server;
-    server.serveLarge(text("client.zip"), size);
-    Archives::provideExtractorScript("keep kept.zip");
-    DownloadManager manager(nullptr, text("1.0"), text("Alpha/Official"));
-    Holdings::forgetPeakOfMemory();
-    const qint64 before = Holdings::memory();
-    QVERIFY(before > 0);
-
-    // A slow disk: the launcher comes to nothing for a while, and all the time the server sends.
-    // What it sends must wait in the network, not in the launcher's memory.
-    bool busy = false;
-    connect(&manager, &DownloadManager::updateProgress, this, [&] {
-        if (busy) {
-            return;
-        }
-        busy = true;
-        QElapsedTimer waited;
-        waited.start();
-        while (!waited.hasExpired(1500) && Holdings::memory() - before < allowed) {
-        }
-    });
-    manager.append(QUrl(server.url(text("client.zip"))));
-    QSignalSpy finished(&manager, &DownloadManager::finished);
-    QVERIFY(finished.wait(90000));
-    QVERIFY(busy);
-    const qint64 grown = Holdings::peakOfMemory() - before;
-    QVERIFY2(grown < allowed, qPrintable(text("%1 bytes").arg(grown)));
-
-    QFile kept(text("kept.zip"));
-    QVERIFY(kept.open(QIODevice::ReadOnly));
-    QCOMPARE(kept.size(), size);
-    QCryptographicHash keptSum(QCryptographicHash::Sha1);
-    QVERIFY(keptSum.addData(&kept));
-    QCryptographicHash sum(QCryptographicHash::Sha1);
-    const QByteArray block(1000 * 1000, 'e');
-    for (qint64 sent = 0; sent < size; sent += block.size()) {
-        sum.addData(block);
-    }
-    QCOMPARE(keptSum.result(), sum.result());
-#else
-    QSKIP("measured on Linux, where the peak can be forgotten first");
-#endif
 }
 
 void TestDownloadToDisk::fullDisk_data()
