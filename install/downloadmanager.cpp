@@ -6,6 +6,7 @@
 #include "base/plainname.h"
 #include "fetch/replybody.h"
 #include "install/extractor.h"
+#include "install/receiveahead.h"
 #include "install/removal.h"
 #include "install/savefilename.h"
 #include "install/speedtext.h"
@@ -109,6 +110,7 @@ void DownloadManager::startNextDownload()
     }
     m_bodyError.clear();
     m_transferEnded = false;
+    m_awayTime.invalidate();
     if (!mayBeFetched(url)) {
         refuse(url);
         return;
@@ -118,7 +120,7 @@ void DownloadManager::startNextDownload()
     // with whatever body it carries.
     currentDownload = manager.get(QNetworkRequest(url));
     // Without a limit a fast server and a slow disk would fill the memory with the archive.
-    currentDownload->setReadBufferSize(NetworkAccess::receiveBufferSize);
+    currentDownload->setReadBufferSize(ReceiveAhead::least);
     m_body = std::make_unique<ReplyBody>(currentDownload);
     connect(currentDownload, &QNetworkReply::downloadProgress, this,
             &DownloadManager::downloadProgress);
@@ -178,8 +180,10 @@ void DownloadManager::takeTurn()
     if (!m_turnEnd.isActive()) {
         m_turnEnd.start(0, this);
         m_turnTime.start();
+        makeRoomForLongTurns();
     }
     const bool isAllTaken = takeReceivedBytes();
+    m_awayTime.start();
     if (m_transferEnded) {
         if (isAllTaken) {
             end();
@@ -187,6 +191,20 @@ void DownloadManager::takeTurn()
     } else if (!m_bodyError.isEmpty()) {
         // A disk that takes no more ends the transfer; finished() follows at once.
         currentDownload->abort();
+    }
+}
+
+// Once in a turn, before its first bytes are taken.
+void DownloadManager::makeRoomForLongTurns()
+{
+    if (m_transferEnded || !m_awayTime.isValid()) {
+        return;
+    }
+    const qint64 allowed = currentDownload->readBufferSize();
+    const qint64 next =
+        ReceiveAhead::next(allowed, currentDownload->bytesAvailable(), m_awayTime.elapsed());
+    if (next != allowed) {
+        currentDownload->setReadBufferSize(next);
     }
 }
 

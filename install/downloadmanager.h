@@ -59,6 +59,7 @@ private:
     QString openSaveFile();
     void refuse(const QUrl &url);
     void takeTurn();
+    void makeRoomForLongTurns();
     bool takeReceivedBytes();
     void end();
     QString whyFailed() const;
@@ -73,6 +74,7 @@ private:
     QElapsedTimer downloadTime;
     QElapsedTimer m_turnTime; // since the first bytes of this turn of the event loop
     QBasicTimer m_turnEnd;    // runs from then to the next turn
+    QElapsedTimer m_awayTime; // since bytes were last taken; invalid before the first ones
     TextProgressBar progressBar;
     QString filename;
     QString clientVersion;

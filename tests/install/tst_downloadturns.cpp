@@ -1,8 +1,10 @@
 #include "downloads.h"
 #include "install/downloadmanager.h"
+#include "install/receiveahead.h"
 #include "support/archives.h"
 #include "support/holdings.h"
 #include "support/httpserver.h"
+#include "support/relation.h"
 #include "support/scratchfolder.h"
 
 #include <QCryptographicHash>
@@ -32,6 +34,7 @@ class TestDownloadTurns : public QObject
 
 private slots:
     void aTurnTakesBytesForALimitedTime();
+    void moreMayWaitForAWindowWithLongTurns();
     void bytesThatWaitForTheirTurnAtTheEnd();
     void memoryStaysBounded();
 };
@@ -63,6 +66,54 @@ void TestDownloadTurns::aTurnTakesBytesForALimitedTime()
     server.release(text("client.zip"));
     QVERIFY(runToTheEnd(manager));
     QCOMPARE(manager.downloadedCount, 1);
+}
+
+// A fast line would stand still while the window does something else.
+void TestDownloadTurns::moreMayWaitForAWindowWithLongTurns()
+{
+    const ScratchFolder folder;
+    HttpServer server;
+    server.serveLarge(text("client.zip"), 200 * ReceiveAhead::most);
+    DownloadManager manager(nullptr, text("1.0.0"), text("Alpha/Official"));
+    manager.append(QUrl(server.url(text("client.zip"))));
+    // Of an archive before.
+    manager.m_awayTime.start();
+    QNetworkReply *reply = startWithoutTaking(manager);
+    QVERIFY(reply != nullptr);
+    // The network goes on when all that waits has been taken; on a busy machine the turn is over
+    // before that.
+    const auto takeTheRest = [&manager, reply] {
+        manager.m_turnEnd.stop();
+        (void)reply->readAll();
+    };
+
+    // How long the window was away from the first bytes says nothing.
+    TRY_VERIFY_RELATION(reply->bytesAvailable(), >=, ReceiveAhead::least - ReceiveAhead::piece,
+                        10000);
+    manager.downloadReadyRead();
+    QCOMPARE(reply->readBufferSize(), ReceiveAhead::least);
+    takeTheRest();
+    TRY_VERIFY_RELATION(reply->bytesAvailable(), >=, ReceiveAhead::least - ReceiveAhead::piece,
+                        10000);
+
+    spin(50);
+    manager.downloadReadyRead();
+    QCOMPARE(reply->readBufferSize(), ReceiveAhead::most);
+    // That is how many arrive before the window comes again, and no more.
+    takeTheRest();
+    TRY_VERIFY_RELATION(reply->bytesAvailable(), >=, ReceiveAhead::most - ReceiveAhead::piece,
+                        10000);
+    VERIFY_RELATION(reply->bytesAvailable(), <=, ReceiveAhead::most + ReceiveAhead::piece);
+
+    // For a window that comes at once again it is fewer; on a busy machine it takes several tries.
+    for (int tries = 0; tries < 20 && reply->readBufferSize() == ReceiveAhead::most; ++tries) {
+        takeTheRest();
+        TRY_VERIFY_RELATION(reply->bytesAvailable(), >=, ReceiveAhead::most - ReceiveAhead::piece,
+                            10000);
+        manager.m_awayTime.start();
+        manager.downloadReadyRead();
+    }
+    VERIFY_RELATION(reply->readBufferSize(), <, ReceiveAhead::most);
 }
 
 void TestDownloadTurns::bytesThatWaitForTheirTurnAtTheEnd()

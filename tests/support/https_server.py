@@ -5,7 +5,7 @@
 
 Makes two test authorities in FOLDER, and a certificate of each for a server of
 its own. Both serve /client.zip (48 MiB, every MiB of it one letter: a, b, c
-...), and /closing.zip (6 MiB of the same), behind which they close the
+...), and /closing.zip (16 MiB of the same), behind which they close the
 connection. /bomb.png is 4 MiB that unpack to 4 GiB of zeros, as their encoding
 says they are to be; /chunked.png is the same in one chunk, without a length,
 and /packed.zip is a sixteenth of it.
@@ -31,7 +31,7 @@ from pathlib import Path
 
 MEGABYTE = 1024 * 1024
 MEGABYTES = 48
-CLOSING_MEGABYTES = 6
+CLOSING_MEGABYTES = 16
 
 
 def packed_zeros(size: int) -> bytes:
