@@ -10,7 +10,7 @@
 #                   not change them
 #   --only ROW      just this row of the times: start, own-pictures, own-font, choice, document,
 #                   versions, download, neighbour, slow-window, slow-disk, install, unpack,
-#                   responsiveness, rescale, pictures, hover, idle, size. May be given again
+#                   responsiveness, rescale, pictures, hover, growth, idle, size. May be given again
 #   --write-page    puts the tables into docs/performance.md as well
 #
 # Takes twenty minutes and 8 GiB of disk; the instructions alone some minutes. Leave the

@@ -12,6 +12,7 @@ from pathlib import Path
 
 import bench_world
 import rows_download
+import rows_growth
 import rows_instructions
 import rows_size
 import rows_start
@@ -37,6 +38,7 @@ ROWS = {
     "rescale": rows_start.rescale,
     "pictures": rows_start.pictures,
     "hover": rows_start.hover,
+    "growth": rows_growth.table_of_growth,
     "idle": rows_start.idle,
     "size": rows_size.size,
 }

@@ -66,6 +66,7 @@ class Result(TypedDict, total=False):
     # How much was done, and what the window says.
     bytes: int
     pictures: int
+    pixels: int
     read: int
     listed: int
     installed: str

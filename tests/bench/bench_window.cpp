@@ -9,6 +9,8 @@
 //   turnsN    the same with a slow window: from the click on, each turn of the event loop takes N
 //             milliseconds more
 //   busy      as download, but clicked at once; tells the gaps between two turns of the event loop
+//   pulled    the same as pictures; then the window is pulled larger and smaller again, at most
+//             sixty times a second; tells the gaps, too
 //
 // With a file, its pictures take the place of the launcher's own.
 
@@ -153,6 +155,12 @@ private:
         if (m_until == QStringLiteral("busy")) {
             return;
         }
+        if (m_until == QStringLiteral("pulled")) {
+            connect(&m_pulling, &QTimer::timeout, this, &Watch::pull);
+            m_pulling.start(16);
+            startBeating();
+            return;
+        }
         // The pool has written the pictures' cache files when it falls silent.
         QThreadPool::globalInstance()->waitForDone();
         if (m_until == QStringLiteral("idle")) {
@@ -186,6 +194,19 @@ private:
             m_slow.start(0);
         }
         connect(m_window.downloadManager, &DownloadManager::finished, this, &Watch::downloadEnded);
+    }
+
+    void pull()
+    {
+        constexpr int steps = 200;
+        ++m_pulls;
+        const int grow = m_pulls <= steps / 2 ? m_pulls : steps - m_pulls;
+        m_window.customResize(974 + grow * 7, 571 + grow * 5);
+        if (m_pulls == steps) {
+            Measuring::report(
+                {{QStringLiteral("turns"), m_turns}, {QStringLiteral("work"), m_work}});
+            Measuring::endHere();
+        }
     }
 
     void downloadEnded()
@@ -230,6 +251,8 @@ private:
     QString m_until;
     int m_slowness = 0; // milliseconds
     QTimer m_slow;
+    int m_pulls = 0;
+    QTimer m_pulling;
     bool m_applied = false;
     bool m_complete = false;
     qint64 m_memory = 0;

@@ -46,7 +46,7 @@ def publish(root: Path, base_url: str) -> None:
     for folder, pictures, archive in (("", base_url, "client.zip"), ("slowlogos", f"{base_url}slow/", "client.zip"),
                                       ("plain", base_url, "plain.zip"), ("late", base_url, "plain.zip"),
                                       ("large", base_url, "large.zip"), ("small", base_url, "small.zip"),
-                                      ("turns", base_url, "turns.zip")):
+                                      ("sized", base_url, "sized.zip")):
         (root / folder).mkdir(exist_ok=True)
         (root / folder / "launcher.xml").write_text(document(pictures, base_url + archive), encoding="utf-8")
         if folder not in ("", "slowlogos"):

@@ -108,10 +108,10 @@ def beside_neighbour(setting: Setting, web: Web) -> list[Row]:
 def slow_window(setting: Setting, web: Web) -> list[Row]:
     """A fast line, and a window that comes to its bytes only now and then."""
     size = 64 * MIB if setting.quick else 256 * MIB
-    large_file(web.root / "turns.zip", size)
+    large_file(web.root / "sized.zip", size)
 
     def turns_of(length: int) -> Callable[[], dict[str, float]]:
-        return lambda: download(setting, web.url + "turns/", size, f"turns{length}").figures
+        return lambda: download(setting, web.url + "sized/", size, f"turns{length}").figures
 
     lengths = (10, 30)
     rows = []
@@ -202,26 +202,38 @@ def percentile(values: list[float], part: float) -> float:
     return ordered[min(len(ordered) - 1, int(len(ordered) * part))]
 
 
+def gaps_of(times: list[float], without: float = -1) -> list[float]:
+    """Between each two turns, but for the gap in which that moment lies."""
+    return [end - begin for begin, end in zip(times, times[1:]) if not begin <= without <= end]
+
+
+def gap_rows(what: str, runs: list[list[float]], note: str) -> list[Row]:
+    every = [gap for gaps in runs for gap in gaps]
+    longest = [max(gaps) for gaps in runs]
+    return [limited(f"{what}: gap between two turns, 99.9th percentile", "ms", percentile(every, 0.999), 12,
+                    f"{len(every):,} gaps in {len(runs)} runs; {note}"),
+            limited(f"{what}: longest gap, median of the runs", "ms", statistics.median(longest), 25,
+                    f"99th percentile {percentile(every, 0.99):.1f} ms; longest of all {max(longest):.1f} ms")]
+
+
 def responsiveness(setting: Setting, web: Web) -> list[Row]:
     size = GIB // 8 if setting.quick else GIB
     large_file(web.root / "plain.zip", size)
-    gaps: list[float] = []
+    downloading: list[list[float]] = []
+    pulled: list[list[float]] = []
     work: list[float] = []
     pictures = 0
-    longest = []
     for _ in range(setting.rounds):
-        _, result, extraction = download(setting, web.url + "late/", size, "busy")
-        turns = result["turns"]
         # Unpacking blocks by design: the gap that it lies in is left out.
-        kept = [place for place in range(1, len(turns)) if not turns[place - 1] <= extraction <= turns[place]]
-        own = [turns[place] - turns[place - 1] for place in kept]
-        gaps += own
-        work += [result["work"][place] - result["work"][place - 1] for place in kept]
-        longest.append(max(own))
+        _, result, extraction = download(setting, web.url + "late/", size, "busy")
+        downloading.append(gaps_of(result["turns"], extraction))
+        work += [end - begin for begin, end, time_of, next_time in
+                 zip(result["work"], result["work"][1:], result["turns"], result["turns"][1:])
+                 if not time_of <= extraction <= next_time]
         pictures = result["pictures"]
-    return [limited("responsiveness: gap between two turns, 99.9th percentile", "ms", percentile(gaps, 0.999), 16,
-                    f"{len(gaps):,} gaps in {setting.rounds} downloads, {pictures} pictures arriving meanwhile; "
-                    f"work of the window's thread in a gap: {percentile(work, 0.999):.1f} ms"),
-            stated("responsiveness: longest gap, median of the downloads", "ms", statistics.median(longest),
-                   note=f"99th percentile {percentile(gaps, 0.99):.1f} ms; "
-                        f"most work in a gap {max(work):.1f} ms")]
+        rescaling = run([setting.program("bench_window"), web.url, "pulled"], setting.folder("installation")).result
+        pulled.append(gaps_of(rescaling["turns"]))
+    return [*gap_rows("responsiveness", downloading,
+                      f"{pictures} pictures arrive meanwhile; work of the window's thread in a gap: "
+                      f"{percentile(work, 0.999):.1f} ms, at most {max(work):.1f} ms"),
+            *gap_rows("rescale", pulled, "steps of 7 x 5 pixels, 60 in a second")]

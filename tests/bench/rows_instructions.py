@@ -12,8 +12,8 @@ from dataclasses import dataclass
 from pathlib import Path
 
 from bench_tools import Setting, run, say
-from rows_start import SLOW, growth
-from table import Row, at_most, limited, stated
+from rows_start import SLOW
+from table import Row, at_most, exponent, limited, stated
 from web import Web
 
 UNIT = "million"
@@ -111,7 +111,7 @@ def instructions(setting: Setting, web: Web) -> list[Row]:
     for entries in sizes:
         sides(f"document: {entries:,} entries", f"document-{entries}", 3)
     rows.append(limited("document: growth exponent", "",
-                        growth([(entries, counted[f"document-{entries}"].ours) for entries in sizes]), 1.05))
+                        exponent([(entries, counted[f"document-{entries}"].ours) for entries in sizes]), 1.05))
     for entries in folders:
         sides(f"installed version: {entries:,} entries", f"versions-{entries}", 1.3)
     sides("rescale: one step of the full window", "rescale", 1.15)

@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import math
 import os
 import shutil
 import subprocess
@@ -15,7 +14,7 @@ from PIL import Image
 
 from bench_tools import Setting, in_turn, run, wait_until
 from bench_world import REPOSITORY, SERVERS, photographs
-from table import Row, above, at_most, counted_too, stated
+from table import Row, above, at_most, counted_too, exponent, stated
 from web import Web
 
 IMAGES = REPOSITORY / "images"
@@ -133,13 +132,6 @@ def own_font(setting: Setting, web: Web) -> list[Row]:
                    shipped["processor"], system["processor"])]
 
 
-def growth(points: list[tuple[int, float]]) -> float:
-    """The slope of the line through all sizes and what they cost, both axes logarithmic."""
-    logs = [(math.log(size), math.log(cost)) for size, cost in points]
-    middle_x, middle_y = (sum(point[axis] for point in logs) / len(logs) for axis in (0, 1))
-    return (sum((x - middle_x) * (y - middle_y) for x, y in logs) / sum((x - middle_x) ** 2 for x, _ in logs))
-
-
 def document(setting: Setting, _: Web) -> list[Row]:
     rows = []
     points: list[tuple[int, float]] = []
@@ -152,7 +144,7 @@ def document(setting: Setting, _: Web) -> list[Row]:
         rows.append(counted_too(f"document: {entries:,} entries", "ms", result["ours"], result["bare"]))
         points.append((entries, result["ours"]))
         once = result["once"]
-    rows.append(counted_too("document: growth exponent", "", growth(points)))
+    rows.append(counted_too("document: growth exponent", "", exponent(points)))
     rows.append(stated("document: the first time, with panel and requests for pictures", "ms", once))
     return rows
 

@@ -3,6 +3,9 @@
 from __future__ import annotations
 
 import json
+import math
+import statistics
+from collections.abc import Sequence
 from dataclasses import asdict, dataclass
 from pathlib import Path
 
@@ -66,6 +69,14 @@ def number(value: float | None) -> str:
         return "0"
     digits = 0 if abs(value) >= 100 else 1 if abs(value) >= 10 else 2 if abs(value) >= 1 else 3
     return f"{value:,.{digits}f}"
+
+
+def exponent(points: Sequence[tuple[float, float]]) -> float:
+    """The slope of the line through all sizes and costs, both axes logarithmic."""
+    xs, ys = ([math.log(point[axis]) for point in points] for axis in (0, 1))
+    middle_x, middle_y = statistics.mean(xs), statistics.mean(ys)
+    return (sum((x - middle_x) * (y - middle_y) for x, y in zip(xs, ys)) /
+            sum((x - middle_x) ** 2 for x in xs))
 
 
 def cells(row: Row) -> list[str]:
