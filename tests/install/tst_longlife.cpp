@@ -29,12 +29,12 @@ namespace
 {
 constexpr int archiveSize = 1024 * 1024;
 
-constexpr int selections = 500;
+constexpr int selections = 1000;
 constexpr int firstSelections = 50; // until every picture and every font was used once
 // A kept text of a few letters for each selection would be more.
 constexpr qint64 selectionsMayKeep = 16 * 1024; // bytes, all of them together
 
-constexpr int downloads = 100;
+constexpr int downloads = 200;
 constexpr int firstDownloads = 10;
 // What a kept manager and its process object cost, with all that the toolkit puts behind them, and
 // no more: the archive is thirty times that.
