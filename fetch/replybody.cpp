@@ -9,6 +9,8 @@
 namespace
 {
 constexpr std::size_t packedSize = 16 * 1024;
+// So many bytes may follow what was packed; nobody reads them.
+constexpr qint64 mostBehindTheEnd = 1024 * 1024;
 } // namespace
 
 // The unpacking of one body, and the packed bytes that are next.
@@ -33,11 +35,13 @@ private:
 
     bool fill(QNetworkReply *reply);
     void step();
+    void dropWhatFollows(QNetworkReply *reply);
     bool beginAgainWithoutHeader();
 
     z_stream m_stream = {};
     std::array<char, packedSize> m_packed{};
     qint64 m_filled = 0;
+    qint64 m_dropped = 0;
     bool m_isWithoutHeader = false;
     bool m_ended = false;
     bool m_broken = false;
@@ -59,6 +63,9 @@ qint64 ReplyBody::Unpacking::read(QNetworkReply *reply, char *data, qint64 size)
             continue;
         }
         step();
+    }
+    if (m_ended) {
+        dropWhatFollows(reply);
     }
     return room - m_stream.avail_out;
 }
@@ -88,6 +95,18 @@ void ReplyBody::Unpacking::step()
     m_ended = result == Z_STREAM_END;
     // Z_BUF_ERROR says that there is nothing to do now.
     m_broken = result != Z_OK && result != Z_STREAM_END && result != Z_BUF_ERROR;
+}
+
+// Bytes that nobody takes fill the reply's buffer, the network waits for room, and the body never
+// ends. A host that goes on for long is broken; it might go on for ever.
+void ReplyBody::Unpacking::dropWhatFollows(QNetworkReply *reply)
+{
+    qint64 count = 0;
+    while (m_dropped <= mostBehindTheEnd &&
+           (count = reply->read(m_packed.data(), static_cast<qint64>(m_packed.size()))) > 0) {
+        m_dropped += count;
+    }
+    m_broken = m_dropped > mostBehindTheEnd;
 }
 
 // Some hosts mean by "deflate" the bare bytes, without the header that the word stands for.

@@ -25,6 +25,7 @@ private slots:
     void unpackedBodyIsBounded();
     void endlessBodyFillsNoMemory();
     void packedBodyFillsNoMemory();
+    void bodyWithMuchBehindItEnds();
 };
 
 void TestBoundedFetch::bodyIsBounded_data()
@@ -97,6 +98,20 @@ void TestBoundedFetch::packedBodyFillsNoMemory()
     QCOMPARE(downloader.downloadedData().size(), largest);
     QCOMPARE(downloader.downloadedData().count('\0'), largest);
     VERIFY_RELATION(Holdings::peakOfMemory() - before, <, 4 * qint64(largest));
+}
+
+// Bytes behind what was packed, more than may wait until somebody takes them.
+void TestBoundedFetch::bodyWithMuchBehindItEnds()
+{
+    HttpServer server;
+    server.serveEncoded(QStringLiteral("packed"),
+                        PackedBytes::pack("<launcher/>", PackedBytes::Gzip) +
+                            QByteArray(4 * mebibyte, 'x'),
+                        "gzip");
+    FileDownloader downloader(QUrl(server.url(QStringLiteral("packed"))));
+    QSignalSpy spy(&downloader, &FileDownloader::downloaded);
+    QVERIFY(spy.wait(limit));
+    QCOMPARE(downloader.downloadedData(), QByteArray("<launcher/>"));
 }
 
 QTEST_GUILESS_MAIN(TestBoundedFetch)

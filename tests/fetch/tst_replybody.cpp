@@ -83,6 +83,9 @@ void TestReplyBody::bodyIsUnpacked_data()
     QTest::newRow("bare deflate") << pack(told, Bare) << QByteArray("deflate") << told;
     QTest::newRow("the other one") << deflated << QByteArray("gzip") << told;
     QTest::newRow("something behind it") << deflated + "and more" << QByteArray("deflate") << told;
+    QTest::newRow("so much behind it that a piece does not hold it")
+        << deflated + QByteArray(300 * 1000, 'x') << QByteArray("deflate") << told;
+    QTest::newRow("a second one behind it") << gzipped + gzipped << QByteArray("gzip") << told;
     QTest::newRow("nothing") << pack({}, Gzip) << QByteArray("gzip") << QByteArray();
     QTest::newRow("empty") << QByteArray() << QByteArray("gzip") << QByteArray();
     QTest::newRow("a way not asked for") << told << QByteArray("br") << told;

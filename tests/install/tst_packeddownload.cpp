@@ -74,6 +74,9 @@ void TestPackedDownload::archiveThatCannotBeUnpackedFails_data()
     spoiled[whole.size() - 5] = static_cast<char>(spoiled.at(whole.size() - 5) + 1);
     QTest::newRow("a page") << QByteArray("<html>") << broken;
     QTest::newRow("a wrong sum") << spoiled << broken;
+    // More than the network lets wait for anybody.
+    QTest::newRow("megabytes of something else behind it")
+        << whole + QByteArray(4 * 1024 * 1024, 'x') << broken;
     QTest::newRow("cut") << whole.left(whole.size() - 100)
                          << QByteArray("The server closed before the end");
 }
