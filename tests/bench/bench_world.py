@@ -82,12 +82,12 @@ def client_archive(path: Path, size: int, files: int) -> None:
     mark.write_text(wanted, encoding="ascii")
 
 
-def photographs(folder: Path, count: int) -> list[Path]:
-    """JPEG pictures of 3840 x 2160."""
+def photographs(folder: Path, count: int, width: int = 3840) -> list[Path]:
+    """JPEG pictures of so many pixels by nine sixteenths of them."""
     folder.mkdir(exist_ok=True)
     paths = [folder / f"photograph{number}.jpg" for number in range(count)]
     for number, path in enumerate(paths):
         if not path.exists():
             coarse = Image.frombytes("RGB", (480, 270), random.Random(number).randbytes(480 * 270 * 3))
-            coarse.resize((3840, 2160), Image.Resampling.BICUBIC).save(path, quality=85)
+            coarse.resize((width, width * 9 // 16), Image.Resampling.BICUBIC).save(path, quality=85)
     return paths

@@ -12,6 +12,7 @@ from dataclasses import dataclass
 from pathlib import Path
 
 from bench_tools import Setting, run, say
+from bench_world import photographs
 from rows_start import SLOW
 from table import Row, at_most, exponent, limited, stated
 from web import Web
@@ -82,6 +83,9 @@ def instructions(setting: Setting, web: Web) -> list[Row]:
     def job(name: str, *command: str, counts_sides: bool = True) -> None:
         jobs[name] = lambda: count(setting, name, list(command), counts_sides)
 
+    # One pixel of 64 whose time is taken: counting all of them takes minutes.
+    photos = photographs(setting.scratch / "small photographs", 9, 480)
+    job("pictures", "bench_pictures", "1", *(str(path) for path in photos))
     job("rescale", "bench_rescale", "1", steps)
     for entries in reversed(folders):
         job(f"versions-{entries}", "bench_versions", str(entries), "1")
@@ -115,5 +119,6 @@ def instructions(setting: Setting, web: Web) -> list[Row]:
     for entries in folders:
         sides(f"installed version: {entries:,} entries", f"versions-{entries}", 1.3)
     sides("rescale: one step of the full window", "rescale", 1.15)
+    sides("pictures: nine of 480 x 270, from bytes to shown", "pictures", 1.1)
     sides("hover: one paint of a glowing button", "hover", 1.2)
     return rows
