@@ -5,6 +5,12 @@
 Var reason
 Var item
 Var linkOnWay
+Var version
+
+!macro forEachVersion un function
+  GetFunctionAddress $version ${function}
+  Call ${un}forEachVersion
+!macroend
 
 !macro commonFunctions un
 ; PATH: "1" when it is a link or a junction to another place. Behind one everything is somebody else's.
@@ -186,6 +192,97 @@ Function ${un}removeStage
       Call ${un}removeTree
     ${EndIf}
   ${EndIf}
+  Pop $0
+FunctionEnd
+
+; NAME: "1" when it has a digit, or is that of what an extractor left.
+Function ${un}isVersion
+  Exch $0
+  Push $1
+  Push $2
+  StrCpy $1 "0123456789"
+  System::Call 'shlwapi::StrCSpnW(w r0, w r1) i.r2'
+  StrLen $1 $0
+  StrCpy $0 $0 7
+  ${If} $2 < $1
+  ${OrIf} $0 == ".unzip-"
+    StrCpy $0 1
+  ${Else}
+    StrCpy $0 ""
+  ${EndIf}
+  Pop $2
+  Pop $1
+  Exch $0
+FunctionEnd
+
+; CLIENT'S FOLDER: calls $version for the path of each version in it.
+Function ${un}forEachVersionOf
+  Exch $0
+  Push $1
+  Push $2
+  Push $3
+  Push $4
+  Push $0
+  Call ${un}isLink
+  Pop $3
+  ${If} $3 == ""
+  ${AndIf} ${FileExists} "$0\*.*"
+    FindFirst $1 $2 "$0\*.*"
+    ${DoWhile} $2 != ""
+      Push $2
+      Call ${un}isVersion
+      Pop $3
+      Push "$0\$2"
+      Call ${un}isLink
+      Pop $4
+      ${If} $3 != ""
+      ${AndIf} $4 == ""
+      ${AndIf} ${FileExists} "$0\$2\*.*"
+        Push "$0\$2"
+        Call $version
+      ${EndIf}
+      FindNext $1 $2
+    ${Loop}
+    FindClose $1
+  ${EndIf}
+  Pop $4
+  Pop $3
+  Pop $2
+  Pop $1
+  Pop $0
+FunctionEnd
+
+; Calls $version for every version of every game.
+Function ${un}forEachVersion
+  Push $0
+  Push $1
+  Push $2
+  Push $3
+  ; Games may have paths of any length, which Windows takes in this form alone.
+  StrCpy $3 $INSTDIR
+  StrCpy $0 $INSTDIR 1 1
+  ${If} $0 == ":"
+    StrCpy $3 "\\?\$INSTDIR"
+  ${EndIf}
+  FindFirst $0 $1 "$INSTDIR\*.*"
+  ${DoWhile} $1 != ""
+    Push "$INSTDIR\$1"
+    Call ${un}isLink
+    Pop $2
+    ${If} $1 != "."
+    ${AndIf} $1 != ".."
+    ${AndIf} $2 == ""
+      Push "$3\$1\Official"
+      Call ${un}forEachVersionOf
+      Push "$3\$1\Beta"
+      Call ${un}forEachVersionOf
+    ${EndIf}
+    FindNext $0 $1
+  ${Loop}
+  FindClose $0
+  Pop $3
+  Pop $2
+  Pop $1
   Pop $0
 FunctionEnd
 

@@ -1,6 +1,7 @@
 ; Which folders the launcher must not have for itself; included by installer.nsi.
 
 Var identity
+Var game
 
 ; PATH: sets $reason when $INSTDIR is that folder, or one around it.
 Function refuseAround
@@ -185,22 +186,88 @@ Function productOf
   Exch $0
 FunctionEnd
 
+Function noteGame
+  Pop $game
+FunctionEnd
+
+; "1" when the launcher is or was in $INSTDIR: there is its program, or what a broken-off installer left,
+; or Windows knows the folder as its, or a game lies there with what the launcher saves beside games: they
+; outlive a launcher that was removed by hand, and a Windows that was installed anew.
+Function isLaunchers
+  Push $0
+  Call isStage
+  Pop $0
+  ${If} $0 == ""
+    ReadRegStr $0 HKCU "${OWN_KEY}" "InstallFolder"
+    ${If} $0 == $INSTDIR
+    ${OrIf} ${FileExists} "$INSTDIR\${PROGRAM}"
+      StrCpy $0 1
+    ${Else}
+      StrCpy $0 ""
+      ${If} ${FileExists} "$INSTDIR\settings.txt"
+      ${OrIf} ${FileExists} "$INSTDIR\offline.txt"
+        StrCpy $game ""
+        !insertmacro forEachVersion "" noteGame
+        ${If} $game != ""
+          StrCpy $0 1
+        ${EndIf}
+      ${EndIf}
+    ${EndIf}
+  ${EndIf}
+  Exch $0
+FunctionEnd
+
+; To what a player browses to, the page with the folder appends the launcher's name. Where that is the
+; launcher's folder itself, unpacked from the archive or of an earlier installation, the new one belongs
+; into it and not into a folder in it. So, on the page and silently: $INSTDIR becomes the folder around
+; it when its own name is ${NAME}, the launcher neither is nor was there, it is or was in the one around,
+; and that is one that it may have.
+Function leaveInnerFolder
+  Push $0
+  Push $1
+  Push $2
+  StrCpy $1 $INSTDIR
+  StrCpy $2 $reason
+  ${GetFileName} "$INSTDIR" $0
+  ${If} $0 == "${NAME}"
+    Call isLaunchers
+    Pop $0
+    ${If} $0 == ""
+      ${GetParent} "$1" $INSTDIR
+      StrLen $0 $INSTDIR
+      StrCpy $reason "none"
+      ; "C:" is whichever folder is the current one there.
+      ${If} $0 > 3
+        Call isLaunchers
+        Pop $0
+        ${If} $0 != ""
+          Call checkFolder
+        ${EndIf}
+      ${EndIf}
+      ${If} $reason != ""
+        StrCpy $INSTDIR $1
+        StrCpy $reason $2
+      ${EndIf}
+    ${EndIf}
+  ${EndIf}
+  Pop $2
+  Pop $1
+  Pop $0
+FunctionEnd
+
 ; Besides: a folder with somebody else's files in it is not the launcher's. One where the launcher is
-; or was may be full of games, and a broken-off installation is one as well.
+; or was may be full of games.
 Function checkOwnFolder
   Push $0
   Call checkFolder
-  Call isStage
+  Call leaveInnerFolder
+  Call isLaunchers
   Pop $0
   ${If} $reason == ""
   ${AndIf} $0 == ""
-  ${AndIfNot} ${FileExists} "$INSTDIR\${PROGRAM}"
-    ReadRegStr $0 HKCU "${OWN_KEY}" "InstallFolder"
-    ${If} $0 != $INSTDIR
-      ${DirState} "$INSTDIR" $0
-      ${If} $0 == 1
-        StrCpy $reason "$INSTDIR holds other files. Choose an empty or a new folder for the launcher."
-      ${EndIf}
+    ${DirState} "$INSTDIR" $0
+    ${If} $0 == 1
+      StrCpy $reason "$INSTDIR holds other files. Choose an empty or a new folder for the launcher."
     ${EndIf}
   ${EndIf}
   ; Whose it is decides whether it may be replaced; it is never run.

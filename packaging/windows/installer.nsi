@@ -313,7 +313,7 @@ Function un.checkGames
   SectionGetFlags ${unGames} $0
   IntOp $0 $0 & ${SF_SELECTED}
   ${If} $0 <> 0
-    !insertmacro un.forEachVersion un.checkTree
+    !insertmacro forEachVersion "un." un.checkTree
   ${EndIf}
   Pop $0
 FunctionEnd

@@ -208,6 +208,55 @@ check 'the folder is gone' absent "$second/AppData/Local/Programs/Emberwake Onli
 check 'the first one'"'"'s is as it was' unchanged "$default"
 check 'so is the entry' test -f "$shortcut"
 
+echo 'Launchers and games that Windows does not know ...'
+name='Emberwake Online Launcher'
+unpacked=$c/Games/Unpacked
+mkdir -p "$unpacked"
+cp -r "$work/small/." "$unpacked/"
+games "$unpacked"
+there() { has_files "$work/small" "$1" "${saved[@]}" && absent "$1/$name"; }
+# The page appends the name to the folder that a player browses to.
+check 'the folder of an unpacked launcher, with the name appended' install 0 "$small" "$unpacked/$name"
+check 'it is there, and not in a folder in it' there "$unpacked"
+check 'with the games' games_kept "$unpacked"
+check 'Windows knows that folder' registered InstallLocation '"C:\Games\Unpacked"'
+check 'so is that of an installed one' install 0 "$small" "$unpacked/$name"
+check 'it is there' there "$unpacked"
+check 'it uninstalls' uninstall 0 "$unpacked"
+check 'and the folder where one was' install 0 "$small" "$unpacked/$name"
+check 'it is there' there "$unpacked"
+check 'it uninstalls' uninstall 0 "$unpacked"
+# As in a Windows that was installed anew.
+forget() { "${wine[@]}" reg delete "$own_key" /f; }
+check 'Windows forgets the folder' forget
+check 'games alone make it the launcher'"'"'s' install 0 "$small" "$unpacked"
+check 'it is there' there "$unpacked"
+check 'with the games' games_kept "$unpacked"
+check 'it uninstalls' uninstall 0 "$unpacked"
+check 'Windows forgets the folder' forget
+check 'so do they with the name appended' install 0 "$small" "$unpacked/$name"
+check 'it is there' there "$unpacked"
+check 'it uninstalls' uninstall 0 "$unpacked"
+check 'Windows forgets the folder' forget
+rm -rf "$unpacked/Игра"
+check 'settings alone do not' install 3 "$small" "$unpacked"
+mkdir -p "$c/Looks/Mod/Official/1.0"
+check 'nor do folders with the names of games' install 3 "$small" "$c/Looks"
+# What is the launcher's already, and what must not be.
+cp -r "$unpacked/." "$work/small/." "$c/Looks/"
+mkdir "$c/Looks/$name"
+cp -r "$work/small/." "$c/Looks/$name/"
+check 'a launcher in the folder of another gets the new one' install 0 "$small" "$c/Looks/$name"
+check 'which is there' has_files "$work/small" "$c/Looks/$name"
+check 'and not around it' absent "$c/Looks/uninstall.exe"
+cp "$work/small/emberwake-launcher.exe" "$user/Downloads/"
+cp "$work/small/emberwake-launcher.exe" "$c/"
+for around in "$user/Downloads" "$c"; do
+  check 'beside a launcher in a folder that it may not have' install 0 "$small" "$around/$name"
+  check 'it has a folder for itself' has_files "$work/small" "$around/$name"
+done
+rm "$c/emberwake-launcher.exe"
+
 # The installer's own part has an answer to a drive: the folder it would have used anyway.
 check 'a drive as the folder does not end in an error' ends_with 0 "$small" /S "/D=C:\\"
 check 'nothing is written to the drive' absent "$c/emberwake-launcher.exe"
