@@ -71,14 +71,32 @@ Function ${un}findLink
   Pop $0
 FunctionEnd
 
-; PATH of a file: "1" when a program runs from it or holds it open. One that is read-only is not.
+; PATH of a file: "1" when a program runs from it or holds it open.
 Function ${un}isInUse
   Exch $0
   Push $1
   Push $2
+  Push $3
+  Push $4
   ; To write and to remove; everybody else may do everything; a link itself, not what it points to.
   System::Call 'kernel32::CreateFileW(w r0, i 0x40010000, i 7, p 0, i 3, i 0x200000, p 0) p.r1 ?e'
   Pop $2
+  ${If} $1 = -1
+  ${AndIf} $2 = 5
+    ; A file that is read-only says no more than that, whoever uses it: it is none for the moment. No
+    ; folder, nor a link.
+    System::Call 'kernel32::GetFileAttributesW(w r0) i.r3'
+    IntOp $4 $3 & 0x411
+    ${If} $4 = 1
+      IntOp $4 $3 ^ 0x81
+      System::Call 'kernel32::SetFileAttributesW(w r0, i r4) i.r4'
+      ${If} $4 <> 0
+        System::Call 'kernel32::CreateFileW(w r0, i 0x40010000, i 7, p 0, i 3, i 0x200000, p 0) p.r1 ?e'
+        Pop $2
+        System::Call 'kernel32::SetFileAttributesW(w r0, i r3)'
+      ${EndIf}
+    ${EndIf}
+  ${EndIf}
   StrCpy $0 ""
   ${If} $1 != -1
     System::Call 'kernel32::CloseHandle(p r1)'
@@ -86,6 +104,8 @@ Function ${un}isInUse
   ${OrIf} $2 = 33
     StrCpy $0 1
   ${EndIf}
+  Pop $4
+  Pop $3
   Pop $2
   Pop $1
   Exch $0

@@ -15,6 +15,8 @@ here=$root/packaging/windows
 
 # shellcheck source=wine.sh
 . "$here/wine.sh"
+# For root nothing is read-only; for this Wine something is.
+[ "$(id -u)" -ne 0 ] || wine=(setpriv --bounding-set=-dac_override "${wine[@]}")
 start_wine
 # shellcheck source=installer-support.sh
 . "$here/installer-support.sh"
@@ -96,6 +98,16 @@ check 'the launcher runs' start_program "$folder/emberwake-launcher.exe"
 check 'nothing is replaced then' install 2 "$work/1.1.0.exe" "$folder"
 check 'the removal is refused as well' uninstall 2 "$folder"
 check 'the launcher ends by itself' end_program
+rights() { stat -c %A "$folder/emberwake-launcher.exe"; }
+with_rights() { [ "$(rights)" = "$1" ] || { rights; return 1; }; }
+before=$(rights)
+chmod a-w "$folder/emberwake-launcher.exe"
+check 'it runs, marked as read-only' start_program "$folder/emberwake-launcher.exe"
+check 'nothing is replaced then' install 2 "$work/1.1.0.exe" "$folder"
+check 'nor removed' uninstall 2 "$folder"
+check 'it ends by itself' end_program
+check 'and is marked as before' with_rights "${before//w/-}"
+chmod u+w "$folder/emberwake-launcher.exe"
 check 'a library is held by a program' start_program "$work/1.0.0/emberwake-launcher.exe" 'C:\Emberwake\platforms\qwindows.dll'
 check 'nothing is replaced then' install 2 "$work/1.1.0.exe" "$folder"
 check 'that ends' end_program
