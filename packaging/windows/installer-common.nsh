@@ -6,6 +6,7 @@ Var reason
 Var item
 Var linkOnWay
 Var version
+Var kept
 
 !macro forEachVersion un function
   GetFunctionAddress $version ${function}
@@ -192,12 +193,34 @@ Function ${un}isStage
   Exch $0
 FunctionEnd
 
+; What of the player's had to make room for new files leaves ${STAGE}: $kept is the folder where it is then.
+Function ${un}keepFiles
+  Push $0
+  Push $1
+  ${If} ${FileExists} "${STAGE}\own\*.*"
+    StrCpy $0 "$INSTDIR\Kept files"
+    StrCpy $1 1
+    ${DoWhile} ${FileExists} "$0"
+      IntOp $1 $1 + 1
+      StrCpy $0 "$INSTDIR\Kept files $1"
+    ${Loop}
+    ClearErrors
+    Rename "${STAGE}\own" "$0"
+    ${IfNot} ${Errors}
+      StrCpy $kept $0
+    ${EndIf}
+  ${EndIf}
+  Pop $1
+  Pop $0
+FunctionEnd
+
 ; Removes ${STAGE}, if it is one; its lists, by which it is known, at last.
 Function ${un}removeStage
   Push $0
   Call ${un}isStage
   Pop $0
   ${If} $0 != ""
+    Call ${un}keepFiles
     Push "${STAGE}\old"
     Call ${un}removeTree
     Push "${STAGE}\new"
@@ -208,6 +231,7 @@ Function ${un}removeStage
     ${IfNot} ${FileExists} "${STAGE}\new\*.*"
     ${AndIfNot} ${FileExists} "${STAGE}\none\*.*"
     ${AndIfNot} ${FileExists} "${STAGE}\old\*.*"
+    ${AndIfNot} ${FileExists} "${STAGE}\own\*.*"
       Push "${STAGE}"
       Call ${un}removeTree
     ${EndIf}

@@ -7,6 +7,8 @@
 ; ${STAGE}\old is what says that this was begun and not finished: when a rename fails, or the next
 ; installer finds it after a power failure, all goes back. ${STAGE}\none notes which files there were
 ; none of: what lies in a place otherwise is not taken for a new file, however often all goes back.
+; What lies in the place of a new file and was none of the version before is the player's: it waits in
+; ${STAGE}\own, and goes to a folder "Kept files" at the end.
 ;
 ; Nothing that lies in the folder is run. What the version before consisted of stands in its
 ; package-files.txt; versions before there was such a list had the files in former-files.txt.
@@ -17,6 +19,7 @@ Var problem
 Var code
 Var madeFolder
 Var heldBack
+Var whose
 
 ; Calls $action for each $item of the $list, until there is a $problem. A line that leads elsewhere, or
 ; to what the launcher saved, is skipped.
@@ -160,22 +163,16 @@ FunctionEnd
   Call move
 !macroend
 
+; Empties the place of $item, for $whose it is.
 Function takeOut
   ${If} ${FileExists} "$INSTDIR\$item"
-    !insertmacro move "$INSTDIR\$item" "${STAGE}\old\$item"
+    !insertmacro move "$INSTDIR\$item" "${STAGE}\$whose\$item"
     ${If} ${Errors}
       StrCpy $problem "$INSTDIR\$item cannot be replaced: it is in use, or cannot be written."
       StrCpy $code 2
     ${EndIf}
-  ${Else}
+  ${ElseIfNot} ${FileExists} "${STAGE}\old\$item"
     CreateDirectory "${STAGE}\none\$item"
-  ${EndIf}
-FunctionEnd
-
-; A file that this version has no more.
-Function retireItem
-  ${IfNot} ${FileExists} "${STAGE}\new\$item"
-    Call takeOut
   ${EndIf}
 FunctionEnd
 
@@ -201,8 +198,15 @@ Function putBack
   ${IfNot} ${FileExists} "${STAGE}\new\$item"
   ${AndIf} ${FileExists} "$INSTDIR\$item"
     ${If} ${FileExists} "${STAGE}\old\$item"
+    ${OrIf} ${FileExists} "${STAGE}\own\$item"
     ${OrIf} ${FileExists} "${STAGE}\none\$item\*.*"
       !insertmacro move "$INSTDIR\$item" "${STAGE}\new\$item"
+    ${EndIf}
+  ${EndIf}
+  ${If} ${FileExists} "${STAGE}\own\$item"
+    !insertmacro move "${STAGE}\own\$item" "$INSTDIR\$item"
+    ${If} ${Errors}
+      StrCpy $heldBack 1
     ${EndIf}
   ${EndIf}
   Call putBackOld
@@ -230,8 +234,10 @@ Function pruneItem
   ${EndIf}
   ${DoWhile} $0 != ""
     RMDir "$INSTDIR\$0"
+    RMDir "${STAGE}\own\$0"
     ${GetParent} "$0" $0
   ${Loop}
+  RMDir "${STAGE}\own"
   Pop $0
 FunctionEnd
 
@@ -335,11 +341,17 @@ Function replaceFiles
     StrCpy $code 5
     Return
   ${EndIf}
+  StrCpy $whose "old"
   StrCpy $item "${PROGRAM}"
   Call takeOut
   ${If} $problem == ""
-    !insertmacro forEachItem "${STAGE}\old-files.txt" retireItem
+    StrCpy $item "uninstall.exe"
+    Call takeOut
   ${EndIf}
+  ${If} $problem == ""
+    !insertmacro forEachItem "${STAGE}\old-files.txt" takeOut
+  ${EndIf}
+  StrCpy $whose "own"
   ${If} $problem == ""
     !insertmacro forEachItem "${STAGE}\new-files.txt" replaceItem
   ${EndIf}

@@ -210,6 +210,11 @@ Section
   WriteRegDWORD HKCU "${UNINSTALL_KEY}" "EstimatedSize" ${SIZE}
   WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoModify" 1
   WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoRepair" 1
+
+  ${If} $kept != ""
+    MessageBox MB_OK|MB_ICONINFORMATION \
+      "In the places of new files of the ${NAME} there were others, which are in $kept now." /SD IDOK
+  ${EndIf}
 SectionEnd
 
 ; Something ended the section halfway: no room, as a rule.

@@ -60,7 +60,7 @@ echo 'From version to version ...'
 version() {
   mkdir -p "$work/$1/platforms" "$work/$1/licenses"
   test_program "$work/$1/emberwake-launcher.exe" "$1"
-  echo "$1" | tee "$work/$1/Qt5Core.dll" "$work/$1/platforms/qwindows.dll" "$work/$1/licenses/zlib.txt" > "$work/$1/unzip.exe"
+  echo "$1" | tee "$work/$1/Qt5Core.dll" "$work/$1/platforms/qwindows.dll" "$work/$1/licenses/zlib-copyright.txt" > "$work/$1/unzip.exe"
 }
 version 0.9.0
 echo old > "$work/0.9.0/UNSIGNED.txt"
@@ -71,6 +71,7 @@ echo 1.0.0 > "$work/1.0.0/styles/gone.dll"
 installer "$work/1.0.0" 1.0.0 "$work/1.0.0.exe"
 version 1.1.0
 mkdir "$work/1.1.0/fonts"
+echo 1.1.0 > "$work/1.1.0/added.txt"
 # Nothing packs it smaller.
 head -c 3000000 /dev/urandom > "$work/1.1.0/fonts/new.ttf"
 installer "$work/1.1.0" 1.1.0 "$work/1.1.0.exe"
@@ -122,28 +123,43 @@ check 'without room it ends' full_disk
 check 'everything is as it was' unchanged "$folder"
 # The renames have begun when this is noticed.
 rm -rf "$folder/fonts"
-echo mine > "$folder/fonts"
+echo mine | tee "$folder/added.txt" > "$folder/fonts"
 remember "$folder"
 check 'what cannot be put in its place ends it' install 5 "$work/1.1.0.exe" "$folder"
 check 'everything is as it was' unchanged "$folder"
-rm -rf "$folder/fonts"
+rm -rf "$folder/fonts" "$folder/added.txt"
+
+echo 'Files of the player with names that are new ...'
+kept() { [ "$(cd "$1" && grep -r . | LC_ALL=C sort | tr '\n' ' ')" = "added.txt:$2 fonts/new.ttf:$2 " ]; }
+for kept_files in 'Kept files' 'Kept files 2'; do
+  mkdir "$folder/fonts"
+  echo "mine, $kept_files" | tee "$folder/added.txt" > "$folder/fonts/new.ttf"
+  check 'the version that has them installs' install 0 "$work/1.1.0.exe" "$folder"
+  check 'all of it' has_files "$work/1.1.0" "$folder" "${saved[@]}" 'Kept files*'
+  check 'and the player'"'"'s are kept' kept "$folder/$kept_files" "mine, $kept_files"
+  check 'the version before installs again' install 0 "$work/1.0.0.exe" "$folder" /DOWNGRADE
+done
+check 'nothing else was taken for the player'"'"'s' test "$(find "$folder/Kept files"* -type f | wc -l)" -eq 4
+rm -rf "$folder/Kept files"*
 
 echo 'One that was killed among the renames ...'
+echo mine > "$folder/added.txt"
 remember "$folder"
 mkdir -p "$folder/launcher-setup.tmp/new/fonts" "$folder/launcher-setup.tmp/new/licenses" "$folder/launcher-setup.tmp/new/platforms" \
   "$folder/launcher-setup.tmp/old/styles" "$folder/launcher-setup.tmp/old/platforms" \
-  "$folder/launcher-setup.tmp/none/fonts/new.ttf"
+  "$folder/launcher-setup.tmp/none/fonts/new.ttf" "$folder/launcher-setup.tmp/own"
 cp "$work/1.0.0/package-files.txt" "$folder/launcher-setup.tmp/old-files.txt"
 cp "$work/1.1.0/package-files.txt" "$folder/launcher-setup.tmp/new-files.txt"
 cp "$work/1.1.0/emberwake-launcher.exe" "$work/1.1.0/unzip.exe" "$folder/launcher-setup.tmp/new/"
-cp "$work/1.1.0/licenses/zlib.txt" "$folder/launcher-setup.tmp/new/licenses/"
+cp "$work/1.1.0/licenses/zlib-copyright.txt" "$folder/launcher-setup.tmp/new/licenses/"
 cp "$work/1.1.0/platforms/qwindows.dll" "$folder/launcher-setup.tmp/new/platforms/"
 cp "$folder/uninstall.exe" "$folder/launcher-setup.tmp/new/"
 mv "$folder"/{emberwake-launcher.exe,Qt5Core.dll,package-files.txt} "$folder/launcher-setup.tmp/old/"
 mv "$folder/platforms/qwindows.dll" "$folder/launcher-setup.tmp/old/platforms/"
 mv "$folder/styles/gone.dll" "$folder/launcher-setup.tmp/old/styles/"
+mv "$folder/added.txt" "$folder/launcher-setup.tmp/own/"
 mkdir "$folder/fonts"
-cp "$work/1.1.0"/{Qt5Core.dll,package-files.txt} "$folder/"
+cp "$work/1.1.0"/{Qt5Core.dll,added.txt,package-files.txt} "$folder/"
 cp "$work/1.1.0/fonts/new.ttf" "$folder/fonts/"
 # One that must not install shows what came back.
 version 0.1.0
@@ -169,6 +185,15 @@ cp "$folder/emberwake-launcher.exe" "$folder/launcher-setup.tmp/old/"
 echo older > "$folder/launcher-setup.tmp/old/Qt5Core.dll"
 check 'what was repaired by hand stays' install 6 "$work/0.1.0.exe" "$folder"
 check 'everything is as it was' unchanged "$folder"
+
+# One that was killed behind the renames.
+killed_while_taking_back
+mkdir "$folder/launcher-setup.tmp/own"
+echo waits > "$folder/launcher-setup.tmp/own/own.txt"
+check 'the next installer keeps what waits there' install 6 "$work/0.1.0.exe" "$folder"
+check 'it is not lost' grep -qx waits "$folder/Kept files/own.txt"
+rm -rf "$folder/Kept files"
+check 'everything else is as it was' unchanged "$folder"
 
 # One that was killed later, and somebody holds what it could not remove any more.
 mkdir -p "$folder/launcher-setup.tmp/old"
@@ -239,5 +264,12 @@ printf '..\\Emberwake\\notes.txt\r\nC:\\Emberwake\\notes.txt\r\nsettings.txt\r\n
 echo settings > "$c/Unpacked/settings.txt"
 check 'a list that leads elsewhere removes nothing' install 0 "$work/1.1.0.exe" "$c/Unpacked"
 check 'nothing there' test -f "$folder/notes.txt" -a -f "$c/Unpacked/settings.txt"
+# Removed after an update that was killed behind the renames.
+rm -rf "$c/Unpacked/Kept files"
+mkdir -p "$c/Unpacked/launcher-setup.tmp/own"
+echo waits > "$c/Unpacked/launcher-setup.tmp/own/own.txt"
+cp "$work/1.1.0/package-files.txt" "$c/Unpacked/launcher-setup.tmp/new-files.txt"
+check 'it uninstalls' uninstall 0 "$c/Unpacked"
+check 'and keeps what waited there' grep -qx waits "$c/Unpacked/Kept files/own.txt"
 
 print_checks
