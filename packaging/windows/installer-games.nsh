@@ -53,7 +53,7 @@ Function un.checkItem
     Call un.isInUse
     Pop $0
     ${If} $0 != ""
-      StrCpy $reason "The ${NAME} is running: $INSTDIR\$item is in use. Close it and try again."
+      StrCpy $reason "$INSTDIR\$item is in use: the ${NAME} is running, or another program has it open. Close it and try again."
     ${EndIf}
   ${EndIf}
   Pop $0

@@ -95,7 +95,7 @@ Function checkItem
     Call isInUse
     Pop $0
     ${If} $0 != ""
-      StrCpy $problem "The ${NAME} is running: $INSTDIR\$item is in use. Close it and try again."
+      StrCpy $problem "$INSTDIR\$item is in use: the ${NAME} is running, or another program has it open. Close it and try again."
       StrCpy $code 2
     ${EndIf}
   ${EndIf}
@@ -270,8 +270,8 @@ Function rollBack
     ${EndIf}
   ${EndIf}
   ${If} $heldBack != ""
-    StrCpy $0 "Not all files of the version before could be put back. Close the programs that use them and run this installer again."
-    StrCpy $code 2
+    StrCpy $0 "Not all files of the version before could be put back, and the ${NAME} does not start until they are. Close the programs that use them and run this installer again."
+    StrCpy $code 7
   ${Else}
     Call removeStage
   ${EndIf}
@@ -328,7 +328,7 @@ Function unpackFiles
     !insertmacro forEachItem "$PLUGINSDIR\new-files.txt" checkUnpacked
   ${EndIf}
   ${If} $problem != ""
-    StrCpy $problem "The files could not be written to $INSTDIR: it is read-only, or there is not enough room. Nothing was changed."
+    StrCpy $problem "The files could not be written to $INSTDIR: it is read-only, or there is not enough room."
     StrCpy $code 5
   ${EndIf}
 FunctionEnd

@@ -9,7 +9,7 @@
 ; "uninstall.exe /S /REMOVEGAMES" also removes what the launcher downloaded and saved. Results: 0 done,
 ; 1 ended by the player, 2 the launcher is running, files are in use or another installer is at work,
 ; 3 the folder is not one the launcher may have for itself, 4 wrong kind of Windows, 5 files cannot be
-; written, 6 a newer version is installed.
+; written, 6 a newer version is installed, 7 begun and not finished. After 1 to 6 nothing was changed.
 
 ; The program is 64-bit only, and so is its installer.
 Target amd64-unicode
@@ -190,6 +190,9 @@ Section
   ${EndIf}
   ${If} $problem != ""
     Call rollBack
+    ${If} $heldBack == ""
+      StrCpy $problem "$problem Nothing was changed."
+    ${EndIf}
     Call endWithProblem
   ${EndIf}
   Call cleanUp
@@ -255,8 +258,9 @@ Section "un.${NAME}" unProgram
   !insertmacro packageFolders un.removeFolder
   Call un.removeStage
   ${If} $left != ""
-    MessageBox MB_OK|MB_ICONSTOP "$left could not be removed. Close the programs that use it and try again." /SD IDOK
-    SetErrorLevel 2
+    MessageBox MB_OK|MB_ICONSTOP \
+      "$left could not be removed, other files were. Close the programs that use it and try again." /SD IDOK
+    SetErrorLevel 7
     Quit
   ${EndIf}
   Delete "$INSTDIR\uninstall.exe"
@@ -276,7 +280,7 @@ Section "un."
   RMDir "$INSTDIR"
   ${If} $left != ""
     MessageBox MB_OK|MB_ICONEXCLAMATION "$left could not be removed." /SD IDOK
-    SetErrorLevel 2
+    SetErrorLevel 7
   ${EndIf}
   ${IfNot} ${FileExists} "$INSTDIR\*.*"
   ${AndIf} $registered != ""

@@ -179,6 +179,14 @@ killed_while_taking_back
 mv "$folder/emberwake-launcher.exe" "$folder/launcher-setup.tmp/old/"
 check 'nor when the program alone is not back' install 6 "$work/0.1.0.exe" "$folder"
 check 'everything is as it was' unchanged "$folder"
+killed_while_taking_back
+mv "$folder"/{emberwake-launcher.exe,Qt5Core.dll} "$folder/launcher-setup.tmp/old/"
+check 'what must go back is held' start_program "$work/1.0.0/emberwake-launcher.exe" 'C:\Emberwake\launcher-setup.tmp\old\Qt5Core.dll'
+check 'what is not finished has a result of its own' install 7 "$work/0.1.0.exe" "$folder"
+check 'nobody starts a half' absent "$folder/emberwake-launcher.exe"
+check 'that ends' end_program
+check 'the next installer finishes it' install 6 "$work/0.1.0.exe" "$folder"
+check 'everything is as it was' unchanged "$folder"
 # A player who did not wait for it unpacked the archive over it.
 killed_while_taking_back
 cp "$folder/emberwake-launcher.exe" "$folder/launcher-setup.tmp/old/"
@@ -269,6 +277,10 @@ rm -rf "$c/Unpacked/Kept files"
 mkdir -p "$c/Unpacked/launcher-setup.tmp/own"
 echo waits > "$c/Unpacked/launcher-setup.tmp/own/own.txt"
 cp "$work/1.1.0/package-files.txt" "$c/Unpacked/launcher-setup.tmp/new-files.txt"
+chmod a-w "$c/Unpacked/platforms"
+check 'a removal that is not finished has that result as well' uninstall 7 "$c/Unpacked"
+check 'Windows still knows the launcher' "${wine[@]}" reg query "$key"
+chmod u+w "$c/Unpacked/platforms"
 check 'it uninstalls' uninstall 0 "$c/Unpacked"
 check 'and keeps what waited there' grep -qx waits "$c/Unpacked/Kept files/own.txt"
 
