@@ -282,8 +282,29 @@ Function rollBack
   Pop $0
 FunctionEnd
 
+; PATH: to the disk with what Windows still keeps in memory, lest a power failure among the renames leaves
+; names without contents. Where that cannot be asked for, the rest is as good as without.
+Function flushFile
+  Exch $0
+  Push $1
+  System::Call 'kernel32::CreateFileW(w r0, i 0x40000000, i 7, p 0, i 3, i 0, p 0) p.r1'
+  ${If} $1 != -1
+    System::Call 'kernel32::FlushFileBuffers(p r1)'
+    System::Call 'kernel32::CloseHandle(p r1)'
+  ${EndIf}
+  Pop $1
+  Pop $0
+FunctionEnd
+
+!macro flushFile file
+  Push "${file}"
+  Call flushFile
+!macroend
+
 Function checkUnpacked
-  ${IfNot} ${FileExists} "${STAGE}\new\$item"
+  ${If} ${FileExists} "${STAGE}\new\$item"
+    !insertmacro flushFile "${STAGE}\new\$item"
+  ${Else}
     StrCpy $problem 1
   ${EndIf}
 FunctionEnd
@@ -326,6 +347,9 @@ Function unpackFiles
   SetOutPath "$TEMP"
   ${If} $problem == ""
     !insertmacro forEachItem "$PLUGINSDIR\new-files.txt" checkUnpacked
+    !insertmacro flushFile "${STAGE}\new\uninstall.exe"
+    !insertmacro flushFile "${STAGE}\new-files.txt"
+    !insertmacro flushFile "${STAGE}\old-files.txt"
   ${EndIf}
   ${If} $problem != ""
     StrCpy $problem "The files could not be written to $INSTDIR: it is read-only, or there is not enough room."

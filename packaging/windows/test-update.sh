@@ -85,6 +85,17 @@ check 'the next one installs over that' install 0 "$work/1.1.0.exe" "$folder"
 check 'so is a file of the list, with its folder' has_files "$work/1.1.0" "$folder" "${saved[@]}"
 check 'games, settings and files of the player are left' own_files_kept
 
+echo 'Written before the renames ...'
+"${wine[@]}" reg add 'HKCU\Software\Wine\Debug' /v RelayInclude /d 'kernel32.FlushFileBuffers;kernel32.MoveFileW' /f > /dev/null
+# With the uninstaller and both lists.
+flushed_first() {
+  WINEDEBUG=+relay install 0 "$work/1.1.0.exe" "$folder" > "$work/calls" 2>&1 || return 1
+  [ "$(sed '/Call KERNEL32.MoveFileW/,$d' "$work/calls" | grep -c 'Call KERNEL32.FlushFileBuffers')" -eq \
+    "$(($(find "$work/1.1.0" -type f | wc -l) + 3))" ]
+}
+check 'every file was flushed to the disk' flushed_first
+check 'then it was renamed' grep -q 'Call KERNEL32.MoveFileW.*launcher-setup.tmp' "$work/calls"
+
 echo 'An older one over a newer ...'
 remember "$folder"
 check 'is refused where nobody can be asked' install 6 "$work/1.0.0.exe" "$folder"
