@@ -15,8 +15,11 @@ here=$root/packaging/windows
 
 # shellcheck source=wine.sh
 . "$here/wine.sh"
-# For root nothing is read-only; for this Wine something is.
-[ "$(id -u)" -ne 0 ] || wine=(setpriv --bounding-set=-dac_override "${wine[@]}")
+# For root nothing is read-only; for this Wine something is, where root may drop a right.
+as_others=(setpriv --bounding-set=-dac_override)
+if [ "$(id -u)" -eq 0 ] && "${as_others[@]}" true 2> /dev/null; then
+  wine=("${as_others[@]}" "${wine[@]}")
+fi
 start_wine
 # shellcheck source=installer-support.sh
 . "$here/installer-support.sh"
