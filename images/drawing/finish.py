@@ -4,9 +4,9 @@ finish.py icon OUT FRAME...   put square PNG frames into one .ico file"""
 from __future__ import annotations
 
 import functools
-import io
 import struct
 import sys
+import zlib
 
 from PIL import Image, ImageChops, ImageStat
 
@@ -45,13 +45,32 @@ def mend(few: Image.Image, im: Image.Image) -> None:
             few.putpalette(colours)
 
 
+def by_the_left(im: Image.Image) -> bytes:
+    """A PNG file in true colour that holds each pixel as the difference from its left neighbour. Pillow
+    would choose a way for each line. Undoing the one that it likes best, a guess from three neighbours,
+    takes the toolkit several times as long, and saves no byte here."""
+    left = Image.new(im.mode, im.size)
+    left.paste(im, (1, 0))
+    data = ImageChops.subtract_modulo(im, left).tobytes()
+    width, height = im.size
+    line = len(data) // height
+    difference_from_left = b"\1"
+    lines = b"".join(difference_from_left + data[i:i + line] for i in range(0, len(data), line))
+
+    def chunk(name: bytes, content: bytes) -> bytes:
+        return struct.pack(">L", len(content)) + name + content + struct.pack(">L", zlib.crc32(name + content))
+
+    colours = {"RGB": 2, "RGBA": 6}[im.mode]
+    head = struct.pack(">LLBBBBB", width, height, 8, colours, 0, 0, 0)
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", head) + chunk(b"IDAT", zlib.compress(lines, 9))
+            + chunk(b"IEND", b""))
+
+
 def icon(out: str, frames: list[str]) -> None:
     blobs = []
     for f in frames:
         im = Image.open(f).convert("RGBA")
-        b = io.BytesIO()
-        im.save(b, "PNG", optimize=True)
-        blobs.append((im.size[0], b.getvalue()))
+        blobs.append((im.size[0], by_the_left(im)))
     offset = 6 + 16 * len(blobs)
     head = struct.pack("<HHH", 0, 1, len(blobs))
     for size, data in blobs:
