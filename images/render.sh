@@ -57,6 +57,7 @@ done
 "$python" -B drawing/finish.py palette servers_nobutton_dark.png newsBig.png newsMedium[12].png \
     newsSmall[123].png new_buttons/*.png \
     {left,right}Arrow.png facebook.png discord.png ../demo/world/news/*.png
+"$python" -B drawing/finish.py simple ./*.png new_buttons/*.png
 
 # The program icon; the two smallest sizes have a simpler drawing.
 frames=()
