@@ -1,8 +1,8 @@
 // The yardstick of the launcher's start: the smallest program of the toolkit that shows one window
-// with the launcher's background picture. Tells when that was painted, and ends:
-// bench_bare_window [text | URL]. With "text" the window also has the launcher's icon, and one text
-// in its font. With an address it fetches that, tells when it is there, and goes on until it is
-// ended from outside.
+// with the launcher's background picture, as the launcher packs it or from a file. Tells when that
+// was painted, and ends: bench_bare_window [PICTURE.png [text] | URL]. With "text" the window also
+// has the launcher's icon, and one text in its font. With an address it fetches that, tells when it
+// is there, and goes on until it is ended from outside.
 
 #include "bench/measuring.h"
 
@@ -31,10 +31,11 @@ void tell()
 class BareWindow : public QWidget
 {
 public:
-    explicit BareWindow(QString text, bool stays)
+    BareWindow(const QString &picture, QString text, bool stays)
         : QWidget(nullptr, Qt::FramelessWindowHint)
         , m_text(std::move(text))
         , m_stays(stays)
+        , m_background(picture)
     {
     }
 
@@ -60,7 +61,7 @@ protected:
 private:
     const QString m_text;
     const bool m_stays;
-    const QPixmap m_background{QStringLiteral(":/background.png")};
+    const QPixmap m_background;
 };
 } // namespace
 
@@ -69,9 +70,11 @@ int main(int argc, char *argv[])
     Measuring::silenceConsole();
     const QApplication application(argc, argv);
     const QString argument = QCoreApplication::arguments().value(1);
-    const bool hasText = argument == QStringLiteral("text");
-    const bool fetches = !argument.isEmpty() && !hasText;
-    BareWindow window(hasText ? QStringLiteral("Connecting to server...") : QString(), fetches);
+    const bool hasText = QCoreApplication::arguments().value(2) == QStringLiteral("text");
+    const bool hasPicture = argument.endsWith(QStringLiteral(".png"));
+    const bool fetches = !argument.isEmpty() && !hasPicture;
+    BareWindow window(hasPicture ? argument : QStringLiteral(":/background.png"),
+                      hasText ? QStringLiteral("Connecting to server...") : QString(), fetches);
     if (hasText) {
         QApplication::setWindowIcon(QIcon(QStringLiteral(":/clienticon.ico")));
         window.setFont(QFont(QStringLiteral("Lato"), 20));

@@ -91,3 +91,11 @@ def photographs(folder: Path, count: int, width: int = 3840) -> list[Path]:
             coarse = Image.frombytes("RGB", (480, 270), random.Random(number).randbytes(480 * 270 * 3))
             coarse.resize((width, width * 9 // 16), Image.Resampling.BICUBIC).save(path, quality=85)
     return paths
+
+
+def background_as_drawn(folder: Path) -> Path:
+    """The launcher's background picture as programs for drawing pack it: what a plain program would show."""
+    path = folder / "background.png"
+    with Image.open(REPOSITORY / "images" / "bg_new.png") as picture:
+        picture.save(path, optimize=True)
+    return path

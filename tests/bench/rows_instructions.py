@@ -12,7 +12,7 @@ from dataclasses import dataclass
 from pathlib import Path
 
 from bench_tools import Setting, run, say
-from bench_world import photographs
+from bench_world import background_as_drawn, photographs
 from rows_start import SLOW
 from table import Row, at_most, exponent, limited, stated
 from web import Web
@@ -93,8 +93,10 @@ def instructions(setting: Setting, web: Web) -> list[Row]:
         job(f"document-{entries}", "bench_document", str(entries), "1")
     job("hover", "bench_hover", "1")
     job("start", "bench_window", web.url + SLOW, "choice", counts_sides=False)
-    job("bare", "bench_bare_window", counts_sides=False)
-    job("bare-with-text", "bench_bare_window", "text", counts_sides=False)
+    picture = os.fspath(background_as_drawn(setting.scratch))
+    job("bare", "bench_bare_window", picture, counts_sides=False)
+    job("bare-packed-as-ours", "bench_bare_window", counts_sides=False)
+    job("bare-with-text", "bench_bare_window", picture, "text", counts_sides=False)
     with ThreadPoolExecutor(os.cpu_count()) as pool:
         running = {name: pool.submit(work) for name, work in jobs.items()}
         try:
@@ -103,9 +105,11 @@ def instructions(setting: Setting, web: Web) -> list[Row]:
             pool.shutdown(cancel_futures=True)
             raise
 
-    start, bare, text = (counted[name].whole for name in ("start", "bare", "bare-with-text"))
+    start, bare, packed, text = (counted[name].whole
+                                 for name in ("start", "bare", "bare-packed-as-ours", "bare-with-text"))
     rows = [
         at_most("start: until the complete window is painted", UNIT, start, bare, 1.4),
+        stated("start: the same, beside a bare window whose picture is packed as ours", UNIT, start, packed),
         stated("start: the same, beside a window with one text and the icon", UNIT, start, text),
     ]
 

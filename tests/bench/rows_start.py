@@ -13,7 +13,7 @@ from pathlib import Path
 from PIL import Image
 
 from bench_tools import Setting, in_turn, run, wait_until
-from bench_world import REPOSITORY, SERVERS, photographs
+from bench_world import REPOSITORY, SERVERS, background_as_drawn, photographs
 from table import Row, above, at_most, counted_too, exponent, stated
 from web import Web
 
@@ -36,22 +36,26 @@ def window_until(setting: Setting, url: str, until: str, pictures: Path | None =
             "peak": ended.result["peak"] / 1024, "anonymous": ended.result["anonymous"] / 1024}
 
 
-def bare_window(setting: Setting, *arguments: str) -> dict[str, float]:
+def bare_window(setting: Setting, *arguments: str | Path) -> dict[str, float]:
     ended = run([setting.program("bench_bare_window"), *arguments], setting.folder("installation"))
     return {"wall": ended.result["at"] - ended.started, "processor": ended.result["processor"],
             "peak": ended.result["peak"] / 1024, "anonymous": ended.result["anonymous"] / 1024}
 
 
 def start(setting: Setting, web: Web) -> list[Row]:
-    ours, bare, text, pictures = in_turn(
+    picture = background_as_drawn(setting.scratch)
+    ours, bare, packed, text, pictures = in_turn(
         setting.rounds,
         lambda: window_until(setting, web.url + SLOW, "choice"),
+        lambda: bare_window(setting, picture),
         lambda: bare_window(setting),
-        lambda: bare_window(setting, "text"),
+        lambda: bare_window(setting, picture, "text"),
         lambda: window_until(setting, web.url, "pictures"))
     return [
         at_most("start: processor time until the complete window is painted", "ms", ours["processor"],
                 bare["processor"], 1.6),
+        stated("start: the same, beside a bare window whose picture is packed as ours", "ms", ours["processor"],
+               packed["processor"]),
         stated("start: the same, beside a window with one text and the icon", "ms", ours["processor"],
                text["processor"]),
         above("start: peak memory", "MiB", ours["peak"], bare["peak"], 24,
