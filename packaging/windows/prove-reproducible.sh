@@ -62,6 +62,9 @@ build() {
   echo "== $1: what the programs are built from"
   # At the real time: package sources expire.
   "${inside[@]}" "$folder/scripts/install-packages.sh" windows source >> "$work/$1.log" 2>&1
+  # A toolkit that was built elsewhere does not bring its authors and terms along.
+  [ -f "$qt/licenses/copyright" ] ||
+    "${inside[@]}" apt-get -q -y install --no-install-recommends libqt5core5a >> "$work/$1.log" 2>&1
   "${inside[@]}" "$folder/packaging/windows/build-libzip.sh" >> "$work/$1.log" 2>&1
   echo "== $1: packing in $folder, at $clock"
   "${inside[@]}" faketime -f "$clock" "$folder/packaging/windows/package.sh" >> "$work/$1.log" 2>&1
