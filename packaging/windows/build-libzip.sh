@@ -39,13 +39,15 @@ cp "$runtime/include/zlib.h" "$runtime/include/zconf.h" "$new/include/"
 cp "$runtime/lib/libz.a" "$new/lib/"
 
 cc=x86_64-w64-mingw32-gcc-posix
-# What messages name of the sources is the same wherever they are built.
-flags="-O2 -fstack-protector-strong -D_FORTIFY_SOURCE=2 -ffile-prefix-map=$work=."
-
+flags='-O2 -fstack-protector-strong -D_FORTIFY_SOURCE=2'
+# Its sources are named without their folder.
 make -C "$work/libdeflate" "CC=$cc" AR=x86_64-w64-mingw32-ar "CFLAGS=$flags" libdeflatestatic.lib
 cp "$work/libdeflate/libdeflatestatic.lib" "$new/lib/libdeflate.a"
 cp "$work/libdeflate/libdeflate.h" "$new/include/"
 
+# What messages name of the sources is the same wherever they are built. The flags reach a shell, and the
+# folder may have blanks.
+flags+=" '-ffile-prefix-map=${work//\'/\'\\\'\'}=.'"
 options=(
   -DCMAKE_SYSTEM_NAME=Windows -DCMAKE_C_COMPILER="$cc" -DCMAKE_BUILD_TYPE=None "-DCMAKE_C_FLAGS=$flags"
   -DCMAKE_FIND_ROOT_PATH="$new" -DCMAKE_FIND_ROOT_PATH_MODE_PROGRAM=NEVER
