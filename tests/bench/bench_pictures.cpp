@@ -9,10 +9,12 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QImage>
 #include <QLabel>
 #include <QTest>
 #include <QThreadPool>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -30,13 +32,22 @@ QPixmap showBare(const QByteArray &bytes, QSize size)
     return original;
 }
 
+// In memory, of all of them.
+std::size_t sizeOf(const std::vector<QByteArray> &pictures)
+{
+    std::size_t bytes = 0;
+    for (const QByteArray &picture : pictures) {
+        bytes += static_cast<std::size_t>(QImage::fromData(picture).sizeInBytes());
+    }
+    return bytes;
+}
+
 // A virtual machine gives memory that was just set free far sooner than other: each side begins
 // with more of it than it needs.
-void setMemoryFree()
+void setMemoryFree(std::size_t bytes)
 {
-    constexpr std::size_t bytes = 1024UL * 1024 * 1024;
     const std::vector<char> touched(bytes, 'x');
-    if (touched.back() != 'x') {
+    if (std::find(touched.crbegin(), touched.crend(), 'x') != touched.crbegin()) {
         qFatal("the memory was not touched");
     }
 }
@@ -135,6 +146,7 @@ int main(int argc, char *argv[])
         });
     };
 
+    const std::size_t needed = 4 * sizeOf(pictures);
     Figures ours;
     Figures bare;
     for (int round = -1; round < rounds; ++round) {
@@ -142,7 +154,7 @@ int main(int argc, char *argv[])
         const auto runBare = round < 0 ? Measuring::warmUp : Measuring::bare;
         // Whoever comes second finds the caches warm, so they take turns.
         for (const bool isOurs : {round % 2 == 0, round % 2 != 0}) {
-            setMemoryFree();
+            setMemoryFree(needed);
             const Taken taken = isOurs ? loadAll(runOurs) : decodeAll(runBare);
             if (round >= 0) {
                 (isOurs ? ours : bare).add(taken);
