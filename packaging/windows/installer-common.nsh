@@ -193,7 +193,42 @@ Function ${un}isStage
   Exch $0
 FunctionEnd
 
-; What of the player's had to make room for new files leaves ${STAGE}: $kept is the folder where it is then.
+; FROM, TO: renames, with the folders that needs; sets the error flag when it fails. What guards a
+; machine against malware opens new programs for a moment, in which they cannot be moved; no folder can
+; while any file below it is open.
+Function ${un}move
+  Exch $1
+  Exch
+  Exch $0
+  Push $2
+  ${GetParent} "$1" $2
+  CreateDirectory "$2"
+  StrCpy $2 0
+  ${Do}
+    ClearErrors
+    Rename "$0" "$1"
+    ${IfNot} ${Errors}
+      StrCpy $2 ""
+      ${ExitDo}
+    ${EndIf}
+    IntOp $2 $2 + 1
+    ${If} $2 > 10
+    ${OrIfNot} ${FileExists} "$0"
+    ${OrIf} ${FileExists} "$1"
+      ${ExitDo}
+    ${EndIf}
+    Sleep 100
+  ${Loop}
+  ${If} $2 != ""
+    SetErrors
+  ${EndIf}
+  Pop $2
+  Pop $0
+  Pop $1
+FunctionEnd
+
+; What of the player's had to make room for new files leaves ${STAGE}: $kept is the folder where it is then,
+; which is the old one when it cannot.
 Function ${un}keepFiles
   Push $0
   Push $1
@@ -204,11 +239,13 @@ Function ${un}keepFiles
       IntOp $1 $1 + 1
       StrCpy $0 "$INSTDIR\Kept files $1"
     ${Loop}
-    ClearErrors
-    Rename "${STAGE}\own" "$0"
-    ${IfNot} ${Errors}
-      StrCpy $kept $0
+    Push "${STAGE}\own"
+    Push "$0"
+    Call ${un}move
+    ${If} ${Errors}
+      StrCpy $0 "${STAGE}\own"
     ${EndIf}
+    StrCpy $kept $0
   ${EndIf}
   Pop $1
   Pop $0

@@ -114,39 +114,6 @@ Function checkItems
   ${EndIf}
 FunctionEnd
 
-; FROM, TO: renames, with the folders that needs; sets the error flag when it fails. What guards a
-; machine against malware opens new programs for a moment, in which they cannot be moved.
-Function move
-  Exch $1
-  Exch
-  Exch $0
-  Push $2
-  ${GetParent} "$1" $2
-  CreateDirectory "$2"
-  StrCpy $2 0
-  ${Do}
-    ClearErrors
-    Rename "$0" "$1"
-    ${IfNot} ${Errors}
-      StrCpy $2 ""
-      ${ExitDo}
-    ${EndIf}
-    IntOp $2 $2 + 1
-    ${If} $2 > 10
-    ${OrIfNot} ${FileExists} "$0"
-    ${OrIf} ${FileExists} "$1"
-      ${ExitDo}
-    ${EndIf}
-    Sleep 100
-  ${Loop}
-  ${If} $2 != ""
-    SetErrors
-  ${EndIf}
-  Pop $2
-  Pop $0
-  Pop $1
-FunctionEnd
-
 ; Unlike the installer's own command this one sets the error flag, and opens no window.
 !macro copy from to
   StrCpy $0 "${from}"

@@ -257,6 +257,12 @@ Section "un.${NAME}" unProgram
   !insertmacro packageFiles un.removeItem
   !insertmacro packageFolders un.removeFolder
   Call un.removeStage
+  ; It holds what is the player's, or is in use.
+  Call un.isStage
+  Pop $0
+  ${If} $0 != ""
+    StrCpy $left "${STAGE}"
+  ${EndIf}
   ${If} $left != ""
     MessageBox MB_OK|MB_ICONSTOP \
       "$left could not be removed, other files were. Close the programs that use it and try again." /SD IDOK

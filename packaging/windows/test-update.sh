@@ -295,7 +295,18 @@ chmod a-w "$c/Unpacked/platforms"
 check 'a removal that is not finished has that result as well' uninstall 7 "$c/Unpacked"
 check 'Windows still knows the launcher' "${wine[@]}" reg query "$key"
 chmod u+w "$c/Unpacked/platforms"
+# As when somebody has opened it: Windows renames no folder with such a file in it, where this one does.
+mkdir -p "$c/Unpacked/launcher-setup.tmp/own"
+echo waits > "$c/Unpacked/launcher-setup.tmp/own/another.txt"
+cp "$work/1.1.0/package-files.txt" "$c/Unpacked/launcher-setup.tmp/new-files.txt"
+chmod a-w "$c/Unpacked/launcher-setup.tmp/own"
+check 'nor is it finished while something waits that cannot be moved' uninstall 7 "$c/Unpacked"
+check 'which is still there' grep -qx waits "$c/Unpacked/launcher-setup.tmp/own/another.txt"
+check 'and the uninstaller as well' test -f "$c/Unpacked/uninstall.exe"
+chmod u+w "$c/Unpacked/launcher-setup.tmp/own"
 check 'it uninstalls' uninstall 0 "$c/Unpacked"
 check 'and keeps what waited there' grep -qx waits "$c/Unpacked/Kept files/own.txt"
+check 'all of it' grep -qx waits "$c/Unpacked/Kept files 2/another.txt"
+check 'nothing is left of the installer'"'"'s folder' absent "$c/Unpacked/launcher-setup.tmp"
 
 print_checks
