@@ -217,11 +217,25 @@ Function isLaunchers
   Exch $0
 FunctionEnd
 
+; "1" when the program in $INSTDIR is another product's: it has the same file name in all of them.
+Function isOtherProduct
+  Push $0
+  Push "$INSTDIR\${PROGRAM}"
+  Call productOf
+  Pop $0
+  ${If} $0 == "${NAME}"
+    StrCpy $0 ""
+  ${ElseIf} $0 != ""
+    StrCpy $0 1
+  ${EndIf}
+  Exch $0
+FunctionEnd
+
 ; To what a player browses to, the page with the folder appends the launcher's name. Where that is the
 ; launcher's folder itself, unpacked from the archive or of an earlier installation, the new one belongs
 ; into it and not into a folder in it. So, on the page and silently: $INSTDIR becomes the folder around
-; it when its own name is ${NAME}, the launcher neither is nor was there, it is or was in the one around,
-; and that is one that it may have.
+; it when its own name is ${NAME}, the launcher neither is nor was there, it and no other product is or was
+; in the one around, and that is one that it may have.
 Function leaveInnerFolder
   Push $0
   Push $1
@@ -241,7 +255,11 @@ Function leaveInnerFolder
         Call isLaunchers
         Pop $0
         ${If} $0 != ""
-          Call checkFolder
+          Call isOtherProduct
+          Pop $0
+          ${If} $0 == ""
+            Call checkFolder
+          ${EndIf}
         ${EndIf}
       ${EndIf}
       ${If} $reason != ""

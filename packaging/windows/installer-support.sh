@@ -21,9 +21,16 @@ key='HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Emberwake Online L
 own_key='HKCU\Software\Emberwake Online Launcher'
 no_key() { ! "${wine[@]}" reg query "$1"; }
 
-# test_program FILE VERSION: a program with a version that runs until it is told to end.
+# test_program FILE VERSION [PRODUCT]: a program with a version that runs until it is told to end.
 test_program() {
-  printf '#include <windows.h>\nVS_VERSION_INFO VERSIONINFO\nFILEVERSION %s,0\nBEGIN\nEND\n' "${2//./,}" > "$work/version.rc"
+  {
+    printf '#include <windows.h>\nVS_VERSION_INFO VERSIONINFO\nFILEVERSION %s,0\nBEGIN\n' "${2//./,}"
+    if [ "$#" -gt 2 ]; then
+      printf 'BLOCK "StringFileInfo"\nBEGIN\nBLOCK "040904b0"\nBEGIN\nVALUE "ProductName", "%s"\nEND\nEND\n' "$3"
+      printf 'BLOCK "VarFileInfo"\nBEGIN\nVALUE "Translation", 0x0409, 1200\nEND\n'
+    fi
+    echo END
+  } > "$work/version.rc"
   x86_64-w64-mingw32-windres "$work/version.rc" "$work/version.o"
   x86_64-w64-mingw32-gcc-posix -Os -s -mwindows -o "$1" "$root/packaging/windows/test-program.c" "$work/version.o"
 }

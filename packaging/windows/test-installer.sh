@@ -256,6 +256,17 @@ for around in "$user/Downloads" "$c"; do
   check 'it has a folder for itself' has_files "$work/small" "$around/$name"
 done
 rm "$c/emberwake-launcher.exe"
+check 'Windows forgets the folder' forget
+mkdir "$c/Others"
+test_program "$c/Others/emberwake-launcher.exe" "$version" 'Another Launcher'
+check "so does it beside another product's, which has the same file name" install 0 "$small" "$c/Others/$name"
+check 'it has a folder for itself' has_files "$work/small" "$c/Others/$name"
+rm -rf "$c/Others/$name"
+check 'Windows forgets the folder' forget
+test_program "$c/Others/emberwake-launcher.exe" "$version" "$name"
+check 'one of the same product gets the new one' install 0 "$small" "$c/Others/$name"
+check 'it is there' there "$c/Others"
+rm "$c/Others/uninstall.exe"
 
 # The installer's own part has an answer to a drive: the folder it would have used anyway.
 check 'a drive as the folder does not end in an error' ends_with 0 "$small" /S "/D=C:\\"
