@@ -231,11 +231,43 @@ Function isOtherProduct
   Exch $0
 FunctionEnd
 
+; Sets $reason when something in $INSTDIR is another program's, in the place of what the installer makes.
+Function refuseOthers
+  Push $0
+  ; Whose it is decides whether it may be replaced; it is never run.
+  ${If} $reason == ""
+  ${AndIf} ${FileExists} "$INSTDIR\uninstall.exe"
+    Push "$INSTDIR\uninstall.exe"
+    Call productOf
+    Pop $0
+    ; A power failure may leave a file without content where the launcher is registered.
+    ${If} $0 == ""
+      ReadRegStr $0 HKCU "${OWN_KEY}" "InstallFolder"
+      ${If} $0 == $INSTDIR
+        StrCpy $0 "${NAME}"
+      ${EndIf}
+    ${EndIf}
+    ${If} $0 != "${NAME}"
+      StrCpy $reason "$INSTDIR holds the uninstaller of another program. Choose an empty or a new folder for the launcher."
+    ${EndIf}
+  ${EndIf}
+  ${If} $reason == ""
+    Call isStage
+    Pop $0
+    ${If} $0 == ""
+    ${AndIf} ${FileExists} "${STAGE}"
+      StrCpy $reason "${STAGE} was not made by an installer. Remove it and try again."
+    ${EndIf}
+  ${EndIf}
+  Pop $0
+FunctionEnd
+
 ; To what a player browses to, the page with the folder appends the launcher's name. Where that is the
 ; launcher's folder itself, unpacked from the archive or of an earlier installation, the new one belongs
 ; into it and not into a folder in it. So, on the page and silently: $INSTDIR becomes the folder around
 ; it when its own name is ${NAME}, the launcher neither is nor was there, it and no other product is or was
-; in the one around, and that is one that it may have.
+; in the one around, and that is one where it would be installed: a player who has not chosen that folder
+; is not told what is wrong with it.
 Function leaveInnerFolder
   Push $0
   Push $1
@@ -259,6 +291,7 @@ Function leaveInnerFolder
           Pop $0
           ${If} $0 == ""
             Call checkFolder
+            Call refuseOthers
           ${EndIf}
         ${EndIf}
       ${EndIf}
@@ -288,22 +321,6 @@ Function checkOwnFolder
       StrCpy $reason "$INSTDIR holds other files. Choose an empty or a new folder for the launcher."
     ${EndIf}
   ${EndIf}
-  ; Whose it is decides whether it may be replaced; it is never run.
-  ${If} $reason == ""
-  ${AndIf} ${FileExists} "$INSTDIR\uninstall.exe"
-    Push "$INSTDIR\uninstall.exe"
-    Call productOf
-    Pop $0
-    ; A power failure may leave a file without content where the launcher is registered.
-    ${If} $0 == ""
-      ReadRegStr $0 HKCU "${OWN_KEY}" "InstallFolder"
-      ${If} $0 == $INSTDIR
-        StrCpy $0 "${NAME}"
-      ${EndIf}
-    ${EndIf}
-    ${If} $0 != "${NAME}"
-      StrCpy $reason "$INSTDIR holds the uninstaller of another program. Choose an empty or a new folder for the launcher."
-    ${EndIf}
-  ${EndIf}
+  Call refuseOthers
   Pop $0
 FunctionEnd

@@ -143,14 +143,6 @@ Section
   AddSize ${SIZE}
   ; Once more: a silent installation has no page.
   Call checkOwnFolder
-  ${If} $reason == ""
-    Call isStage
-    Pop $0
-    ${If} $0 == ""
-    ${AndIf} ${FileExists} "${STAGE}"
-      StrCpy $reason "${STAGE} was not made by an installer. Remove it and try again."
-    ${EndIf}
-  ${EndIf}
   ${If} $reason != ""
     StrCpy $problem $reason
     StrCpy $code 3

@@ -267,6 +267,16 @@ test_program "$c/Others/emberwake-launcher.exe" "$version" "$name"
 check 'one of the same product gets the new one' install 0 "$small" "$c/Others/$name"
 check 'it is there' there "$c/Others"
 rm "$c/Others/uninstall.exe"
+# What would end an installation there is no reason to end one that somebody wants elsewhere.
+for theirs in uninstall.exe launcher-setup.tmp/notes.txt; do
+  check 'Windows forgets the folder' forget
+  mkdir -p "$(dirname "$c/Others/$theirs")"
+  echo theirs > "$c/Others/$theirs"
+  check "beside a launcher with somebody else's $theirs" install 0 "$small" "$c/Others/$name"
+  check 'it has a folder for itself' has_files "$work/small" "$c/Others/$name"
+  check 'theirs stays' grep -qx theirs "$c/Others/$theirs"
+  rm -rf "$c/Others/$name" "${c:?}/Others/$theirs"
+done
 
 # The installer's own part has an answer to a drive: the folder it would have used anyway.
 check 'a drive as the folder does not end in an error' ends_with 0 "$small" /S "/D=C:\\"
