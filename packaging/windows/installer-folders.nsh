@@ -190,29 +190,37 @@ Function noteGame
   Pop $game
 FunctionEnd
 
-; "1" when the launcher is or was in $INSTDIR: there is its program, or what a broken-off installer left,
-; or Windows knows the folder as its, or a game lies there with what the launcher saves beside games: they
-; outlive a launcher that was removed by hand, and a Windows that was installed anew.
-Function isLaunchers
+; "1" when $INSTDIR shows that the launcher is or was there: by its program, or what a broken-off installer
+; left, or a game with what the launcher saves beside games: they outlive a launcher that was removed by
+; hand, and a Windows that was installed anew.
+Function showsLauncher
   Push $0
   Call isStage
   Pop $0
   ${If} $0 == ""
-    ReadRegStr $0 HKCU "${OWN_KEY}" "InstallFolder"
-    ${If} $0 == $INSTDIR
-    ${OrIf} ${FileExists} "$INSTDIR\${PROGRAM}"
+    ${If} ${FileExists} "$INSTDIR\${PROGRAM}"
       StrCpy $0 1
-    ${Else}
-      StrCpy $0 ""
-      ${If} ${FileExists} "$INSTDIR\settings.txt"
-      ${OrIf} ${FileExists} "$INSTDIR\offline.txt"
-        StrCpy $game ""
-        !insertmacro forEachVersion "" noteGame
-        ${If} $game != ""
-          StrCpy $0 1
-        ${EndIf}
+    ${ElseIf} ${FileExists} "$INSTDIR\settings.txt"
+    ${OrIf} ${FileExists} "$INSTDIR\offline.txt"
+      StrCpy $game ""
+      !insertmacro forEachVersion "" noteGame
+      ${If} $game != ""
+        StrCpy $0 1
       ${EndIf}
     ${EndIf}
+  ${EndIf}
+  Exch $0
+FunctionEnd
+
+; The same, or Windows knows the folder as the launcher's. What Windows knows may be long gone.
+Function isLaunchers
+  Push $0
+  ReadRegStr $0 HKCU "${OWN_KEY}" "InstallFolder"
+  ${If} $0 == $INSTDIR
+    StrCpy $0 1
+  ${Else}
+    Call showsLauncher
+    Pop $0
   ${EndIf}
   Exch $0
 FunctionEnd
@@ -265,9 +273,9 @@ FunctionEnd
 ; To what a player browses to, the page with the folder appends the launcher's name. Where that is the
 ; launcher's folder itself, unpacked from the archive or of an earlier installation, the new one belongs
 ; into it and not into a folder in it. So, on the page and silently: $INSTDIR becomes the folder around
-; it when its own name is ${NAME}, the launcher neither is nor was there, it and no other product is or was
-; in the one around, and that is one where it would be installed: a player who has not chosen that folder
-; is not told what is wrong with it.
+; it when its own name is ${NAME}, nothing of the launcher lies there, something of it and of no other
+; product lies in the one around, and that is one where it would be installed: a player who has not chosen
+; that folder is not told what is wrong with it.
 Function leaveInnerFolder
   Push $0
   Push $1
@@ -276,7 +284,7 @@ Function leaveInnerFolder
   StrCpy $2 $reason
   ${GetFileName} "$INSTDIR" $0
   ${If} $0 == "${NAME}"
-    Call isLaunchers
+    Call showsLauncher
     Pop $0
     ${If} $0 == ""
       ${GetParent} "$1" $INSTDIR
@@ -284,7 +292,7 @@ Function leaveInnerFolder
       StrCpy $reason "none"
       ; "C:" is whichever folder is the current one there.
       ${If} $0 > 3
-        Call isLaunchers
+        Call showsLauncher
         Pop $0
         ${If} $0 != ""
           Call isOtherProduct

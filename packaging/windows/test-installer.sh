@@ -277,6 +277,14 @@ for theirs in uninstall.exe launcher-setup.tmp/notes.txt; do
   check 'theirs stays' grep -qx theirs "$c/Others/$theirs"
   rm -rf "$c/Others/$name" "${c:?}/Others/$theirs"
 done
+# That folder was removed by hand, and Windows still knows it.
+check 'what Windows knows, and is gone, is no reason for a folder in a folder' install 0 "$small" "$c/Others/$name"
+check 'it is there' there "$c/Others"
+echo mine > "$c/Others/notes.txt"
+check 'it uninstalls' uninstall 0 "$c/Others"
+check 'nor is a folder where nothing of it is left a reason to go there' install 0 "$small" "$c/Others/$name"
+check 'it has a folder for itself' has_files "$work/small" "$c/Others/$name"
+check 'and is not beside what lies around it' absent "$c/Others/emberwake-launcher.exe"
 
 # The installer's own part has an answer to a drive: the folder it would have used anyway.
 check 'a drive as the folder does not end in an error' ends_with 0 "$small" /S "/D=C:\\"
