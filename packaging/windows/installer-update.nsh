@@ -139,7 +139,14 @@ Function takeOut
       StrCpy $code 2
     ${EndIf}
   ${ElseIfNot} ${FileExists} "${STAGE}\old\$item"
+    ClearErrors
     CreateDirectory "${STAGE}\none\$item"
+    ; A file of the list before that is not there needs no note.
+    ${If} ${Errors}
+    ${AndIf} $whose == "own"
+      StrCpy $problem "$INSTDIR cannot be written."
+      StrCpy $code 5
+    ${EndIf}
   ${EndIf}
 FunctionEnd
 
@@ -168,6 +175,9 @@ Function putBack
     ${OrIf} ${FileExists} "${STAGE}\own\$item"
     ${OrIf} ${FileExists} "${STAGE}\none\$item\*.*"
       !insertmacro move "$INSTDIR\$item" "${STAGE}\new\$item"
+      ${If} ${Errors}
+        StrCpy $heldBack 1
+      ${EndIf}
     ${EndIf}
   ${EndIf}
   ${If} ${FileExists} "${STAGE}\own\$item"
@@ -210,8 +220,8 @@ FunctionEnd
 
 ; As if there had been no installer, whether it was this one or one that was broken off. With the program
 ; in its place there is nothing to take back: nothing was begun, or all was done, or somebody has unpacked
-; a launcher over it. Sets $problem when a file of the version before cannot go back; all stays then for
-; another try.
+; a launcher over it. Sets $problem when a file of the version before cannot go back, or a new one not out of
+; its place; all stays then for another try.
 Function rollBack
   Push $0
   StrCpy $0 $problem

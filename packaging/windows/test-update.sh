@@ -201,6 +201,16 @@ check 'nobody starts a half' absent "$folder/emberwake-launcher.exe"
 check 'that ends' end_program
 check 'the next installer finishes it' install 6 "$work/0.1.0.exe" "$folder"
 check 'everything is as it was' unchanged "$folder"
+killed_while_taking_back
+mv "$folder/emberwake-launcher.exe" "$folder/launcher-setup.tmp/old/"
+mkdir "$folder/fonts"
+cp "$work/1.1.0/fonts/new.ttf" "$folder/fonts/"
+check 'what must go is held, in a place where nothing was' start_program "$work/1.0.0/emberwake-launcher.exe" 'C:\Emberwake\fonts\new.ttf'
+check 'that is not finished either' install 7 "$work/0.1.0.exe" "$folder"
+check 'nobody starts a half' absent "$folder/emberwake-launcher.exe"
+check 'that ends' end_program
+check 'the next installer finishes it' install 6 "$work/0.1.0.exe" "$folder"
+check 'everything is as it was' unchanged "$folder"
 # A player who did not wait for it unpacked the archive over it.
 killed_while_taking_back
 cp "$folder/emberwake-launcher.exe" "$folder/launcher-setup.tmp/old/"
