@@ -103,7 +103,6 @@ Function checkItem
 FunctionEnd
 
 Function checkItems
-  StrCpy $problem ""
   !insertmacro forEachItem "$PLUGINSDIR\old-files.txt" checkItem
   ${If} $problem == ""
     !insertmacro forEachItem "$PLUGINSDIR\new-files.txt" checkItem
@@ -286,7 +285,8 @@ Function checkUnpacked
   ${EndIf}
 FunctionEnd
 
-; The two lists where nothing of the folder is touched yet.
+; The two lists where nothing of the folder is touched yet. Leaves a $problem when that of the version before
+; is there and cannot be read: another list would leave files of that version.
 Function readLists
   InitPluginsDir
   SetOverwrite on
@@ -295,8 +295,15 @@ Function readLists
   File "/oname=$PLUGINSDIR\new-files.txt" "${FILE_LIST}"
   File "/oname=$PLUGINSDIR\old-files.txt" "former-files.txt"
   SetDateSave on
+  ; A folder of that name is told by the check of all places.
   ${If} ${FileExists} "$INSTDIR\package-files.txt"
+  ${AndIfNot} ${FileExists} "$INSTDIR\package-files.txt\*.*"
+    ClearErrors
     !insertmacro copy "$INSTDIR\package-files.txt" "$PLUGINSDIR\old-files.txt"
+    ${If} ${Errors}
+      StrCpy $problem "$INSTDIR\package-files.txt cannot be read: another program has it open, or it must not be read. Close that program and try again."
+      StrCpy $code 2
+    ${EndIf}
   ${ElseIfNot} ${FileExists} "$INSTDIR\${PROGRAM}"
     Delete "$PLUGINSDIR\old-files.txt"
   ${EndIf}

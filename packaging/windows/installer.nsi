@@ -163,9 +163,12 @@ Section
   ${EndIf}
   ClearErrors
   Call checkVersion
-  Call readLists
   again:
-    Call checkItems
+    StrCpy $problem ""
+    Call readLists
+    ${If} $problem == ""
+      Call checkItems
+    ${EndIf}
     ${If} $problem != ""
       ; Silent: the answer is "Cancel".
       MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "$problem" /SD IDCANCEL IDRETRY again

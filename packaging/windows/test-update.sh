@@ -15,8 +15,9 @@ here=$root/packaging/windows
 
 # shellcheck source=wine.sh
 . "$here/wine.sh"
-# For root nothing is read-only; for this Wine something is, where root may drop a right.
-as_others=(setpriv --bounding-set=-dac_override)
+# For root nothing is read-only, and nothing unreadable; for this Wine something is, where root may drop
+# rights.
+as_others=(setpriv '--bounding-set=-dac_override,-dac_read_search')
 if [ "$(id -u)" -eq 0 ] && "${as_others[@]}" true 2> /dev/null; then
   wine=("${as_others[@]}" "${wine[@]}")
 fi
@@ -269,6 +270,15 @@ check 'what lies behind it is theirs' grep -qx theirs "$c/Other/qwindows.dll"
 check 'the rest is gone' absent "$folder/emberwake-launcher.exe"
 rm -rf "$folder/platforms"
 check 'it installs again' install 0 "$work/1.0.0.exe" "$folder"
+# Another list would leave files of the version before.
+remember "$folder"
+chmod a-r "$folder/package-files.txt"
+begins_nothing() {
+  WINEDEBUG=+relay install 2 "$work/1.1.0.exe" "$folder" > "$work/calls" 2>&1 && fails grep 'Call KERNEL32.MoveFileW' "$work/calls"
+}
+check 'nothing is begun when the list of its files cannot be read' begins_nothing
+chmod u+r "$folder/package-files.txt"
+check 'everything is as it was' unchanged "$folder"
 # Another program's uninstaller, beside a launcher that was unpacked from the archive.
 cat > "$work/other.nsi" << 'NSIS'
 Target amd64-unicode
