@@ -69,6 +69,13 @@ FunctionEnd
   Call un.removeItem
 !macroend
 
+; All but the list, by which another try knows whose folder this is.
+!macro un.removeItemNow file
+  !if "${file}" != "package-files.txt"
+    !insertmacro un.removeItem "${file}"
+  !endif
+!macroend
+
 Function un.removeItem
   Call un.findLink
   ${If} $linkOnWay == ""

@@ -230,7 +230,9 @@ Section "un.${NAME}" unProgram
   SectionIn RO
   Call un.findRegistered
   ; An uninstaller that somebody copied elsewhere must not clear away the files of another program.
+  ; A removal that could not be finished has left the list of its files.
   ${IfNot} ${FileExists} "$INSTDIR\${PROGRAM}"
+  ${AndIfNot} ${FileExists} "$INSTDIR\package-files.txt"
   ${AndIf} $registered == ""
     MessageBox MB_OK|MB_ICONSTOP "The ${NAME} is not in $INSTDIR." /SD IDOK
     SetErrorLevel 3
@@ -249,7 +251,7 @@ Section "un.${NAME}" unProgram
 
   ; A folder that is somebody's current one cannot be removed.
   SetOutPath "$TEMP"
-  !insertmacro packageFiles un.removeItem
+  !insertmacro packageFiles un.removeItemNow
   !insertmacro packageFolders un.removeFolder
   Call un.removeStage
   ; It holds what is the player's, or is in use.
@@ -257,6 +259,9 @@ Section "un.${NAME}" unProgram
   Pop $0
   ${If} $0 != ""
     StrCpy $left "${STAGE}"
+  ${EndIf}
+  ${If} $left == ""
+    !insertmacro un.removeItem "package-files.txt"
   ${EndIf}
   ${If} $left != ""
     MessageBox MB_OK|MB_ICONSTOP \

@@ -328,5 +328,12 @@ check 'it uninstalls' uninstall 0 "$c/Unpacked"
 check 'and keeps what waited there' grep -qx waits "$c/Unpacked/Kept files/own.txt"
 check 'all of it' grep -qx waits "$c/Unpacked/Kept files 2/another.txt"
 check 'nothing is left of the installer'"'"'s folder' absent "$c/Unpacked/launcher-setup.tmp"
+# The launcher that Windows knows was another one: this one is known by what lies in its folder.
+chmod a-w "$folder/platforms"
+check 'the removal of one that Windows does not know is not finished' uninstall 7 "$folder"
+check 'though its program is gone' absent "$folder/emberwake-launcher.exe"
+chmod u+w "$folder/platforms"
+check 'the next one finishes it' uninstall 0 "$folder"
+check 'with the list of its files' absent "$folder/package-files.txt"
 
 print_checks
