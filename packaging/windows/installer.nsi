@@ -9,7 +9,8 @@
 ; "uninstall.exe /S /REMOVEGAMES" also removes what the launcher downloaded and saved. Results: 0 done,
 ; 1 ended by the player, 2 the launcher is running, files are in use or another installer is at work,
 ; 3 the folder is not one the launcher may have for itself, 4 wrong kind of Windows, 5 files cannot be
-; written, 6 a newer version is installed, 7 begun and not finished. After 1 to 6 nothing was changed.
+; written, 6 a newer version is installed, 7 begun and not finished. After 1 to 6 nothing was changed, but
+; that a broken-off installation may have been taken back.
 
 ; The program is 64-bit only, and so is its installer.
 Target amd64-unicode
