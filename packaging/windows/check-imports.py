@@ -9,7 +9,7 @@ Fails, with a line for each reason, when
   Windows (delayed imports count: they only fail later);
 - a shipped library is imported by nobody, and is no plug-in known here;
 - a plug-in is missing, or one is there that was left out on purpose;
-- a file is for another processor, or a line of the list is of no use any more.
+- a file is for another processor, or a line of the list is of no use any more, unless it ends in "?".
 """
 
 from __future__ import annotations
@@ -92,8 +92,8 @@ class ProgramFile:
             entry += entry_size
 
 
-def problems(folder: pathlib.Path, windows_dlls: set[str], checker: bool) -> list[str]:
-    """Every reason why the folder cannot be shipped."""
+def problems(folder: pathlib.Path, windows_dlls: set[str], optional: set[str], checker: bool) -> list[str]:
+    """Every reason why the folder cannot be shipped. Nobody has to import the optional ones."""
     named = CHECKERS_PROGRAMS | CHECKERS_PLUGINS if checker else PROGRAMS | PLUGINS
     found = []
     files: dict[str, ProgramFile] = {}
@@ -128,7 +128,7 @@ def problems(folder: pathlib.Path, windows_dlls: set[str], checker: bool) -> lis
             found.append(f"{name} must not be shipped: it polls the network all the time")
         elif name not in named | imported:
             found.append(f"{name} is loaded by nothing that is shipped")
-    for name in sorted(windows_dlls - of_windows if not checker else ()):
+    for name in sorted(windows_dlls - optional - of_windows if not checker else ()):
         found.append(f"{name} is listed as part of Windows, but nothing imports it")
     return found
 
@@ -142,9 +142,10 @@ def main() -> int:
         print("usage: check-imports.py [--checker] FOLDER [WINDOWS-DLLS.TXT]", file=sys.stderr)
         return 64
     listing = pathlib.Path(arguments[1] if len(arguments) == 2 else HERE / "windows-dlls.txt")
-    windows_dlls = {line.strip().lower() for line in listing.read_text().splitlines()
-                    if line.strip() and not line.startswith("#")}
-    found = problems(pathlib.Path(arguments[0]), windows_dlls, checker)
+    lines = [line.lower().split() for line in listing.read_text().splitlines()
+             if line.strip() and not line.startswith("#")]
+    found = problems(pathlib.Path(arguments[0]), {words[0] for words in lines},
+                     {words[0] for words in lines if words[1:] == ["?"]}, checker)
     for problem in found:
         print(f"check-imports.py: {problem}", file=sys.stderr)
     return 1 if found else 0
