@@ -68,6 +68,7 @@ def start(setting: Setting, web: Web) -> list[Row]:
 
 def choice(setting: Setting, web: Web) -> list[Row]:
     base = web.url + SLOW
+    picture = background_as_drawn(setting.scratch)
 
     def fetch() -> dict[str, float]:
         folder = setting.folder("fetched")
@@ -77,7 +78,8 @@ def choice(setting: Setting, web: Web) -> list[Row]:
         return {"wall": ended.wall}
 
     ours, fetched, bare = in_turn(
-        setting.rounds, lambda: window_until(setting, base, "choice"), fetch, lambda: bare_window(setting))
+        setting.rounds, lambda: window_until(setting, base, "choice"), fetch,
+        lambda: bare_window(setting, picture))
     return [above("time to choice", "ms", ours["wall"], fetched["wall"] + bare["wall"], 50,
                   f"curl {fetched['wall']:.0f} ms, bare window {bare['wall']:.0f} ms")]
 
