@@ -21,7 +21,8 @@ public:
     // now, or none any more.
     qint64 read(char *data, qint64 size);
 
-    // Whether what the host packed cannot be unpacked; read() gives nothing any more.
+    // Whether what the host packed cannot be unpacked, or more than 1 MiB follows it; read() gives
+    // nothing any more. Less than that is dropped.
     bool isBroken() const;
     // Whether the host packed it, and its end has not been read yet.
     bool isCutShort() const;

@@ -74,7 +74,7 @@ private:
     QElapsedTimer downloadTime;
     QElapsedTimer m_turnTime; // since the first bytes of this turn of the event loop
     QBasicTimer m_turnEnd;    // runs from then to the next turn
-    QElapsedTimer m_awayTime; // since bytes were last taken; invalid before the first ones
+    QElapsedTimer m_awayTime; // since a turn last took bytes; invalid before the first one
     TextProgressBar progressBar;
     QString filename;
     QString clientVersion;

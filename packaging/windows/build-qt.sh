@@ -50,8 +50,8 @@ options=(
   -no-feature-tabletevent
 )
 # What neither the programs nor their tests use, and what makes the libraries large: every player
-# downloads them.
-# Nothing that a document could ask for is here: formats of pictures, kinds of addresses, marked-up text.
+# downloads them. Nothing that a document could ask for is here: formats of pictures, kinds of addresses,
+# marked-up text.
 left_out=(
   # Dialogues and parts of windows that the launcher has none of. Toolbars and tables stay: the style of
   # Windows is not compiled without them.
@@ -62,8 +62,9 @@ left_out=(
   # Writing documents, and reading those that are not HTML.
   pdf textodfwriter textmarkdownreader textmarkdownwriter
   # The tables of East Asian encodings (all that is read here is UTF-8, the system knows its own),
-  # of kinds of files, of public domains, of other calendars, and of forms of data.
+  # of kinds of files, of public domains, and of other calendars.
   big_codecs mimetype topleveldomain jalalicalendar islamiccivilcalendar hijricalendar
+  # Machines of states, models of tables, and what programs share with each other.
   statemachine concatenatetablesproxymodel identityproxymodel transposeproxymodel sharedmemory
   systemsemaphore
   # Names beyond addresses, pipes, and a cache on the disk.

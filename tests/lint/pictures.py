@@ -140,7 +140,7 @@ def ways_of_lines(png: bytes) -> set[int]:
     (1) or above (2), by the mean of both (3), or by a guess from three (4)."""
     parts = list(chunks(png))
     width, _, bits, colours = struct.unpack_from(">LLBB", parts[0][1])
-    line = 1 + width * bits * {2: 3, 3: 1, 6: 4}[colours] // 8
+    line = 1 + (width * bits * {2: 3, 3: 1, 6: 4}[colours] + 7) // 8
     return set(zlib.decompress(b"".join(content for name, content in parts if name == b"IDAT"))[::line])
 
 
