@@ -8,12 +8,10 @@
 #include "base/documentlimits.h"
 #include "bench/measuring.h"
 #include "fetch/filedownloader.h"
-#include "fetch/imagedownloader.h"
-#include "info/serverbutton.h"
+#include "support/arrivedpictures.h"
 #include "support/documents.h"
 #include "support/httpserver.h"
 #include "support/testsettings.h"
-#include "ui_testform.h"
 #include "window/testform.h"
 
 #include <QApplication>
@@ -21,32 +19,12 @@
 #include <QTest>
 
 #include <algorithm>
-#include <iterator>
 #include <memory>
 
 namespace
 {
 constexpr int limit = 60000; // milliseconds
 constexpr int news = 9;
-
-bool isThere(const QPixmap *picture)
-{
-    return picture != nullptr && !picture->isNull();
-}
-
-int newsPictures(const testform &window)
-{
-    const auto shown = [](const News &item) { return isThere(item.getOriginalPixmap()); };
-    return int(std::count_if(std::begin(window.homeNews), std::end(window.homeNews), shown) +
-               std::count_if(std::begin(window.news), std::end(window.news), shown));
-}
-
-int logos(const testform &window)
-{
-    return int(
-        std::count_if(window.serverButtons.cbegin(), window.serverButtons.cend(),
-                      [](const ServerButton *server) { return isThere(server->getPixmap()); }));
-}
 
 QString server(int number)
 {
@@ -96,10 +74,11 @@ double apply(testform &window, const QByteArray &document, int pictures, int wit
     window.infoDownloader->m_DownloadedData = document;
     window.loadInfo(false);
     const double deadline = Measuring::milliseconds() + limit;
-    while (newsPictures(window) < pictures || logos(window) < withLogos) {
+    while (ArrivedPictures::news(window) < pictures || ArrivedPictures::logos(window) < withLogos) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         if (Measuring::milliseconds() > deadline) {
-            qFatal("%d pictures and %d logos came", newsPictures(window), logos(window));
+            qFatal("%d pictures and %d logos came", ArrivedPictures::news(window),
+                   ArrivedPictures::logos(window));
         }
     }
     QCoreApplication::processEvents();

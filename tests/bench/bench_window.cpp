@@ -20,6 +20,7 @@
 #include "info/serverbutton.h"
 #include "info/serverpanel.h"
 #include "install/downloadmanager.h"
+#include "support/arrivedpictures.h"
 #include "support/testsettings.h"
 #include "ui_testform.h"
 #include "window/screenscaling.h"
@@ -43,11 +44,6 @@ static void dropOwnPictures()
 
 namespace
 {
-bool isThere(const QPixmap *picture)
-{
-    return picture != nullptr && !picture->isNull();
-}
-
 class Watch : public QObject
 {
 public:
@@ -115,13 +111,7 @@ private:
 
     int pictures() const
     {
-        int count = 0;
-        forEachNews(
-            [&count](const News &item) { count += isThere(item.getOriginalPixmap()) ? 1 : 0; });
-        for (const ServerButton *button : qAsConst(m_window.serverButtons)) {
-            count += isThere(button->getPixmap()) ? 1 : 0;
-        }
-        return count;
+        return ArrivedPictures::news(m_window) + ArrivedPictures::logos(m_window);
     }
 
     void panelPainted()

@@ -1,15 +1,10 @@
 #pragma once
 
-#include "info/serverbutton.h"
 #include "support/httpserver.h"
 #include "support/publishedworld.h"
-#include "window/testform.h"
 
 #include <QDirIterator>
 #include <QFile>
-
-#include <algorithm>
-#include <iterator>
 
 // A file of the demo world, from the resources that come with this folder.
 inline QByteArray demoFile(const QString &name)
@@ -56,18 +51,3 @@ private:
     HttpServer m_slides;
     HttpServer m_tiles;
 };
-
-// Every slide and tile of the window has its picture, and every server its logo.
-inline bool isComplete(const testform &window)
-{
-    const auto isThere = [](const QPixmap *picture) {
-        return picture != nullptr && !picture->isNull();
-    };
-    const auto loaded = [isThere](const News &item) { return isThere(item.getOriginalPixmap()); };
-    const auto logo = [isThere](const ServerButton *server) {
-        return isThere(server->getPixmap());
-    };
-    return std::all_of(std::begin(window.homeNews), std::end(window.homeNews), loaded) &&
-           std::all_of(std::begin(window.news), std::end(window.news), loaded) &&
-           std::all_of(window.serverButtons.begin(), window.serverButtons.end(), logo);
-}

@@ -4,6 +4,7 @@
 // QT_SCALE_FACTOR=1.5 in the environment makes it a screen of 150 %.
 
 #include "images/demoworld.h"
+#include "support/arrivedpictures.h"
 #include "support/documents.h"
 #include "support/publishedworld.h"
 #include "support/scratchfolder.h"
@@ -106,7 +107,7 @@ int main(int argc, char *argv[])
         const DemoWorld world;
         testform window;
         window.show();
-        if (!QTest::qWaitFor([&window] { return isComplete(window); }, 20000)) {
+        if (!QTest::qWaitFor([&window] { return ArrivedPictures::isComplete(window); }, 20000)) {
             qFatal("the demo world never arrived");
         }
         shootPages(window, folder);

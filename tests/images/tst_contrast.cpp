@@ -3,6 +3,7 @@
 // by the form; where a row fails, the picture under the text has to give way.
 
 #include "images/demoworld.h"
+#include "support/arrivedpictures.h"
 #include "support/contrast.h"
 #include "support/relation.h"
 #include "support/scratchfolder.h"
@@ -111,7 +112,7 @@ void TestContrast::initTestCase()
     m_world = std::make_unique<DemoWorld>();
     m_window = std::make_unique<testform>();
     QVERIFY(WindowDriver::show(*m_window));
-    QTRY_VERIFY_WITH_TIMEOUT(isComplete(*m_window), 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(ArrivedPictures::isComplete(*m_window), 20000);
     QCOMPARE(m_window->size(), QSize(974, 571));
     QCOMPARE(m_window->serverButtons.size(), 3);
 }

@@ -1,7 +1,7 @@
 #include "fetch/filedownloader.h"
-#include "info/serverbutton.h"
 #include "install/downloadmanager.h"
 #include "installworld.h"
+#include "support/arrivedpictures.h"
 #include "support/holdings.h"
 #include "support/relation.h"
 #include "support/testsettings.h"
@@ -13,16 +13,13 @@
 #include <QEventLoop>
 #include <QFileInfo>
 #include <QLayout>
-#include <QPixmap>
 #include <QProcess>
 #include <QPushButton>
 #include <QRandomGenerator>
 #include <QThreadPool>
 #include <QTimer>
 
-#include <algorithm>
 #include <ctime>
-#include <iterator>
 #include <typeinfo>
 
 namespace
@@ -134,19 +131,7 @@ private:
 
     bool everythingArrived() const
     {
-        const auto logoIsThere = [](const ServerButton *button) {
-            return button->getPixmap() != nullptr && !button->getPixmap()->isNull();
-        };
-        const auto pictureIsThere = [](const News &item) {
-            const QPixmap *picture = item.getOriginalPixmap();
-            return picture != nullptr && !picture->isNull();
-        };
-        return window->serverButtons.size() == 2 &&
-               std::all_of(window->serverButtons.cbegin(), window->serverButtons.cend(),
-                           logoIsThere) &&
-               std::all_of(std::begin(window->homeNews), std::end(window->homeNews),
-                           pictureIsThere) &&
-               std::all_of(std::begin(window->news), std::end(window->news), pictureIsThere);
+        return window->serverButtons.size() == 2 && ArrivedPictures::isComplete(*window);
     }
 };
 
