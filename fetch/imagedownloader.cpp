@@ -58,13 +58,16 @@ public:
     Q_DISABLE_COPY_MOVE(RoomInPool)
 };
 
-// In the pool, one at a time: the largest take hundreds of megabytes on the way.
+// In the pool, one at a time: the largest take hundreds of megabytes on the way. In the format in
+// which pictures are painted: the window's thread would convert it otherwise.
 QImage decodedInTurn(const QByteArray &bytes)
 {
     static QMutex turn;
     const RoomInPool room;
     const QMutexLocker locker(&turn);
-    return decodedPicture(bytes);
+    const QImage picture = decodedPicture(bytes);
+    return picture.convertToFormat(picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
+                                                             : QImage::Format_RGB32);
 }
 } // namespace
 
@@ -129,8 +132,8 @@ void ImageDownloader::fetch()
     connect(fd, &FileDownloader::downloaded, this, &ImageDownloader::takeTurn);
 }
 
-// Decoding keeps the window waiting: pictures that arrive together are loaded one by one, and what
-// takes long is decoded elsewhere first.
+// Decoding keeps the window waiting: pictures that arrive together are loaded one by one, and all
+// but small ones are decoded elsewhere first.
 void ImageDownloader::takeTurn()
 {
     ++m_waiting;

@@ -109,8 +109,8 @@ bool isPictureOfReasonableSize(const QByteArray &bytes)
 
 bool takesLongToDecode(const QByteArray &bytes)
 {
-    constexpr int manyBytes = 512 * 1024;
-    constexpr qint64 manyPixels = 4 * 1000 * 1000;
+    constexpr int manyBytes = 64 * 1024;
+    constexpr qint64 manyPixels = 32 * 1024;
     return bytes.size() > manyBytes ||
            headOf(bytes).pixels * std::max(scansOfJpeg(bytes), 1) > manyPixels;
 }

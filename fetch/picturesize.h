@@ -17,7 +17,7 @@ constexpr int longestPictureOfLetters = 16 * 1000 * 1000;
 // pixels than it has, a long file of letters. Bytes that tell no size pass.
 bool isPictureOfReasonableSize(const QByteArray &bytes);
 
-// Whether decoding it may keep the window waiting for more than a tenth of a second.
+// Whether decoding it may keep the window waiting for more than two milliseconds or so.
 bool takesLongToDecode(const QByteArray &bytes);
 
 // The picture, the first of several; an empty one when the bytes are none, or none of reasonable

@@ -16,6 +16,8 @@ class TestCostlyPictures : public PictureTest
 
 private slots:
     void whatTakesLongIsDecodedElsewhere();
+    void looksTheSameDecodedElsewhere_data();
+    void looksTheSameDecodedElsewhere();
     void arrivedPictureIsDecodedAtOnce();
     void allPicturesTogether();
 };
@@ -27,8 +29,12 @@ void TestCostlyPictures::whatTakesLongIsDecodedElsewhere()
     wall.fill(0);
     const QByteArray large = encoded(wall, "PNG");
     QVERIFY(takesLongToDecode(large));
-    QVERIFY(takesLongToDecode(QByteArray(600 * 1024, 'x')));
-    QVERIFY(!takesLongToDecode(busyPicture(325, 325)));
+    QVERIFY(takesLongToDecode(QByteArray(64 * 1024 + 1, 'x')));
+    QVERIFY(!takesLongToDecode(QByteArray(64 * 1024, 'x')));
+    QImage tile(256, 129, QImage::Format_Mono);
+    tile.fill(0);
+    QVERIFY(takesLongToDecode(encoded(tile, "PNG")));
+    QVERIFY(!takesLongToDecode(encoded(tile.copy(0, 0, 256, 128), "PNG")));
     BusyPool pool;
     PictureLabel label({20, 10});
     ImageDownloader downloader(url(large), &label);
@@ -47,6 +53,42 @@ void TestCostlyPictures::whatTakesLongIsDecodedElsewhere()
     QCOMPARE(loaded.count(), 1);
     QCOMPARE(downloader.getOriginalPixmap()->size(), wall.size());
     QCOMPARE(shownOn(label).size(), QSize(20, 10));
+}
+
+void TestCostlyPictures::looksTheSameDecodedElsewhere_data()
+{
+    QTest::addColumn<QImage::Format>("format");
+    QTest::addColumn<int>("alpha"); // of the least opaque pixel
+
+    QTest::newRow("two colours") << QImage::Format_Mono << 255;
+    QTest::newRow("256 colours") << QImage::Format_Indexed8 << 255;
+    QTest::newRow("256 colours, some of them transparent") << QImage::Format_Indexed8 << 40;
+    QTest::newRow("grey") << QImage::Format_Grayscale8 << 255;
+    QTest::newRow("true colour") << QImage::Format_RGB32 << 255;
+    QTest::newRow("with transparency") << QImage::Format_ARGB32 << 40;
+    QTest::newRow("with transparency that is nowhere") << QImage::Format_ARGB32 << 255;
+    QTest::newRow("of 16 bits a colour") << QImage::Format_RGBX64 << 255;
+    QTest::newRow("of 16 bits a colour, with transparency") << QImage::Format_RGBA64 << 40;
+}
+
+void TestCostlyPictures::looksTheSameDecodedElsewhere()
+{
+    QFETCH(const QImage::Format, format);
+    QFETCH(const int, alpha);
+    QImage drawn(300, 200, QImage::Format_ARGB32);
+    for (int y = 0; y < drawn.height(); ++y) {
+        for (int x = 0; x < drawn.width(); ++x) {
+            drawn.setPixelColor(x, y, QColor(x / 4 * 3, y, 90, y < 100 ? alpha : 255));
+        }
+    }
+    const QByteArray bytes = encoded(drawn.convertToFormat(format), "PNG");
+    QVERIFY(takesLongToDecode(bytes));
+    const QImage expected = plain(QPixmap::fromImage(decodedPicture(bytes)).toImage());
+    PictureLabel label({150, 100});
+    ImageDownloader downloader(url(bytes), &label);
+    QVERIFY(download(downloader));
+    QCOMPARE(plain(downloader.getOriginalPixmap()->toImage()), expected);
+    QCOMPARE(shownOn(label), expected.scaled(150, 100));
 }
 
 // Whoever needs it does not wait for the pool, and what comes of that later is nobody's.

@@ -273,7 +273,7 @@ void TestImageCache::cacheFileThatIsAPipe()
 
 void TestImageCache::downloaderGoneBeforeTheCacheFileIsWritten()
 {
-    const QByteArray source = busyPicture(300, 200);
+    const QByteArray source = busyPicture(180, 180); // small enough not to be decoded in the pool
     BusyPool pool;
     {
         PictureLabel label({20, 10});
@@ -290,7 +290,7 @@ void TestImageCache::downloaderGoneBeforeTheCacheFileIsWritten()
 
 void TestImageCache::cachedPictureIsItsOwnCopy()
 {
-    const QByteArray source = busyPicture(300, 200);
+    const QByteArray source = busyPicture(180, 180);
     PictureLabel label({20, 10});
     ImageDownloader downloader(url(source), &label);
     QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
