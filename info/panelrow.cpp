@@ -10,9 +10,12 @@
 void PanelRow::setGeometry(const QRect & /*rect*/)
 {
     const QSize panel = parentWidget()->size();
+    // Asked for once: the style takes as long to tell them as a column to be placed.
+    const QMargins margins = contentsMargins();
+    const int between = spacing();
     for (int i = 0; i < count(); ++i) {
-        const ServerPanel::ColumnPlace place = ServerPanel::scaledTo(
-            panel, ServerPanel::columnPlace(i, count(), contentsMargins(), spacing()));
+        const ServerPanel::ColumnPlace place =
+            ServerPanel::scaledTo(panel, ServerPanel::columnPlace(i, count(), margins, between));
         QWidget *container = itemAt(i)->widget();
         container->setFixedHeight(place.column.height());
         container->setGeometry(place.column);
