@@ -1,10 +1,12 @@
 // The yardstick of the launcher's start: the smallest program of the toolkit that shows one window
 // with the launcher's background picture, as the launcher packs it or from a file. Tells when that
-// was painted, and ends: bench_bare_window [PICTURE.png [text] | URL]. With "text" the window also
-// has the launcher's icon, and one text in its font. With an address it fetches that, tells when it
-// is there, and goes on until it is ended from outside.
+// was painted, and ends: bench_bare_window [PICTURE.png [text] | pulled | URL]. With "text" the
+// window also has the launcher's icon, and one text in its font. With "pulled" it is pulled larger
+// and smaller again, and tells the turns of its event loop. With an address it fetches that, tells
+// when it is there, and goes on until it is ended from outside.
 
 #include "bench/measuring.h"
+#include "bench/turns.h"
 
 #include <QApplication>
 #include <QFont>
@@ -16,6 +18,7 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <functional>
 #include <utility>
 
 namespace
@@ -31,13 +34,15 @@ void tell()
 class BareWindow : public QWidget
 {
 public:
-    BareWindow(const QString &picture, QString text, bool stays)
+    BareWindow(const QString &picture, QString text)
         : QWidget(nullptr, Qt::FramelessWindowHint)
         , m_text(std::move(text))
-        , m_stays(stays)
         , m_background(picture)
     {
     }
+
+    // Done once, when the window has been painted for the first time.
+    void whenPainted(std::function<void()> work) { m_painted = std::move(work); }
 
 protected:
     void paintEvent(QPaintEvent *) override
@@ -48,19 +53,15 @@ protected:
         if (!m_text.isEmpty()) {
             painter.drawText(rect(), Qt::AlignCenter, m_text);
         }
-        if (m_stays) {
-            return;
-        }
         // In the next turn the picture has reached the screen.
-        QTimer::singleShot(0, this, [] {
-            tell();
-            Measuring::endHere();
-        });
+        if (const auto painted = std::exchange(m_painted, nullptr)) {
+            QTimer::singleShot(0, this, painted);
+        }
     }
 
 private:
     const QString m_text;
-    const bool m_stays;
+    std::function<void()> m_painted;
     const QPixmap m_background;
 };
 } // namespace
@@ -72,9 +73,21 @@ int main(int argc, char *argv[])
     const QString argument = QCoreApplication::arguments().value(1);
     const bool hasText = QCoreApplication::arguments().value(2) == QStringLiteral("text");
     const bool hasPicture = argument.endsWith(QStringLiteral(".png"));
-    const bool fetches = !argument.isEmpty() && !hasPicture;
+    const bool isPulled = argument == QStringLiteral("pulled");
+    const bool fetches = !argument.isEmpty() && !hasPicture && !isPulled;
     BareWindow window(hasPicture ? argument : QStringLiteral(":/background.png"),
-                      hasText ? QStringLiteral("Connecting to server...") : QString(), fetches);
+                      hasText ? QStringLiteral("Connecting to server...") : QString());
+    Pull pull([&window](QSize size) { window.resize(size); });
+    if (isPulled) {
+        // As the launcher's panel: what it covers need not be painted.
+        window.setAttribute(Qt::WA_OpaquePaintEvent);
+        window.whenPainted([&pull] { pull.start(); });
+    } else if (!fetches) {
+        window.whenPainted([] {
+            tell();
+            Measuring::endHere();
+        });
+    }
     if (hasText) {
         QApplication::setWindowIcon(QIcon(QStringLiteral(":/clienticon.ico")));
         window.setFont(QFont(QStringLiteral("Lato"), 20));

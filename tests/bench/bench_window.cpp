@@ -15,6 +15,7 @@
 // With a file, its pictures take the place of the launcher's own.
 
 #include "bench/measuring.h"
+#include "bench/turns.h"
 #include "fetch/filedownloader.h"
 #include "fetch/imagedownloader.h"
 #include "info/serverbutton.h"
@@ -28,7 +29,6 @@
 
 #include <QApplication>
 #include <QIcon>
-#include <QJsonArray>
 #include <QResource>
 #include <QThreadPool>
 #include <QTimer>
@@ -50,6 +50,7 @@ public:
     Watch(testform &window, QString until)
         : m_window(window)
         , m_until(std::move(until))
+        , m_pull([&window](QSize size) { window.customResize(size.width(), size.height()); })
     {
         static const QString slow = QStringLiteral("turns");
         if (m_until.startsWith(slow)) {
@@ -97,7 +98,7 @@ private:
         if (m_until == QStringLiteral("busy")) {
             // The window's first paint is a matter of its start.
             m_window.repaint();
-            startBeating();
+            m_turns.start();
             startDownload();
         }
     }
@@ -146,9 +147,7 @@ private:
             return;
         }
         if (m_until == QStringLiteral("pulled")) {
-            connect(&m_pulling, &QTimer::timeout, this, &Watch::pull);
-            m_pulling.start(16);
-            startBeating();
+            m_pull.start();
             return;
         }
         // The pool has written the pictures' cache files when it falls silent.
@@ -186,22 +185,9 @@ private:
         connect(m_window.downloadManager, &DownloadManager::finished, this, &Watch::downloadEnded);
     }
 
-    void pull()
-    {
-        constexpr int steps = 200;
-        ++m_pulls;
-        const int grow = m_pulls <= steps / 2 ? m_pulls : steps - m_pulls;
-        m_window.customResize(974 + grow * 7, 571 + grow * 5);
-        if (m_pulls == steps) {
-            Measuring::report(
-                {{QStringLiteral("turns"), m_turns}, {QStringLiteral("work"), m_work}});
-            Measuring::endHere();
-        }
-    }
-
     void downloadEnded()
     {
-        m_beat.stop();
+        m_turns.stop();
         Measuring::report({{QStringLiteral("clicked"), m_clicked},
                            {QStringLiteral("ended"), Measuring::milliseconds()},
                            {QStringLiteral("processorBefore"), m_processor},
@@ -209,8 +195,8 @@ private:
                            {QStringLiteral("peak"), Measuring::memory("VmHWM")},
                            {QStringLiteral("text"), m_window.ui->downloadProgressText->text()},
                            {QStringLiteral("pictures"), pictures()},
-                           {QStringLiteral("turns"), m_turns},
-                           {QStringLiteral("work"), m_work}});
+                           {QStringLiteral("turns"), m_turns.times()},
+                           {QStringLiteral("work"), m_turns.work()}});
         Measuring::endHere();
     }
 
@@ -221,36 +207,17 @@ private:
         }
     }
 
-    // A turn a millisecond, however little there is to do: turns without work between them would
-    // outnumber, in every percentile, those that make a player wait.
-    void startBeating()
-    {
-        m_beat.setTimerType(Qt::PreciseTimer);
-        connect(&m_beat, &QTimer::timeout, this, &Watch::beat);
-        beat();
-        m_beat.start(1);
-    }
-
-    void beat()
-    {
-        m_turns.append(Measuring::milliseconds());
-        m_work.append(Measuring::threadMilliseconds());
-    }
-
     testform &m_window;
     QString m_until;
     int m_slowness = 0; // milliseconds
     QTimer m_slow;
-    int m_pulls = 0;
-    QTimer m_pulling;
+    Pull m_pull;
     bool m_applied = false;
     bool m_complete = false;
     qint64 m_memory = 0;
     double m_processor = 0;
     double m_clicked = 0;
-    QTimer m_beat;
-    QJsonArray m_turns; // the time of each
-    QJsonArray m_work;  // the processor time of this thread by then
+    Turns m_turns;
 };
 } // namespace
 

@@ -207,13 +207,29 @@ def gaps_of(times: list[float], without: float = -1) -> list[float]:
     return [end - begin for begin, end in zip(times, times[1:]) if not begin <= without <= end]
 
 
-def gap_rows(what: str, runs: list[list[float]], note: str) -> list[Row]:
+class Gaps(NamedTuple):
+    count: int
+    high: float  # the 99.9th percentile
+    longest: float  # the median of the runs
+    note: str
+
+
+def gaps_in(runs: list[list[float]]) -> Gaps:
     every = [gap for gaps in runs for gap in gaps]
     longest = [max(gaps) for gaps in runs]
-    return [limited(f"{what}: gap between two turns, 99.9th percentile", "ms", percentile(every, 0.999), 12,
-                    f"{len(every):,} gaps in {len(runs)} runs; {note}"),
-            limited(f"{what}: longest gap, median of the runs", "ms", statistics.median(longest), 25,
-                    f"99th percentile {percentile(every, 0.99):.1f} ms; longest of all {max(longest):.1f} ms")]
+    return Gaps(len(every), percentile(every, 0.999), statistics.median(longest),
+                f"99th percentile {percentile(every, 0.99):.1f} ms; longest of all {max(longest):.1f} ms")
+
+
+def gap_rows(what: str, runs: list[list[float]], note: str, bare: list[list[float]] | None = None) -> list[Row]:
+    ours = gaps_in(runs)
+    rows = [limited(f"{what}: gap between two turns, 99.9th percentile", "ms", ours.high, 12,
+                    f"{ours.count:,} gaps in {len(runs)} runs; {note}"),
+            limited(f"{what}: longest gap, median of the runs", "ms", ours.longest, 25, ours.note)]
+    if bare:
+        for row, yardstick in zip(rows, gaps_in(bare)[1:3]):
+            row.yardstick = yardstick
+    return rows
 
 
 def responsiveness(setting: Setting, web: Web) -> list[Row]:
@@ -221,6 +237,7 @@ def responsiveness(setting: Setting, web: Web) -> list[Row]:
     large_file(web.root / "plain.zip", size)
     downloading: list[list[float]] = []
     pulled: list[list[float]] = []
+    bare: list[list[float]] = []
     work: list[float] = []
     pictures = 0
     for _ in range(setting.rounds):
@@ -233,7 +250,10 @@ def responsiveness(setting: Setting, web: Web) -> list[Row]:
         pictures = result["pictures"]
         rescaling = run([setting.program("bench_window"), web.url, "pulled"], setting.folder("installation")).result
         pulled.append(gaps_of(rescaling["turns"]))
+        window = run([setting.program("bench_bare_window"), "pulled"], setting.folder("installation")).result
+        bare.append(gaps_of(window["turns"]))
     return [*gap_rows("responsiveness", downloading,
                       f"{pictures} pictures arrive meanwhile; work of the window's thread in a gap: "
                       f"{percentile(work, 0.999):.1f} ms, at most {max(work):.1f} ms"),
-            *gap_rows("rescale", pulled, "steps of 7 x 5 pixels, 60 in a second")]
+            *gap_rows("rescale", pulled, "steps of 7 x 5 pixels, 60 in a second; the yardstick is the bare window, "
+                      "pulled in the same way", bare)]
