@@ -208,7 +208,7 @@ def gaps_of(times: list[float], without: float = -1) -> list[float]:
 
 
 class Gaps(NamedTuple):
-    count: int
+    number: int
     high: float  # the 99.9th percentile
     longest: float  # the median of the runs
     note: str
@@ -224,7 +224,7 @@ def gaps_in(runs: list[list[float]]) -> Gaps:
 def gap_rows(what: str, runs: list[list[float]], note: str, bare: list[list[float]] | None = None) -> list[Row]:
     ours = gaps_in(runs)
     rows = [limited(f"{what}: gap between two turns, 99.9th percentile", "ms", ours.high, 12,
-                    f"{ours.count:,} gaps in {len(runs)} runs; {note}"),
+                    f"{ours.number:,} gaps in {len(runs)} runs; {note}"),
             limited(f"{what}: longest gap, median of the runs", "ms", ours.longest, 25, ours.note)]
     if bare:
         for row, yardstick in zip(rows, gaps_in(bare)[1:3]):

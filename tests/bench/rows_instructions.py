@@ -52,12 +52,12 @@ def read_counts(path: Path) -> Counted:
     return Counted(whole / 1e6, each[OURS], each[BARE])
 
 
-def count(setting: Setting, name: str, command: list[str], counts_sides: bool = True) -> Counted:
-    """Runs a benchmark in an empty folder, and counts all of it or the two sides that it compares."""
+def count(setting: Setting, name: str, command: list[str], sides: tuple[str, ...]) -> Counted:
+    """Runs a benchmark in an empty folder, and counts these sides, or all of it."""
     begin = time.monotonic()
     counts = setting.scratch / f"callgrind.{name}"
     counts.unlink(missing_ok=True)
-    only = [f"--toggle-collect={side}*" for side in (OURS, BARE)] if counts_sides else []
+    only = [f"--toggle-collect={side}*" for side in sides]
     ended = run(
         ["valgrind", "--tool=callgrind", f"--callgrind-out-file={counts}", "--compress-strings=no",
          "--compress-pos=no", *only, setting.program(command[0]), *command[1:]],
@@ -66,7 +66,8 @@ def count(setting: Setting, name: str, command: list[str], counts_sides: bool = 
     if ended.result.get("samePicture") is False or ended.result.get("pictures"):
         sys.exit(f"{name} did not do what is counted: {ended.result}")
     counted = read_counts(counts)
-    if not (counted.ours and counted.bare if counts_sides else counted.whole):
+    found = [name for name, cost in ((OURS, counted.ours), (BARE, counted.bare)) if cost]
+    if not (found == list(sides) if sides else counted.whole):
         sys.exit(f"nothing was counted of {name}; see {counts}")
     say(f"   {name}: {time.monotonic() - begin:.0f} s")
     return counted
@@ -76,15 +77,18 @@ def instructions(setting: Setting, web: Web) -> list[Row]:
     """One run of each: a second one counts the same but for some hundredths of a per cent."""
     sizes = (100, 1_000, 10_000)
     folders = (10, 1_000, 10_000)
+    panels = (10, 100)
     steps = "10" if setting.quick else "20"
     # The longest first. They count the same side by side.
     jobs: dict[str, Callable[[], Counted]] = {}
 
-    def job(name: str, *command: str, counts_sides: bool = True) -> None:
-        jobs[name] = lambda: count(setting, name, list(command), counts_sides)
+    def job(name: str, *command: str, sides: tuple[str, ...] = (OURS, BARE)) -> None:
+        jobs[name] = lambda: count(setting, name, list(command), sides)
 
     # One pixel of 64 whose time is taken: counting all of them takes minutes.
     photos = photographs(setting.scratch / "small photographs", 9, 480)
+    for servers in reversed(panels):
+        job(f"panel-{servers}", "bench_growth", "servers", str(servers), "1", sides=(OURS,))
     job("pictures", "bench_pictures", "1", *(str(path) for path in photos))
     job("rescale", "bench_rescale", "1", steps)
     for entries in reversed(folders):
@@ -92,11 +96,11 @@ def instructions(setting: Setting, web: Web) -> list[Row]:
     for entries in reversed(sizes):
         job(f"document-{entries}", "bench_document", str(entries), "1")
     job("hover", "bench_hover", "1")
-    job("start", "bench_window", web.url + SLOW, "choice", counts_sides=False)
+    job("start", "bench_window", web.url + SLOW, "choice", sides=())
     picture = os.fspath(background_as_drawn(setting.scratch))
-    job("bare", "bench_bare_window", picture, counts_sides=False)
-    job("bare-packed-as-ours", "bench_bare_window", counts_sides=False)
-    job("bare-with-text", "bench_bare_window", picture, "text", counts_sides=False)
+    job("bare", "bench_bare_window", picture, sides=())
+    job("bare-packed-as-ours", "bench_bare_window", sides=())
+    job("bare-with-text", "bench_bare_window", picture, "text", sides=())
     with ThreadPoolExecutor(os.cpu_count()) as pool:
         running = {name: pool.submit(work) for name, work in jobs.items()}
         try:
@@ -122,6 +126,13 @@ def instructions(setting: Setting, web: Web) -> list[Row]:
                         exponent([(entries, counted[f"document-{entries}"].ours) for entries in sizes]), 1.05))
     for entries in folders:
         sides(f"installed version: {entries:,} entries", f"versions-{entries}", 1.3)
+    # What is done once counts most of the smallest.
+    rows.append(limited("installed version: growth exponent", "",
+                        exponent([(entries, counted[f"versions-{entries}"].ours) for entries in folders[1:]]), 1.05))
+    for servers in panels:
+        rows.append(stated(f"panel: {servers} servers", UNIT, counted[f"panel-{servers}"].ours))
+    rows.append(limited("panel: growth exponent", "",
+                        exponent([(servers, counted[f"panel-{servers}"].ours) for servers in panels]), 1.05))
     sides("rescale: one step of the full window", "rescale", 1.15)
     sides("pictures: nine of 480 x 270, from bytes to shown", "pictures", 1.1)
     sides("hover: one paint of a glowing button", "hover", 1.2)
