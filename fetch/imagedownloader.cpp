@@ -59,15 +59,20 @@ public:
 };
 
 // In the pool, one at a time: the largest take hundreds of megabytes on the way. In the format in
-// which pictures are painted: the window's thread would convert it otherwise.
+// which pictures are painted, for which the window's thread would have to convert it; but large
+// ones stay as small as they are until it takes them, which may be after an archive was unpacked.
 QImage decodedInTurn(const QByteArray &bytes)
 {
+    constexpr qint64 manyPixels = 4 * 1000 * 1000;
     static QMutex turn;
     const RoomInPool room;
     const QMutexLocker locker(&turn);
-    const QImage picture = decodedPicture(bytes);
-    return picture.convertToFormat(picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
-                                                             : QImage::Format_RGB32);
+    QImage picture = decodedPicture(bytes);
+    if (qint64(picture.width()) * picture.height() <= manyPixels) {
+        picture = picture.convertToFormat(
+            picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    }
+    return picture;
 }
 } // namespace
 
@@ -138,18 +143,28 @@ void ImageDownloader::takeTurn()
 {
     ++m_waiting;
     m_newestWaits = m_newestWaits || sender() == fd;
+    if (newestTakesLong()) {
+        decodeInPool(m_round);
+        return;
+    }
     OnePerTurn::take(this, [this, round = m_round] {
         // Another picture may have been asked for meanwhile, or this one loaded.
         if (round != m_round) {
             return;
         }
-        if (m_newestWaits && takesLongToDecode(fd->downloadedData())) {
+        // Behind an older answer the newest may have arrived.
+        if (newestTakesLong()) {
             decodeInPool(round);
         } else {
             --m_waiting;
             loadData();
         }
     });
+}
+
+bool ImageDownloader::newestTakesLong() const
+{
+    return m_newestWaits && takesLongToDecode(fd->downloadedData());
 }
 
 // It still counts as waiting for its turn: whoever needs it at once decodes it at once.

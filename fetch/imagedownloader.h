@@ -66,6 +66,7 @@ private:
     QString cacheFileName() const;
     void fetch();
     void takeTurn();
+    bool newestTakesLong() const;
     void decodeInPool(int round);
     void show(const QImage &picture);
     void keep(QPixmap picture);

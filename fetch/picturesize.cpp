@@ -112,7 +112,7 @@ bool takesLongToDecode(const QByteArray &bytes)
     constexpr int manyBytes = 64 * 1024;
     constexpr qint64 manyPixels = 32 * 1024;
     return bytes.size() > manyBytes ||
-           headOf(bytes).pixels * std::max(scansOfJpeg(bytes), 1) > manyPixels;
+           headOf(essenceOf(bytes)).pixels * std::max(scansOfJpeg(bytes), 1) > manyPixels;
 }
 
 QImage decodedPicture(const QByteArray &bytes)

@@ -1,6 +1,7 @@
 #include "busypool.h"
 #include "fetch/imagedownloader.h"
 #include "fetch/picturesize.h"
+#include "picturefiles.h"
 #include "picturetest.h"
 #include "support/httpserver.h"
 
@@ -19,6 +20,10 @@ private slots:
     void looksTheSameDecodedElsewhere_data();
     void looksTheSameDecodedElsewhere();
     void arrivedPictureIsDecodedAtOnce();
+    void askedForAgainMeanwhile();
+    void anotherOneMeanwhile();
+    void cachedOneMeanwhile();
+    void goneMeanwhile();
     void allPicturesTogether();
 };
 
@@ -35,6 +40,11 @@ void TestCostlyPictures::whatTakesLongIsDecodedElsewhere()
     tile.fill(0);
     QVERIFY(takesLongToDecode(encoded(tile, "PNG")));
     QVERIFY(!takesLongToDecode(encoded(tile.copy(0, 0, 256, 128), "PNG")));
+    // The picture in an icon may be larger than the entry says.
+    QByteArray icon = PictureFiles::iconAround(large);
+    icon[6] = 16;
+    icon[7] = 16;
+    QVERIFY(takesLongToDecode(icon));
     BusyPool pool;
     PictureLabel label({20, 10});
     ImageDownloader downloader(url(large), &label);
@@ -111,6 +121,86 @@ void TestCostlyPictures::arrivedPictureIsDecodedAtOnce()
     ImageDownloader another(url(busyPicture(5, 5)), QStringLiteral("another"));
     QVERIFY(download(another));
     QCOMPARE(loaded.count(), 1);
+}
+
+void TestCostlyPictures::askedForAgainMeanwhile()
+{
+    BusyPool pool;
+    PictureLabel label({20, 10});
+    ImageDownloader downloader(url(busyPicture(300, 200)), &label);
+    QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
+    downloader.downloadImage();
+    QTRY_VERIFY(downloader.m_newestWaits);
+    downloader.downloadImage();
+    pool.release();
+    QVERIFY(loaded.wait(limit));
+    QCOMPARE(requests(), 1);
+    QCOMPARE(loaded.count(), 1);
+    QCOMPARE(downloader.m_waiting, 0);
+    QVERIFY(downloader.isDownloaded);
+}
+
+// The first of them is nobody's any more, whenever it is ready.
+void TestCostlyPictures::anotherOneMeanwhile()
+{
+    const QByteArray newer = busyPicture(200, 300);
+    m_server->serve(QStringLiteral("newer"), newer);
+    BusyPool pool;
+    PictureLabel label({20, 10});
+    ImageDownloader downloader(url(busyPicture(300, 200)), &label);
+    QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
+    downloader.downloadImage();
+    QTRY_VERIFY(downloader.m_newestWaits);
+    PictureLabel other({10, 20}, "other");
+    downloader.downloadNewImage(QUrl(m_server->url(QStringLiteral("newer"))), &other);
+    QVERIFY(!downloader.m_newestWaits);
+    QTRY_VERIFY(downloader.m_newestWaits);
+    pool.release();
+    QVERIFY(loaded.wait(limit));
+    QVERIFY(cacheIsWritten());
+    QCoreApplication::processEvents();
+    QCOMPARE(loaded.count(), 1);
+    QCOMPARE(originalOf(downloader), decoded(newer));
+    QCOMPARE(shownOn(other), stretched(newer, {10, 20}));
+    QVERIFY(label.pixmap(Qt::ReturnByValue).isNull());
+}
+
+void TestCostlyPictures::cachedOneMeanwhile()
+{
+    const QByteArray older = busyPicture(5, 5);
+    const QByteArray newer = busyPicture(300, 200);
+    ScratchFolder::write(QStringLiteral("picture.png"), older);
+    BusyPool pool;
+    PictureLabel label({20, 10});
+    ImageDownloader downloader(url(newer), &label);
+    QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
+    downloader.downloadImage();
+    QTRY_VERIFY(downloader.m_newestWaits);
+    downloader.loadBuffer();
+    QCOMPARE(shownOn(label), stretched(older, {20, 10}));
+    QVERIFY(!downloader.isDownloaded);
+    pool.release();
+    QTRY_VERIFY(downloader.isDownloaded);
+    QCOMPARE(shownOn(label), stretched(newer, {20, 10}));
+    QCOMPARE(loaded.count(), 2);
+    QVERIFY(cacheIsWritten());
+    QCOMPARE(decoded(ScratchFolder::read(QStringLiteral("picture.png"))), decoded(newer));
+}
+
+// The next start finds it in the cache all the same.
+void TestCostlyPictures::goneMeanwhile()
+{
+    const QByteArray source = busyPicture(300, 200);
+    BusyPool pool;
+    {
+        PictureLabel label({20, 10});
+        ImageDownloader downloader(url(source), &label);
+        downloader.downloadImage();
+        QTRY_VERIFY(downloader.m_newestWaits);
+    }
+    pool.release();
+    QVERIFY(cacheIsWritten());
+    QCOMPARE(decoded(ScratchFolder::read(QStringLiteral("picture.png"))), decoded(source));
 }
 
 // A document may name any number of pictures, each of a few kilobytes.
