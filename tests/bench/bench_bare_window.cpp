@@ -1,9 +1,9 @@
-// The yardstick of the launcher's start: the smallest program of the toolkit that shows one window
-// with the launcher's background picture, as the launcher packs it or from a file. Tells when that
-// was painted, and ends: bench_bare_window [PICTURE.png [text] | pulled | URL]. With "text" the
-// window also has the launcher's icon, and one text in its font. With "pulled" it is pulled larger
-// and smaller again, and tells the turns of its event loop. With an address it fetches that, tells
-// when it is there, and goes on until it is ended from outside.
+// The yardstick of the launcher's start and of its rescaling: the smallest program of the toolkit
+// that shows one window with the launcher's background picture, as the launcher packs it or from a
+// file. Tells when that was painted, and ends: bench_bare_window [PICTURE.png [text] | pulled |
+// URL]. With "text" the window also has the launcher's icon, and one text in its font. With
+// "pulled" it is pulled larger and smaller again, and tells the turns of its event loop. With an
+// address it fetches that, tells when it is there, and goes on until it is ended from outside.
 
 #include "bench/measuring.h"
 #include "bench/turns.h"

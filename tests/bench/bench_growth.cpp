@@ -1,4 +1,5 @@
-// How the window's work grows: bench_growth WHAT SIZE ROUNDS, in processor time of its thread.
+// How the window's work grows: bench_growth WHAT SIZE ROUNDS, in processor time of its thread, in
+// which small pictures alone are decoded.
 //
 //   servers  so many servers of two kinds each, from the document's bytes to the painted panel with
 //            all logos

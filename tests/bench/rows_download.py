@@ -227,8 +227,8 @@ def gap_rows(what: str, runs: list[list[float]], note: str, bare: list[list[floa
                     f"{ours.number:,} gaps in {len(runs)} runs; {note}"),
             limited(f"{what}: longest gap, median of the runs", "ms", ours.longest, 25, ours.note)]
     if bare:
-        for row, yardstick in zip(rows, gaps_in(bare)[1:3]):
-            row.yardstick = yardstick
+        yardstick = gaps_in(bare)
+        rows[0].yardstick, rows[1].yardstick = yardstick.high, yardstick.longest
     return rows
 
 

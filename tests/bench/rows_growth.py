@@ -4,11 +4,10 @@ from __future__ import annotations
 
 import os
 import shutil
-import statistics
 from collections.abc import Callable, Sequence
 from typing import NamedTuple
 
-from bench_tools import Result, Setting, run
+from bench_tools import Result, Setting, in_turn, run
 from bench_world import MIB, client_archive, large_file
 from rows_download import curl, download
 from rows_unpack import compare
@@ -49,13 +48,8 @@ def growth(what: str, sizes: Sequence[int], cost: Callable[[int], Cost], unit: s
                f"{note}; yardstick {told(bare)}" if bare else note)
 
 
-def in_turn_medians(rounds: int, *sides: Callable[[], float]) -> list[float]:
-    taken = [[side() for side in sides] for _ in range(rounds)]
-    return [statistics.median(costs) for costs in zip(*taken)]
-
-
 def window_growth(setting: Setting, what: str, size: int) -> Result:
-    """Processor time of the window's thread."""
+    """Processor time of the window's thread, which decodes small pictures only."""
     return run([setting.program("bench_growth"), what, str(size), str(min(setting.rounds, 5))],
                setting.folder("installation")).result
 
@@ -86,12 +80,10 @@ def installed(setting: Setting, size: int) -> Cost:
 def archive(setting: Setting, web: Web, size: int) -> Cost:
     """Processor time of a whole download, beside that of curl."""
     large_file(web.root / "sized.zip", size * MIB)
-    address = web.url + "sized.zip"
-    ours, bare = in_turn_medians(
-        3, lambda: download(setting, web.url + "sized/", size * MIB).figures["processor"],
-        lambda: curl(setting, address, size * MIB).processor)
+    ours, bare = in_turn(3, lambda: download(setting, web.url + "sized/", size * MIB).figures,
+                         lambda: {"processor": curl(setting, web.url + "sized.zip", size * MIB).processor})
     (web.root / "sized.zip").unlink()
-    return Cost(ours, bare)
+    return Cost(ours["processor"], bare["processor"])
 
 
 def members(setting: Setting, web: Web, count: int) -> Cost:

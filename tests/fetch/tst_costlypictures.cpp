@@ -25,6 +25,14 @@ private slots:
     void cachedOneMeanwhile();
     void goneMeanwhile();
     void allPicturesTogether();
+
+private:
+    // Fetches it up to where it waits for the pool.
+    static bool arrives(ImageDownloader &downloader)
+    {
+        downloader.downloadImage();
+        return QTest::qWaitFor([&downloader] { return downloader.m_newestWaits; }, limit);
+    }
 };
 
 // The window's thread stands still meanwhile in none of these.
@@ -49,8 +57,7 @@ void TestCostlyPictures::whatTakesLongIsDecodedElsewhere()
     PictureLabel label({20, 10});
     ImageDownloader downloader(url(large), &label);
     QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
-    downloader.downloadImage();
-    QTRY_VERIFY(downloader.m_newestWaits);
+    QVERIFY(arrives(downloader));
     // The pool is busy, and the picture waits: not so a small one.
     ImageDownloader small(url(busyPicture(5, 5)), QStringLiteral("small"));
     QSignalSpy smallLoaded(&small, &ImageDownloader::loadedImage);
@@ -110,8 +117,7 @@ void TestCostlyPictures::arrivedPictureIsDecodedAtOnce()
     PictureLabel label({20, 10});
     ImageDownloader downloader(url(encoded(wall, "PNG")), &label);
     QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
-    downloader.downloadImage();
-    QTRY_VERIFY(downloader.m_newestWaits);
+    QVERIFY(arrives(downloader));
     QCOMPARE(loaded.count(), 0);
     downloader.loadArrived();
     QCOMPARE(loaded.count(), 1);
@@ -129,8 +135,7 @@ void TestCostlyPictures::askedForAgainMeanwhile()
     PictureLabel label({20, 10});
     ImageDownloader downloader(url(busyPicture(300, 200)), &label);
     QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
-    downloader.downloadImage();
-    QTRY_VERIFY(downloader.m_newestWaits);
+    QVERIFY(arrives(downloader));
     downloader.downloadImage();
     pool.release();
     QVERIFY(loaded.wait(limit));
@@ -149,8 +154,7 @@ void TestCostlyPictures::anotherOneMeanwhile()
     PictureLabel label({20, 10});
     ImageDownloader downloader(url(busyPicture(300, 200)), &label);
     QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
-    downloader.downloadImage();
-    QTRY_VERIFY(downloader.m_newestWaits);
+    QVERIFY(arrives(downloader));
     PictureLabel other({10, 20}, "other");
     downloader.downloadNewImage(QUrl(m_server->url(QStringLiteral("newer"))), &other);
     QVERIFY(!downloader.m_newestWaits);
@@ -174,8 +178,7 @@ void TestCostlyPictures::cachedOneMeanwhile()
     PictureLabel label({20, 10});
     ImageDownloader downloader(url(newer), &label);
     QSignalSpy loaded(&downloader, &ImageDownloader::loadedImage);
-    downloader.downloadImage();
-    QTRY_VERIFY(downloader.m_newestWaits);
+    QVERIFY(arrives(downloader));
     downloader.loadBuffer();
     QCOMPARE(shownOn(label), stretched(older, {20, 10}));
     QVERIFY(!downloader.isDownloaded);
@@ -195,8 +198,7 @@ void TestCostlyPictures::goneMeanwhile()
     {
         PictureLabel label({20, 10});
         ImageDownloader downloader(url(source), &label);
-        downloader.downloadImage();
-        QTRY_VERIFY(downloader.m_newestWaits);
+        QVERIFY(arrives(downloader));
     }
     pool.release();
     QVERIFY(cacheIsWritten());
