@@ -13,7 +13,7 @@
 #                   responsiveness, rescale, pictures, hover, growth, idle, size. May be given again
 #   --write-page    puts the tables into docs/performance.md as well
 #
-# Takes half an hour and 8 GiB of disk; the instructions alone some minutes. Leave the
+# Takes 40 minutes and 8 GiB of disk; the instructions alone some minutes. Leave the
 # machine alone while times are taken.
 set -euo pipefail
 cd "$(dirname "$0")/.."
